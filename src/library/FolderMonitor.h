@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Finding songs on disk.
+//
+//   scanFolder ── every audio file below a folder, sorted by file name (FolderScan.h)
+//   FolderMonitor ── watches imported folders (inotify through QFileSystemWatcher)
+//        │  any change below a watched folder arms a 1.5 s timer; when it fires,
+//        │  every watched folder is scanned again on the thread pool
+//        └─ discoveredURLs ── the files not in knownURLs, published when there are any
+//
+// The library import (app/) turns discovered files into Tracks, then updates
+// knownURLs and clears discoveredURLs.
+
+#include "FolderScan.h"
+
+#include <QFileSystemWatcher>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QTimer>
+#include <QUrl>
+
+class FolderMonitor : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit FolderMonitor(QObject *parent = nullptr);
+
+    // Replaces knownURLs and starts watching the folder unless it is watched already.
+    void watch(const QUrl &folder, const QSet<QUrl> &knownURLs);
+
+    const QList<QUrl> &watchedFolders() const { return m_watchedFolders; }
+    const QList<QUrl> &discoveredURLs() const { return m_discoveredURLs; }
+    const QSet<QUrl> &knownURLs() const { return m_knownURLs; }
+
+    void setKnownURLs(const QSet<QUrl> &urls) { m_knownURLs = urls; }
+    // Set by the library once it has handled the discovered files (no signal).
+    void clearDiscoveredURLs() { m_discoveredURLs.clear(); }
+
+    // Scans every watched folder again; what is new is published when the scan is done.
+    void rescan();
+
+    // How long changes are gathered before a rescan (1.5 s).
+    static constexpr int latencyMs = 1500;
+    void setLatency(int ms) { m_timer.setInterval(ms); }
+
+    // At most this many folders are watched, so one huge library can't use up
+    // the inotify watches every other program of the user needs too. By default
+    // half the system's per-user limit.
+    void setWatchBudget(int folders) { m_watchBudget = folders; }
+    static int defaultWatchBudget();
+
+    // Folders the watcher could not take (inotify limits); 0 when all are watched.
+    int unwatchedFolderCount() const { return int(m_unwatchable.size()); }
+    int watchedFolderCount() const { return int(m_watcher.directories().size()); }
+
+Q_SIGNALS:
+    void discoveredURLsChanged();
+    // The watch of a newly added folder is in place.
+    void watching();
+    // A rescan has finished, whether or not it found anything.
+    void rescanned();
+
+private:
+    void onChange();
+    void finishRescan(const QList<FolderTree> &trees);
+    void armWatcher(const QStringList &folders);
+
+    QList<QUrl> m_watchedFolders;
+    QList<QUrl> m_discoveredURLs;
+    QSet<QUrl> m_knownURLs;
+    QFileSystemWatcher m_watcher;
+    QTimer m_timer;
+    bool m_scanning = false;
+    bool m_rescanAgain = false;
+    QSet<QString> m_unwatchable;
+    int m_watchBudget = defaultWatchBudget();
+    bool m_warnedLimit = false;
+};

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+#include <array>
+
+// The audio file extensions the library accepts, compared lower-cased.
+inline constexpr std::array<const char *, 7> audioExtensions = {
+    "mp3", "aiff", "aif", "wav", "m4a", "caf", "flac"};
+
+// True when the file name's lower-cased extension is one of audioExtensions.
+bool hasAudioExtension(QStringView fileName);
+
+struct FolderTree
+{
+    QStringList audioFiles; // absolute paths, sorted by file name (see scanFolder)
+    QStringList folders;    // the root and every non-hidden folder below it
+};
+
+// Lists every regular audio file below a folder: hidden entries and everything
+// below hidden folders are skipped, symbolic links are never followed (so a link
+// loop can't trap the walk), unreadable folders are passed over. The files are
+// sorted by file name (extension included) with the user's locale collation; the
+// sort is stable, and the walk visits each folder's entries in name order, so
+// the result is the same on every run. Safe to call from any thread.
+FolderTree scanTree(const QString &folder);
+
+// The audio files of scanTree(folder).
+QStringList scanFolder(const QString &folder);
+QList<QUrl> scanFolder(const QUrl &folder);
+
+// Sorts paths by their file name with the locale collation, stably.
+void sortByFileName(QStringList &paths);

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// The tags of one file, as the tag reader found them. Never stored with a track:
+// every screen that shows a title, artist or album reads them itself.
+// Absent means no such tag was found; an empty string stays an empty string.
+struct TrackMetadata
+{
+    std::optional<QString> title;
+    std::optional<QString> artist;
+    std::optional<QString> album;
+    std::optional<QString> genre;
+
+    bool isEmpty() const { return !title && !artist && !album && !genre; }
+};

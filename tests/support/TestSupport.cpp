@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace testsupport {
+
+QString writeFile(const QString &dir, const QString &relativePath, const QByteArray &bytes)
+{
+    const QString path = QDir(dir).absoluteFilePath(relativePath);
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    if (f.open(QIODevice::WriteOnly))
+        f.write(bytes);
+    return path;
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+ToolResult run(const QString &program, const QStringList &args, int timeoutMs)
+{
+    QProcess p;
+    p.start(program, args);
+    ToolResult r;
+    if (!p.waitForStarted(10000))
+        return r;
+    p.closeWriteChannel();
+    if (!p.waitForFinished(timeoutMs)) {
+        p.kill();
+        p.waitForFinished();
+        return r;
+    }
+    r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
+    r.out = p.readAllStandardOutput();
+    r.err = p.readAllStandardError();
+    return r;
+}
+
+bool haveTool(const QString &program)
+{
+    return !QStandardPaths::findExecutable(program).isEmpty();
+}
+
+bool makeAudio(const QString &path, double seconds)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QString ext = QFileInfo(path).suffix().toLower();
+    const QString len = QString::number(seconds);
+    if (ext == u"m4a" || ext == u"caf" || ext == u"mp3") {
+        const QString codec = ext == u"mp3" ? QStringLiteral("libmp3lame")
+                            : ext == u"caf" ? QStringLiteral("pcm_s16be")
+                                            : QStringLiteral("aac");
+        return run(QStringLiteral("ffmpeg"),
+                   {QStringLiteral("-nostdin"), QStringLiteral("-v"), QStringLiteral("error"),
+                    QStringLiteral("-y"), QStringLiteral("-f"), QStringLiteral("lavfi"),
+                    QStringLiteral("-i"), QStringLiteral("sine=frequency=440:duration=") + len,
+                    QStringLiteral("-c:a"), codec, path})
+                   .exitCode == 0;
+    }
+    return run(QStringLiteral("sox"),
+               {QStringLiteral("-n"), QStringLiteral("-r"), QStringLiteral("44100"),
+                QStringLiteral("-b"), QStringLiteral("16"), QStringLiteral("-c"), QStringLiteral("2"),
+                path, QStringLiteral("synth"), len, QStringLiteral("sine"), QStringLiteral("440")})
+               .exitCode == 0;
+}
+
+} // namespace testsupport

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+// Helpers shared by the tests: files on disk and external tools.
+namespace testsupport {
+
+// Writes bytes to dir/relativePath, creating folders; returns the absolute path.
+QString writeFile(const QString &dir, const QString &relativePath, const QByteArray &bytes = {});
+
+QByteArray readFile(const QString &path);
+
+struct ToolResult
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// Runs an external program to completion (at most timeoutMs) and returns what it printed.
+ToolResult run(const QString &program, const QStringList &args, int timeoutMs = 60000);
+
+// True when the program is on PATH (tests that need it skip otherwise).
+bool haveTool(const QString &program);
+
+// Makes a short audio file with sox (and ffmpeg for m4a) at test time.
+// Returns false when the tools are missing or fail.
+bool makeAudio(const QString &path, double seconds = 1.0);
+
+} // namespace testsupport
