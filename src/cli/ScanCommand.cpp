@@ -16,11 +16,11 @@ int cli::scan(const QStringList &args)
         error(QStringLiteral("%1 is not a folder").arg(args.first()));
         return 1;
     }
-    const QStringList files = scanFolder(dir.absoluteFilePath());
+    const std::vector<std::string> files = scanFolderNative(dir.absoluteFilePath());
     QByteArray buffer;
     buffer.reserve(1 << 20);
-    for (const QString &f : files) {
-        buffer.append(f.toUtf8());
+    for (const std::string &f : files) {
+        buffer.append(f.data(), qsizetype(f.size()));
         buffer.append('\n');
         if (buffer.size() > (1 << 20) - 4096) {
             out(buffer);

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FolderScan.h"
 
+#include "model/NameOrder.h"
 #include "model/TextUtil.h"
 
-#include <QCollatorSortKey>
 #include <QFile>
+#include <QtConcurrent>
 
 #include <algorithm>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <numeric>
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 bool hasAudioExtension(QStringView fileName)
 {
@@ -42,31 +43,41 @@ bool hasAudioExtension(const char *name, size_t len)
     return false;
 }
 
+// A file found by the walk: its path as the file system spells it, and where
+// its name starts.
+struct FoundFile
+{
+    std::string path;
+    size_t nameStart;
+};
+
 struct Walker
 {
-    FolderTree tree;
+    std::vector<FoundFile> files;
+    std::vector<std::string> folders;
     std::set<std::pair<dev_t, ino_t>> visited; // stops loops through bind mounts
+    std::string path;                          // the folder being walked
 
-    void walk(int dirFd, const QByteArray &path)
+    // Walks the folder open at dirFd (path names it). With recurse false only
+    // its own files are taken and its subfolders are returned instead.
+    std::vector<std::string> walk(int dirFd, bool recurse = true)
     {
         struct stat st;
         if (fstat(dirFd, &st) != 0 || !visited.emplace(st.st_dev, st.st_ino).second) {
             close(dirFd);
-            return;
+            return {};
         }
         DIR *dir = fdopendir(dirFd);
         if (!dir) {
             close(dirFd);
-            return;
+            return {};
         }
-        tree.folders.append(QFile::decodeName(path));
+        folders.push_back(path);
+        if (path.back() != '/')
+            path.push_back('/');
+        const size_t base = path.size();
 
-        struct Entry
-        {
-            QByteArray name;
-            bool isDir;
-        };
-        std::vector<Entry> entries;
+        std::vector<std::string> subfolders;
         while (dirent *e = readdir(dir)) {
             const char *name = e->d_name;
             if (name[0] == '.') // hidden, "." and ".."
@@ -79,66 +90,214 @@ struct Walker
                 type = S_ISDIR(est.st_mode) ? DT_DIR : S_ISREG(est.st_mode) ? DT_REG : DT_LNK;
             }
             const size_t len = std::strlen(name);
-            if (type == DT_DIR)
-                entries.push_back({QByteArray(name, qsizetype(len)), true});
-            else if (type == DT_REG && hasAudioExtension(name, len))
-                entries.push_back({QByteArray(name, qsizetype(len)), false});
-        }
-        std::sort(entries.begin(), entries.end(),
-                  [](const Entry &a, const Entry &b) { return a.name < b.name; });
-
-        for (const Entry &e : entries) {
-            QByteArray child = path;
-            if (!child.endsWith('/'))
-                child.append('/');
-            child.append(e.name);
-            if (!e.isDir) {
-                tree.audioFiles.append(QFile::decodeName(child));
-                continue;
+            if (type == DT_DIR) {
+                subfolders.emplace_back(name, len);
+            } else if (type == DT_REG && hasAudioExtension(name, len)) {
+                std::string file;
+                file.reserve(base + len);
+                file.append(path).append(name, len);
+                files.push_back({std::move(file), base});
             }
-            const int childFd = openat(dirfd(dir), e.name.constData(),
-                                       O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (childFd >= 0)
-                walk(childFd, child);
         }
+        // Subfolders in name order, so every run walks the same way.
+        std::sort(subfolders.begin(), subfolders.end());
+        if (!recurse) {
+            for (std::string &sub : subfolders)
+                sub.insert(0, path);
+            path.resize(base);
+            closedir(dir);
+            return subfolders;
+        }
+        for (const std::string &sub : subfolders) {
+            const int childFd = openat(dirfd(dir), sub.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (childFd < 0)
+                continue;
+            path.resize(base);
+            path.append(sub);
+            walk(childFd);
+        }
+        path.resize(base);
         closedir(dir);
+        return {};
     }
 };
+
+int openFolder(const std::string &path, bool followLink)
+{
+    return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));
+}
+
+// The files of one part of the tree, sorted by name, with their sort keys.
+struct SortedRun
+{
+    std::vector<FoundFile> files;
+    std::vector<NameOrder::Key> keys;
+    std::vector<std::string> folders;
+};
+
+void sortRun(SortedRun &run, const NameOrder &names)
+{
+    std::vector<NameOrder::Key> keys;
+    keys.reserve(run.files.size());
+    for (const FoundFile &f : run.files)
+        keys.push_back(names.key(std::string_view(f.path).substr(f.nameStart)));
+    std::vector<size_t> order(run.files.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](size_t a, size_t b) { return names.compare(keys[a], keys[b]) < 0; });
+    SortedRun sorted;
+    sorted.files.reserve(order.size());
+    sorted.keys.reserve(order.size());
+    for (size_t i : order) {
+        sorted.files.push_back(std::move(run.files[i]));
+        sorted.keys.push_back(std::move(keys[i]));
+    }
+    run.files = std::move(sorted.files);
+    run.keys = std::move(sorted.keys);
+}
+
+// Merges sorted runs into one in a single pass. On ties the earlier run goes
+// first, which keeps the walk order.
+SortedRun merged(std::vector<SortedRun> &runs, const NameOrder &names)
+{
+    struct Head
+    {
+        size_t run;
+        size_t pos;
+    };
+    const auto after = [&](const Head &a, const Head &b) {
+        const int c = names.compare(runs[a.run].keys[a.pos], runs[b.run].keys[b.pos]);
+        return c > 0 || (c == 0 && a.run > b.run);
+    };
+    std::vector<Head> heap;
+    size_t total = 0;
+    SortedRun out;
+    for (size_t r = 0; r < runs.size(); ++r) {
+        total += runs[r].files.size();
+        if (!runs[r].files.empty())
+            heap.push_back({r, 0});
+        out.folders.insert(out.folders.end(), std::make_move_iterator(runs[r].folders.begin()),
+                           std::make_move_iterator(runs[r].folders.end()));
+    }
+    std::make_heap(heap.begin(), heap.end(), after);
+    out.files.reserve(total);
+    while (!heap.empty()) {
+        std::pop_heap(heap.begin(), heap.end(), after);
+        Head &h = heap.back();
+        out.files.push_back(std::move(runs[h.run].files[h.pos]));
+        if (++h.pos < runs[h.run].files.size())
+            std::push_heap(heap.begin(), heap.end(), after);
+        else
+            heap.pop_back();
+    }
+    return out;
+}
+
+// Walks the tree and sorts its audio files by name with the locale collation;
+// names the collation holds equal keep the walk order. Walking is mostly system
+// calls and collation the costly part of sorting, so both are spread over the
+// cores: the first levels of the tree are split into parts that are walked and
+// sorted on the pool, and the sorted parts are merged in one pass.
+SortedRun walkAndSort(const QString &folder)
+{
+    QByteArray root = QFile::encodeName(folder);
+    while (root.size() > 1 && root.endsWith('/'))
+        root.chop(1);
+
+    // Split: take the files of the first folders here, and their subfolders as
+    // parts, until there are enough parts to keep every core busy.
+    const int wanted = 4 * std::max(1, QThread::idealThreadCount());
+    SortedRun top;
+    Walker topWalker;
+    std::vector<std::string> parts{root.toStdString()};
+    std::vector<std::string> split;
+    for (int depth = 0; depth < 3 && !parts.empty() && int(parts.size()) < wanted; ++depth) {
+        std::vector<std::string> next;
+        for (const std::string &part : parts) {
+            const int fd = openFolder(part, depth == 0);
+            if (fd < 0)
+                continue;
+            topWalker.path = part;
+            auto subfolders = topWalker.walk(fd, false);
+            next.insert(next.end(), std::make_move_iterator(subfolders.begin()),
+                        std::make_move_iterator(subfolders.end()));
+        }
+        parts = std::move(next);
+    }
+    const NameOrder collator(text::localeCollator());
+    top.files = std::move(topWalker.files);
+    top.folders = std::move(topWalker.folders);
+    sortRun(top, collator);
+
+    // Results are moved into place by index: QtConcurrent's mapped() would copy them.
+    std::vector<SortedRun> runs(parts.size() + 1);
+    runs[0] = std::move(top);
+    std::vector<size_t> indices(parts.size());
+    std::iota(indices.begin(), indices.end(), 0);
+    QtConcurrent::blockingMap(indices, [&](size_t i) {
+        const int fd = openFolder(parts[i], false);
+        if (fd < 0)
+            return;
+        Walker walker;
+        walker.visited = topWalker.visited;
+        walker.path = parts[i];
+        walker.walk(fd);
+        SortedRun &run = runs[i + 1];
+        run.files = std::move(walker.files);
+        run.folders = std::move(walker.folders);
+        sortRun(run, collator);
+    });
+
+    return merged(runs, collator);
+}
+
+QStringList decoded(const std::vector<std::string> &paths)
+{
+    QStringList out;
+    out.reserve(qsizetype(paths.size()));
+    for (const std::string &p : paths)
+        out.append(QFile::decodeName(QByteArray::fromRawData(p.data(), qsizetype(p.size()))));
+    return out;
+}
 
 } // namespace
 
 void sortByFileName(QStringList &paths)
 {
-    const QCollator collator = text::localeCollator();
-    std::vector<std::pair<QCollatorSortKey, qsizetype>> keys;
-    keys.reserve(paths.size());
-    for (qsizetype i = 0; i < paths.size(); ++i) {
-        const QString &p = paths.at(i);
-        const QStringView name = QStringView(p).sliced(p.lastIndexOf(u'/') + 1);
-        keys.emplace_back(collator.sortKey(name.toString()), i);
+    SortedRun run;
+    run.files.reserve(size_t(paths.size()));
+    for (const QString &p : std::as_const(paths)) {
+        std::string bytes = p.toStdString();
+        const size_t slash = bytes.rfind('/');
+        run.files.push_back({std::move(bytes), slash == std::string::npos ? 0 : slash + 1});
     }
-    std::stable_sort(keys.begin(), keys.end(), [](const auto &a, const auto &b) {
-        return a.first.compare(b.first) < 0;
-    });
+    sortRun(run, NameOrder(text::localeCollator()));
     QStringList sorted;
     sorted.reserve(paths.size());
-    for (const auto &k : keys)
-        sorted.append(std::move(paths[k.second]));
+    for (const FoundFile &f : run.files)
+        sorted.append(QString::fromStdString(f.path));
     paths = std::move(sorted);
 }
 
 FolderTree scanTree(const QString &folder)
 {
-    Walker walker;
-    QByteArray root = QFile::encodeName(folder);
-    while (root.size() > 1 && root.endsWith('/'))
-        root.chop(1);
-    const int fd = open(root.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return {};
-    walker.walk(fd, root);
-    sortByFileName(walker.tree.audioFiles);
-    return std::move(walker.tree);
+    const SortedRun run = walkAndSort(folder);
+    FolderTree tree;
+    tree.audioFiles.reserve(qsizetype(run.files.size()));
+    for (const FoundFile &f : run.files)
+        tree.audioFiles.append(QFile::decodeName(QByteArray::fromRawData(f.path.data(), qsizetype(f.path.size()))));
+    tree.folders = decoded(run.folders);
+    return tree;
+}
+
+std::vector<std::string> scanFolderNative(const QString &folder)
+{
+    SortedRun run = walkAndSort(folder);
+    std::vector<std::string> paths;
+    paths.reserve(run.files.size());
+    for (FoundFile &f : run.files)
+        paths.push_back(std::move(f.path));
+    return paths;
 }
 
 QStringList scanFolder(const QString &folder)

@@ -7,6 +7,8 @@
 #include <QUrl>
 
 #include <array>
+#include <string>
+#include <vector>
 
 // The audio file extensions the library accepts, compared lower-cased.
 inline constexpr std::array<const char *, 7> audioExtensions = {
@@ -25,9 +27,13 @@ struct FolderTree
 // below hidden folders are skipped, symbolic links are never followed (so a link
 // loop can't trap the walk), unreadable folders are passed over. The files are
 // sorted by file name (extension included) with the user's locale collation; the
-// sort is stable, and the walk visits each folder's entries in name order, so
-// the result is the same on every run. Safe to call from any thread.
+// sort is stable and the walk takes subfolders in name order, so the result is
+// the same on every run. Safe to call from any thread.
 FolderTree scanTree(const QString &folder);
+
+// The audio files of scanTree(folder), as the file system spells their paths
+// (for output that must not be re-encoded).
+std::vector<std::string> scanFolderNative(const QString &folder);
 
 // The audio files of scanTree(folder).
 QStringList scanFolder(const QString &folder);
