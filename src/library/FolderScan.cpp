@@ -193,6 +193,14 @@ SortedRun merged(std::vector<SortedRun> &runs, const NameOrder &names)
     return out;
 }
 
+// Scans run on a pool of their own: a scan is often started from a task of the
+// global pool, and waiting there for more work on the same pool could starve it.
+QThreadPool *scanPool()
+{
+    static QThreadPool pool;
+    return &pool;
+}
+
 // Walks the tree and sorts its audio files by name with the locale collation;
 // names the collation holds equal keep the walk order. Walking is mostly system
 // calls and collation the costly part of sorting, so both are spread over the
@@ -234,7 +242,7 @@ SortedRun walkAndSort(const QString &folder)
     runs[0] = std::move(top);
     std::vector<size_t> indices(parts.size());
     std::iota(indices.begin(), indices.end(), 0);
-    QtConcurrent::blockingMap(indices, [&](size_t i) {
+    QtConcurrent::blockingMap(scanPool(), indices, [&](size_t i) {
         const int fd = openFolder(parts[i], false);
         if (fd < 0)
             return;

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QtConcurrent>
 
 using testsupport::writeFile;
 
@@ -102,6 +103,19 @@ private Q_SLOTS:
         const QList<QUrl> urls = scanFolder(QUrl::fromLocalFile(m_dir.path()));
         QCOMPARE(urls.size(), 1);
         QCOMPARE(urls.first().toLocalFile(), m_dir.filePath(QStringLiteral("a b/c#d.mp3")));
+    }
+
+    void scansRunSideBySideFromThePool()
+    {
+        for (int i = 0; i < 30; ++i)
+            writeFile(m_dir.path(), QStringLiteral("artist%1/album/%1.mp3").arg(i));
+        QList<QFuture<QStringList>> scans;
+        for (int i = 0; i < 6; ++i)
+            scans.append(QtConcurrent::run([this] { return scanFolder(m_dir.path()); }));
+        for (QFuture<QStringList> &f : scans) {
+            QTRY_VERIFY_WITH_TIMEOUT(f.isFinished(), 10000);
+            QCOMPARE(f.result().size(), 30);
+        }
     }
 
     void treeListsVisibleFolders()
