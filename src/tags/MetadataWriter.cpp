@@ -219,9 +219,14 @@ Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
 {
     if (edit.keepsEverything())
         return {data.toByteArray(), {}};
+    const bool setsAField = edit.title.action == FieldEdit::Action::set
+                         || edit.artist.action == FieldEdit::Action::set
+                         || edit.album.action == FieldEdit::Action::set;
     QList<id3::Frame> oldFrames;
     if (id3::leadingTagSize(data) > 0) {
         id3::ParseResult parsed = id3::parseLeadingTag(data);
+        if (!parsed.tag && !setsAField)
+            return {data.toByteArray(), {}}; // nothing to write: the file stays as it is
         if (!parsed.tag) {
             qCDebug(lcTags) << "the old ID3v2 tag can't be carried over (version" << int(quint8(data[3]))
                             << "flags" << Qt::hex << int(quint8(data[5])) << ")";
