@@ -2,6 +2,7 @@
 #include "ContainerReader.h"
 
 #include "CafReader.h"
+#include "VorbisComment.h"
 #include "model/Log.h"
 
 #include <taglib/aifffile.h>
@@ -44,21 +45,36 @@ public:
     }
 };
 
-void installLogListener()
+// RIFF INFO has no declared encoding: UTF-8 where the bytes are UTF-8 (what
+// TagLib writes, and most tools today), Latin-1 for older files.
+class InfoStrings : public TagLib::RIFF::Info::StringHandler
+{
+public:
+    TagLib::String parse(const TagLib::ByteVector &data) const override
+    {
+        QByteArrayView bytes(data.data(), qsizetype(data.size()));
+        while (!bytes.isEmpty() && bytes.back() == '\0')
+            bytes.chop(1);
+        const TagLib::ByteVector trimmed(bytes.data(), uint(bytes.size()));
+        return TagLib::String(trimmed, vorbis::isValidUtf8(bytes) ? TagLib::String::UTF8 : TagLib::String::Latin1);
+    }
+};
+
+} // namespace
+
+void ensureTagLibSetUp()
 {
     static LogListener listener;
+    static InfoStrings infoStrings;
     static const bool installed = [] {
         TagLib::setDebugListener(&listener);
+        TagLib::RIFF::Info::Tag::setStringHandler(&infoStrings);
         return true;
     }();
     Q_UNUSED(installed);
 }
 
-#ifdef _WIN32
-#define TARNWELL_FILE_NAME(p) reinterpret_cast<const wchar_t *>(p.utf16())
-#else
-#define TARNWELL_FILE_NAME(p) QFile::encodeName(p).constData()
-#endif
+namespace {
 
 // Numeric ID3v1 genre references ("17", "(17)") become their names.
 QString genreText(const TagLib::StringList &fields)
@@ -177,7 +193,7 @@ std::optional<double> seconds(const TagLib::AudioProperties *p)
 Contents readMpeg(const QString &path, int want)
 {
     Contents c;
-    TagLib::MPEG::File file(TARNWELL_FILE_NAME(path), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLib::MPEG::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if (want & (wantTags | wantPictures)) {
@@ -194,7 +210,7 @@ Contents readMpeg(const QString &path, int want)
 Contents readWav(const QString &path, int want)
 {
     Contents c;
-    WavFile file(TARNWELL_FILE_NAME(path), want & wantDuration, TagLib::AudioProperties::Fast);
+    WavFile file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if (want & (wantTags | wantPictures)) {
@@ -216,7 +232,7 @@ Contents readWav(const QString &path, int want)
 Contents readAiff(const QString &path, int want)
 {
     Contents c;
-    TagLib::RIFF::AIFF::File file(TARNWELL_FILE_NAME(path), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLib::RIFF::AIFF::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if ((want & (wantTags | wantPictures)) && file.hasID3v2Tag())
@@ -229,7 +245,7 @@ Contents readAiff(const QString &path, int want)
 Contents readMp4(const QString &path, int want)
 {
     Contents c;
-    TagLib::MP4::File file(TARNWELL_FILE_NAME(path), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLib::MP4::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if ((want & (wantTags | wantPictures)) && file.hasMP4Tag()) {
@@ -274,7 +290,7 @@ Contents readMp4(const QString &path, int want)
 
 Contents read(const QString &path, const QString &lowerSuffix, int want)
 {
-    installLogListener();
+    ensureTagLibSetUp();
     if (lowerSuffix == u"mp3")
         return readMpeg(path, want);
     if (lowerSuffix == u"wav")

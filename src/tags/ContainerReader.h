@@ -43,6 +43,10 @@ struct Contents
 // lowerSuffix is the file's extension, lower-cased.
 Contents read(const QString &path, const QString &lowerSuffix, int want);
 
+// TagLib's process-wide settings: its messages go to our log, RIFF INFO text is
+// UTF-8 when valid, else Latin-1. read() does this itself; writers call it first.
+void ensureTagLibSetUp();
+
 // Title, artist and album from the last item of each common key (even one
 // without text); genre from the first "TCON", "GENRE" or "\u00A9gen" item (any
 // case) that has text.

@@ -46,6 +46,7 @@ void setId3(TagLib::ID3v2::Tag *tag, CommonKey key, const TagLib::String &value)
 
 bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
 {
+    ensureTagLibSetUp();
     const QByteArray name = QFile::encodeName(path);
     if (suffix == u"m4a") {
         TagLib::MP4::File file(name.constData(), false);
@@ -75,11 +76,8 @@ bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
             return false;
         forEachEdited(edit, [&](CommonKey key, const QString &value) {
             setId3(file.ID3v2Tag(), key, toTagLib(value));
-            // RIFF INFO holds Latin-1 only: a value it can't hold is removed
-            // there rather than stored mangled, and ID3v2 carries it.
             const TagLib::ByteVector id = key == CommonKey::title ? "INAM" : key == CommonKey::artist ? "IART" : "IPRD";
-            const bool latin1 = std::all_of(value.begin(), value.end(), [](QChar c) { return c.unicode() < 0x100; });
-            if (value.isEmpty() || !latin1)
+            if (value.isEmpty())
                 file.InfoTag()->removeField(id);
             else
                 file.InfoTag()->setFieldText(id, toTagLib(value));
