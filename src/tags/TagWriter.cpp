@@ -146,6 +146,10 @@ SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
     if (!ours && !container::canWrite(suffix))
         return {false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat))};
 
+    // A file the user made read-only stays as it is, although replacing it by
+    // rename in a writable folder would work.
+    if (const QFileInfo info(path); info.exists() && !info.isWritable())
+        return {false, QStringLiteral("%1 is read-only").arg(path)};
     QString why;
     const auto data = readWholeFile(path, &why);
     if (!data)
