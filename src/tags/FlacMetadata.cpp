@@ -77,8 +77,8 @@ struct Block
 
 // Walks the block headers of a FLAC file, calling visit(block) until it returns
 // false. Answers false when the file isn't FLAC or a block runs past its end.
-template<typename Visit>
-bool walkBlocks(FileWindow &file, Visit visit)
+template<typename Window, typename Visit>
+bool walkBlocks(Window &file, Visit visit)
 {
     if (!file.isOpen())
         return false;
@@ -105,12 +105,10 @@ bool walkBlocks(FileWindow &file, Visit visit)
     }
 }
 
-} // namespace
-
-FileInfo readFile(const QString &path, bool wantDuration)
+template<typename Window>
+FileInfo readInfo(Window &file, bool wantDuration)
 {
     FileInfo info;
-    FileWindow file(path);
     bool first = true;
     walkBlocks(file, [&](const Block &b) {
         if (first && wantDuration && b.type() == streamInfoType) {
@@ -125,6 +123,20 @@ FileInfo readFile(const QString &path, bool wantDuration)
         return false;
     });
     return info;
+}
+
+} // namespace
+
+FileInfo readFile(const QString &path, bool wantDuration)
+{
+    FileWindow file(path);
+    return readInfo(file, wantDuration);
+}
+
+FileInfo parseFile(QByteArrayView wholeFile, bool wantDuration)
+{
+    MemoryWindow file(wholeFile);
+    return readInfo(file, wantDuration);
 }
 
 std::optional<QByteArray> readPicture(const QString &path)

@@ -42,6 +42,9 @@ struct FileInfo
 // end of the file or a file not starting with "fLaC" gives no tags.
 FileInfo readFile(const QString &path, bool wantDuration = true);
 
+// The same walk over a whole file already in memory.
+FileInfo parseFile(QByteArrayView wholeFile, bool wantDuration = true);
+
 // The first PICTURE block of a FLAC file with picture bytes, encoded.
 std::optional<QByteArray> readPicture(const QString &path);
 
