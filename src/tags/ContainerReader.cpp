@@ -92,7 +92,7 @@ QString genreText(const TagLib::StringList &fields)
         if (!s.isEmpty() && !parts.contains(s))
             parts.append(s);
     }
-    return parts.join(QStringLiteral(" / "));
+    return parts.join(u'/');
 }
 
 void appendId3v2(QList<Item> &items, const TagLib::ID3v2::Tag *tag, int want)
@@ -118,7 +118,8 @@ void appendId3v2(QList<Item> &items, const TagLib::ID3v2::Tag *tag, int want)
             else if (id == "TALB")
                 item.commonKey = CommonKey::albumName;
             if (const auto *text = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(frame)) {
-                const QString s = id == "TCON" ? genreText(text->fieldList()) : toQString(text->toString());
+                // Several values (ID3v2.4) are joined the way ID3v2.3 writes them.
+                const QString s = id == "TCON" ? genreText(text->fieldList()) : toQString(text->fieldList().toString("/"));
                 if (!s.isEmpty())
                     item.text = s;
             }

@@ -12,6 +12,7 @@
 #include <taglib/id3v2tag.h>
 #include <taglib/mpegfile.h>
 #include <taglib/tbytevectorstream.h>
+#include <taglib/textidentificationframe.h>
 
 #include <QFileInfo>
 
@@ -93,7 +94,8 @@ QString verifyFlac(QByteArrayView before, QByteArrayView after, const TagEdit &e
 // The ID3v2 tag as TagLib (not our own parser) reads it from memory.
 struct Id3Reading
 {
-    TrackMetadata metadata;
+    TrackMetadata metadata; // genre left out: ID3v2.4 genre lists read differently once in ID3v2.3
+    bool hasGenre = false;
     int pictures = 0;
 };
 
@@ -109,12 +111,14 @@ Id3Reading readId3(QByteArrayView data)
         const auto &list = tag->frameListMap()[id];
         if (list.isEmpty())
             return std::nullopt;
-        const std::string utf8 = list.back()->toString().to8Bit(true);
+        const auto *frame = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(list.back());
+        const std::string utf8 = (frame ? frame->fieldList().toString("/") : list.back()->toString()).to8Bit(true);
         if (utf8.empty())
             return std::nullopt;
         return QString::fromStdString(utf8);
     };
-    r.metadata = {text("TIT2"), text("TPE1"), text("TALB"), text("TCON")};
+    r.metadata = {text("TIT2"), text("TPE1"), text("TALB"), std::nullopt};
+    r.hasGenre = !tag->frameListMap()["TCON"].isEmpty();
     r.pictures = int(tag->frameListMap()["APIC"].size());
     return r;
 }
@@ -127,7 +131,7 @@ QString verifyId3(QByteArrayView before, QByteArrayView after, const TagEdit &ed
     const Id3Reading now = readId3(after);
     if (!fieldsAsEdited(edit, old.metadata, now.metadata))
         return QStringLiteral("the tags did not read back as written");
-    if (now.pictures != old.pictures)
+    if (now.pictures != old.pictures || now.hasGenre != old.hasGenre)
         return QStringLiteral("the pictures would not have been carried over");
     return {};
 }

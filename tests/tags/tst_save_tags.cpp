@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A save that fails anywhere leaves the file byte for byte as it was and no
-// temporary file behind. Where root ignores permissions the failures are
+// Saving to disk. A save that fails anywhere leaves the file byte for byte as
+// it was and no temporary file behind. Where root ignores permissions the failures are
 // injected at the system call that would fail.
 #include "TagBuilders.h"
 #include "support/TestSupport.h"
@@ -53,7 +53,7 @@ const TagEdit edit = TagEdit::fromValues(QStringLiteral("new"), QStringLiteral("
 
 } // namespace
 
-class TestSaveFaults : public QObject
+class TestSaveTags : public QObject
 {
     Q_OBJECT
 
@@ -252,6 +252,24 @@ private Q_SLOTS:
         QVERIFY(!saveTags(m_folder + QStringLiteral("/dir.mp3"), edit));
     }
 
+    // ID3v2.4 value lists become ID3v2.3 text; a kept field must still pass the
+    // read-back check.
+    void keptFieldsChangingForm()
+    {
+        using build::id3Frame;
+        const QByteArray tag = build::id3Tag(4, id3Frame(4, "TPE1", QByteArray("\x03" "A\x00" "B", 4))
+                                                    + id3Frame(4, "TCON", QByteArray("\x03" "17\x00" "Pop", 7))
+                                                    + id3Frame(4, "TIT2", build::id3Text("old")));
+        const QString path = testsupport::writeFile(m_folder, QStringLiteral("list.mp3"), tag + build::mpegAudio());
+        QCOMPARE(readMetadata(path).artist, std::optional<QString>(QStringLiteral("A/B")));
+        QVERIFY(saveTags(path, TagEdit{FieldEdit::set(QStringLiteral("new")), FieldEdit::keep(), FieldEdit::keep()}));
+        const TrackMetadata after = readMetadata(path);
+        QCOMPARE(after.title, std::optional<QString>(QStringLiteral("new")));
+        QCOMPARE(after.artist, std::optional<QString>(QStringLiteral("A/B")));
+        QVERIFY(after.genre);
+        QCOMPARE(testsupport::readFile(path).mid(3, 1), QByteArray("\x03"));
+    }
+
     void upperCaseExtensionIsFlac()
     {
         const QString path = testsupport::writeFile(m_folder, QStringLiteral("song.FLAC"), flacBytes());
@@ -261,5 +279,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSaveFaults)
-#include "tst_save_faults.moc"
+QTEST_GUILESS_MAIN(TestSaveTags)
+#include "tst_save_tags.moc"
