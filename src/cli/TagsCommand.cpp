@@ -17,13 +17,14 @@ int cli::tags(const QStringList &args)
     buffer.reserve(1 << 16);
     for (const QString &arg : args) {
         const QFileInfo file(arg);
-        if (!file.isFile()) {
+        const QString path = file.absoluteFilePath();
+        const TrackInfo info = readTrackInfo(path);
+        // Reading never fails; only a file with nothing to show is looked at.
+        if (info.metadata.isEmpty() && !info.duration && !file.isFile()) {
             error(QStringLiteral("%1: no such file").arg(arg));
             code = 1;
             continue;
         }
-        const QString path = file.absoluteFilePath();
-        const TrackInfo info = readTrackInfo(path);
         JsonWriter json;
         json.beginObject();
         json.key(u"path");

@@ -7,7 +7,7 @@ namespace {
 
 int writeUsage()
 {
-    cli::error(QStringLiteral("usage: tarnwell-cli write FILE [--title T] [--artist A] [--album B]"));
+    cli::error(QStringLiteral("usage: tarnwell-cli write FILE... [--title T] [--artist A] [--album B]"));
     return cli::usageError;
 }
 
@@ -15,7 +15,8 @@ int writeUsage()
 
 int cli::write(const QStringList &args)
 {
-    QString file;
+    // Several files take the same edit, as the batch tag editor gives them.
+    QStringList files;
     TagEdit edit;
     for (qsizetype i = 0; i < args.size(); ++i) {
         const QString &arg = args[i];
@@ -37,18 +38,21 @@ int cli::write(const QStringList &args)
                 return writeUsage();
             // "" removes the tag; an option not given keeps the file's value.
             *field = FieldEdit::set(inlineValue ? *inlineValue : args[++i]);
-        } else if (arg.startsWith(u"--") || !file.isEmpty()) {
+        } else if (arg.startsWith(u"--")) {
             return writeUsage();
         } else {
-            file = arg;
+            files.append(arg);
         }
     }
-    if (file.isEmpty())
+    if (files.isEmpty())
         return writeUsage();
-    const SaveResult result = saveTagsWithReason(file, edit);
-    if (!result) {
-        error(result.reason);
-        return 1;
+    const QList<SaveResult> results = saveTags(files, edit);
+    int code = 0;
+    for (const SaveResult &result : results) {
+        if (!result) {
+            error(result.reason);
+            code = 1;
+        }
     }
-    return 0;
+    return code;
 }

@@ -220,11 +220,16 @@ bool AtomicReplace::commit()
     m_tempPath.clear();
     m_committed = true;
     // The rename itself is durable only once the folder is on disk.
-    const int dir = ::open(QFile::encodeName(QFileInfo(m_target).absolutePath()).constData(),
-                           O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (m_syncFolder)
+        syncFolder(QFileInfo(m_target).absolutePath());
+    return true;
+}
+
+void syncFolder(const QString &folder)
+{
+    const int dir = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
         ::fsync(dir);
         ::close(dir);
     }
-    return true;
 }

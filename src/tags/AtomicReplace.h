@@ -27,6 +27,10 @@ public:
     QString temporaryPath() const { return m_tempPath; }
     bool commit();
 
+    // Leaves the fsync of the folder to the caller (syncFolder below), who
+    // replaces many files in it and flushes the folder once at the end.
+    void setSyncFolder(bool sync) { m_syncFolder = sync; }
+
     // Why the last step failed, for the log and the command line.
     QString errorString() const { return m_error; }
 
@@ -38,6 +42,7 @@ private:
     QString m_tempPath;
     int m_fd = -1;
     bool m_committed = false;
+    bool m_syncFolder = true;
     QString m_error;
 };
 
@@ -55,6 +60,9 @@ bool shouldFail(Step step);
 void setPartialWriteBytes(qint64 bytes);
 qint64 partialWriteBytes();
 } // namespace tagio::faults
+
+// Flushes a folder's entries (renames into it) to disk.
+void syncFolder(const QString &folder);
 
 // Reads a whole regular file; nothing when it can't be opened or read.
 std::optional<QByteArray> readWholeFile(const QString &path, QString *why);

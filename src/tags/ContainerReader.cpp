@@ -2,6 +2,7 @@
 #include "ContainerReader.h"
 
 #include "CafReader.h"
+#include "TagLibStream.h"
 #include "VorbisComment.h"
 #include "model/Log.h"
 
@@ -9,6 +10,7 @@
 #include <taglib/attachedpictureframe.h>
 #include <taglib/id3v1genres.h>
 #include <taglib/id3v1tag.h>
+#include <taglib/id3v2framefactory.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/infotag.h>
 #include <taglib/mp4file.h>
@@ -194,7 +196,9 @@ std::optional<double> seconds(const TagLib::AudioProperties *p)
 Contents readMpeg(const QString &path, int want)
 {
     Contents c;
-    TagLib::MPEG::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLibStream stream(path);
+    TagLib::MPEG::File file(&stream, TagLib::ID3v2::FrameFactory::instance(), want & wantDuration,
+                            TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if (want & (wantTags | wantPictures)) {
@@ -211,7 +215,8 @@ Contents readMpeg(const QString &path, int want)
 Contents readWav(const QString &path, int want)
 {
     Contents c;
-    WavFile file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLibStream stream(path);
+    WavFile file(&stream, want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if (want & (wantTags | wantPictures)) {
@@ -233,7 +238,8 @@ Contents readWav(const QString &path, int want)
 Contents readAiff(const QString &path, int want)
 {
     Contents c;
-    TagLib::RIFF::AIFF::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLibStream stream(path);
+    TagLib::RIFF::AIFF::File file(&stream, want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if ((want & (wantTags | wantPictures)) && file.hasID3v2Tag())
@@ -246,7 +252,8 @@ Contents readAiff(const QString &path, int want)
 Contents readMp4(const QString &path, int want)
 {
     Contents c;
-    TagLib::MP4::File file(QFile::encodeName(path).constData(), want & wantDuration, TagLib::AudioProperties::Fast);
+    TagLibStream stream(path);
+    TagLib::MP4::File file(&stream, want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if ((want & (wantTags | wantPictures)) && file.hasMP4Tag()) {

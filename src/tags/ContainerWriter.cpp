@@ -153,7 +153,8 @@ std::optional<QByteArray> audioPayload(const QString &lowerSuffix, QByteArrayVie
     return payload;
 }
 
-QString writeFile(const QString &path, const QString &suffix, const QByteArray &oldData, const TagEdit &edit)
+QString writeFile(const QString &path, const QString &suffix, const QByteArray &oldData, const TagEdit &edit,
+                  bool syncFolder)
 {
     const auto oldAudio = audioPayload(suffix, oldData);
     if (!oldAudio)
@@ -161,6 +162,7 @@ QString writeFile(const QString &path, const QString &suffix, const QByteArray &
     const TrackMetadata before = metadataFromItems(read(path, suffix, wantTags).items);
 
     AtomicReplace replace(path);
+    replace.setSyncFolder(syncFolder);
     if (!replace.create() || !replace.write(oldData))
         return replace.errorString();
     if (!applyEdit(replace.temporaryPath(), suffix, edit))

@@ -143,7 +143,9 @@ QString lowerSuffix(const QString &path)
 
 } // namespace
 
-SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
+namespace {
+
+SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
 {
     const QString suffix = lowerSuffix(path);
     const bool ours = suffix == u"flac" || suffix == u"mp3";
@@ -162,7 +164,7 @@ SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
         return {true, {}};
 
     if (!ours) {
-        const QString failure = container::writeFile(path, suffix, *data, edit);
+        const QString failure = container::writeFile(path, suffix, *data, edit, syncFolder);
         return {failure.isEmpty(), failure};
     }
 
@@ -178,9 +180,32 @@ SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
         return {false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure)};
 
     AtomicReplace replace(path);
+    replace.setSyncFolder(syncFolder);
     if (!replace.create() || !replace.write(*result.data) || !replace.commit())
         return {false, replace.errorString()};
     return {true, {}};
+}
+
+} // namespace
+
+SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
+{
+    return save(path, edit, true);
+}
+
+QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
+{
+    QList<SaveResult> results;
+    QStringList folders;
+    for (const QString &path : paths) {
+        results.append(save(path, edit, false));
+        const QString folder = QFileInfo(path).canonicalPath();
+        if (results.last() && !folders.contains(folder))
+            folders.append(folder);
+    }
+    for (const QString &folder : folders)
+        syncFolder(folder);
+    return results;
 }
 
 bool saveTags(const QString &path, const TagEdit &edit)

@@ -3,7 +3,9 @@
 
 #include "TagEdit.h"
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -29,6 +31,11 @@ SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit);
 
 // Yes or no; the reason for a no goes to the tarnwell.tags log.
 bool saveTags(const QString &path, const TagEdit &edit);
+
+// The batch editor's form: one edit for many files, in order, one answer (with
+// its reason) per file. Folders are flushed to disk once at the end instead of
+// after every file.
+QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit);
 
 // The editors' form: a field given (non-empty) is written, a field absent or
 // empty is removed.

@@ -270,6 +270,24 @@ private Q_SLOTS:
         QCOMPARE(testsupport::readFile(path).mid(3, 1), QByteArray("\x03"));
     }
 
+    void batchSave()
+    {
+        const QString flac = testsupport::writeFile(m_folder, QStringLiteral("a.flac"), flacBytes());
+        const QString mp3 = testsupport::writeFile(m_folder, QStringLiteral("sub/b.mp3"), mp3Bytes());
+        const QString caf = testsupport::writeFile(m_folder, QStringLiteral("c.caf"), QByteArray("caff"));
+        const TagEdit albumOnly{FieldEdit::keep(), FieldEdit::keep(), FieldEdit::set(QStringLiteral("Shared album"))};
+        const QList<SaveResult> results = saveTags(QStringList{flac, caf, mp3}, albumOnly);
+        QCOMPARE(results.size(), 3);
+        QVERIFY(results[0].saved && !results[1].saved && results[2].saved);
+        QVERIFY(results[1].reason.contains(caf));
+        for (const QString &path : {flac, mp3}) {
+            const TrackMetadata m = readMetadata(path);
+            QCOMPARE(m.album, std::optional<QString>(QStringLiteral("Shared album")));
+            QCOMPARE(m.title, std::optional<QString>(QStringLiteral("old")));
+        }
+        QCOMPARE(listing(m_folder), (QStringList{"a.flac", "c.caf", "sub"}));
+    }
+
     void upperCaseExtensionIsFlac()
     {
         const QString path = testsupport::writeFile(m_folder, QStringLiteral("song.FLAC"), flacBytes());

@@ -390,6 +390,13 @@ private Q_SLOTS:
         r = run(cli, {QStringLiteral("write"), caf, QStringLiteral("--title"), QStringLiteral("x")});
         QCOMPARE(r.exitCode, 1);
         QVERIFY(!r.err.isEmpty());
+        // Several files take one edit; one refusal makes the exit code 1.
+        const QString mp3 = copy(QStringLiteral("v23.mp3"));
+        r = run(cli, {QStringLiteral("write"), flac, caf, mp3, QStringLiteral("--album"), QStringLiteral("Both")});
+        QCOMPARE(r.exitCode, 1);
+        QCOMPARE(r.err.count('\n'), 1);
+        QCOMPARE(value(readMetadata(flac).album), QStringLiteral("Both"));
+        QCOMPARE(value(mutagenRead(mp3), "album"), QStringLiteral("Both"));
         QCOMPARE(run(cli, {QStringLiteral("write"), flac, QStringLiteral("--bogus"), QStringLiteral("x")}).exitCode, 2);
         QCOMPARE(run(cli, {QStringLiteral("write"), flac, QStringLiteral("--title")}).exitCode, 2);
         QCOMPARE(run(cli, {QStringLiteral("tags")}).exitCode, 2);
