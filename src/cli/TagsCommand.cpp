@@ -30,10 +30,10 @@ int cli::tags(const QStringList &args)
         json.key(u"path");
         json.value(path);
         const std::pair<const char16_t *, const std::optional<QString> *> fields[] = {
-            {u"title", &info.metadata.title},
-            {u"artist", &info.metadata.artist},
-            {u"album", &info.metadata.album},
-            {u"genre", &info.metadata.genre},
+            { u"title", &info.metadata.title },
+            { u"artist", &info.metadata.artist },
+            { u"album", &info.metadata.album },
+            { u"genre", &info.metadata.genre },
         };
         for (const auto &[name, value] : fields) {
             if (*value) {

@@ -17,7 +17,7 @@ namespace tagio::faults {
 namespace {
 std::atomic<int> countdown[stepCount];
 std::atomic<int> errors[stepCount];
-std::atomic<qint64> partialBytes{0};
+std::atomic<qint64> partialBytes { 0 };
 } // namespace
 
 void inject(Step step, int nthCall, int err)
@@ -177,8 +177,8 @@ bool AtomicReplace::create()
     if (::stat(QFile::encodeName(m_target).constData(), &st) != 0)
         return fail(QStringLiteral("cannot look at %1").arg(m_target), errno);
     const QString suffix = info.suffix().isEmpty() ? QString() : QStringLiteral(".") + info.suffix();
-    QByteArray pattern = QFile::encodeName(info.absolutePath() + QStringLiteral("/.") + info.completeBaseName()
-                                           + QStringLiteral(".tarnwell-XXXXXX") + suffix);
+    QByteArray pattern = QFile::encodeName(info.absolutePath() + QStringLiteral("/.")
+        + info.completeBaseName() + QStringLiteral(".tarnwell-XXXXXX") + suffix);
     if (tagio::faults::shouldFail(tagio::faults::createTemporary))
         return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
     m_fd = ::mkostemps(pattern.data(), int(QFile::encodeName(suffix).size()), O_CLOEXEC);

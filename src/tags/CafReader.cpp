@@ -67,11 +67,10 @@ std::optional<Description> parseDescription(QByteArrayView body)
     const auto framesPerPacket = c.u32be();
     if (!framesPerPacket)
         return std::nullopt;
-    return Description{std::bit_cast<double>(*rate), *bytesPerPacket, *framesPerPacket};
+    return Description { std::bit_cast<double>(*rate), *bytesPerPacket, *framesPerPacket };
 }
 
-template<typename Window>
-Info walk(Window &file)
+template<typename Window> Info walk(Window &file)
 {
     Info info;
     if (!file.isOpen())
@@ -103,8 +102,8 @@ Info walk(Window &file)
         } else if (size < 0 || size > available) {
             break;
         } else if (size <= maxSmallChunk
-                   && (type == QByteArrayView("info") || type == QByteArrayView("desc")
-                       || type == QByteArrayView("pakt"))) {
+            && (type == QByteArrayView("info") || type == QByteArrayView("desc")
+                || type == QByteArrayView("pakt"))) {
             const auto body = file.read(bodyOffset, size);
             if (!body)
                 break;

@@ -58,7 +58,8 @@ public:
         while (!bytes.isEmpty() && bytes.back() == '\0')
             bytes.chop(1);
         const TagLib::ByteVector trimmed(bytes.data(), uint(bytes.size()));
-        return TagLib::String(trimmed, vorbis::isValidUtf8(bytes) ? TagLib::String::UTF8 : TagLib::String::Latin1);
+        return TagLib::String(
+            trimmed, vorbis::isValidUtf8(bytes) ? TagLib::String::UTF8 : TagLib::String::Latin1);
     }
 };
 
@@ -121,7 +122,8 @@ void appendId3v2(QList<Item> &items, const TagLib::ID3v2::Tag *tag, int want)
                 item.commonKey = CommonKey::albumName;
             if (const auto *text = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(frame)) {
                 // Several values (ID3v2.4) are joined the way ID3v2.3 writes them.
-                const QString s = id == "TCON" ? genreText(text->fieldList()) : toQString(text->fieldList().toString("/"));
+                const QString s = id == "TCON" ? genreText(text->fieldList())
+                                               : toQString(text->fieldList().toString("/"));
                 if (!s.isEmpty())
                     item.text = s;
             }
@@ -137,7 +139,7 @@ void appendId3v1(QList<Item> &items, const TagLib::ID3v1::Tag *tag)
     const auto add = [&](std::optional<CommonKey> common, const char *key, const TagLib::String &value) {
         const QString s = toQString(value).trimmed();
         if (!s.isEmpty())
-            items.append(Item{common, QString::fromLatin1(key), s, std::nullopt});
+            items.append(Item { common, QString::fromLatin1(key), s, std::nullopt });
     };
     add(CommonKey::title, "title", tag->title());
     add(CommonKey::artist, "artist", tag->artist());
@@ -197,8 +199,8 @@ Contents readMpeg(const QString &path, int want)
 {
     Contents c;
     TagLibStream stream(path);
-    TagLib::MPEG::File file(&stream, TagLib::ID3v2::FrameFactory::instance(), want & wantDuration,
-                            TagLib::AudioProperties::Fast);
+    TagLib::MPEG::File file(
+        &stream, TagLib::ID3v2::FrameFactory::instance(), want & wantDuration, TagLib::AudioProperties::Fast);
     if (!file.isValid())
         return c;
     if (want & (wantTags | wantPictures)) {
@@ -265,7 +267,7 @@ Contents readMp4(const QString &path, int want)
             const QString key = toQString(it->first);
             if (it->first == "covr") {
                 for (const TagLib::MP4::CoverArt &art : it->second.toCoverArtList()) {
-                    Item item{CommonKey::artwork, key, std::nullopt, std::nullopt};
+                    Item item { CommonKey::artwork, key, std::nullopt, std::nullopt };
                     if (!art.data().isEmpty())
                         item.data = (want & wantPictures) ? toQByteArray(art.data()) : QByteArray();
                     c.items.append(std::move(item));
@@ -276,9 +278,13 @@ Contents readMp4(const QString &path, int want)
             item.key = key;
             if (it->first == "\xA9nam")
                 item.commonKey = CommonKey::title;
-            else if (it->first == "\xA9" "ART")
+            else if (it->first
+                == "\xA9"
+                   "ART")
                 item.commonKey = CommonKey::artist;
-            else if (it->first == "\xA9" "alb")
+            else if (it->first
+                == "\xA9"
+                   "alb")
                 item.commonKey = CommonKey::albumName;
             const TagLib::StringList texts = it->second.toStringList();
             if (!texts.isEmpty()) {
@@ -309,7 +315,7 @@ Contents read(const QString &path, const QString &lowerSuffix, int want)
         return readMp4(path, want);
     if (lowerSuffix == u"caf") {
         const caf::Info info = caf::readFile(path);
-        return {info.items, (want & wantDuration) ? info.duration : std::nullopt};
+        return { info.items, (want & wantDuration) ? info.duration : std::nullopt };
     }
     return {};
 }
@@ -321,14 +327,21 @@ TrackMetadata metadataFromItems(const QList<Item> &items)
         if (!item.commonKey)
             continue;
         switch (*item.commonKey) {
-        case CommonKey::title: m.title = item.text; break;
-        case CommonKey::artist: m.artist = item.text; break;
-        case CommonKey::albumName: m.album = item.text; break;
-        case CommonKey::artwork: break;
+        case CommonKey::title:
+            m.title = item.text;
+            break;
+        case CommonKey::artist:
+            m.artist = item.text;
+            break;
+        case CommonKey::albumName:
+            m.album = item.text;
+            break;
+        case CommonKey::artwork:
+            break;
         }
     }
-    static const QString genreKeys[] = {QStringLiteral("TCON"), QStringLiteral("GENRE"),
-                                        QString(QChar(0xA9)) + QStringLiteral("GEN")};
+    static const QString genreKeys[]
+        = { QStringLiteral("TCON"), QStringLiteral("GENRE"), QString(QChar(0xA9)) + QStringLiteral("GEN") };
     for (const Item &item : items) {
         if (!item.key || !item.text)
             continue;

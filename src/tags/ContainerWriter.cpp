@@ -23,11 +23,10 @@ TagLib::String toTagLib(const QString &s)
 }
 
 // For each field: set its text, or with an empty text remove it; keep leaves it.
-template<typename Apply>
-void forEachEdited(const TagEdit &edit, Apply apply)
+template<typename Apply> void forEachEdited(const TagEdit &edit, Apply apply)
 {
-    const std::pair<const FieldEdit *, CommonKey> fields[] = {
-        {&edit.title, CommonKey::title}, {&edit.artist, CommonKey::artist}, {&edit.album, CommonKey::albumName}};
+    const std::pair<const FieldEdit *, CommonKey> fields[] = { { &edit.title, CommonKey::title },
+        { &edit.artist, CommonKey::artist }, { &edit.album, CommonKey::albumName } };
     for (const auto &[field, key] : fields) {
         if (field->action != FieldEdit::Action::keep)
             apply(key, field->action == FieldEdit::Action::set ? field->value : QString());
@@ -37,10 +36,17 @@ void forEachEdited(const TagEdit &edit, Apply apply)
 void setId3(TagLib::ID3v2::Tag *tag, CommonKey key, const TagLib::String &value)
 {
     switch (key) {
-    case CommonKey::title: tag->setTitle(value); break;
-    case CommonKey::artist: tag->setArtist(value); break;
-    case CommonKey::albumName: tag->setAlbum(value); break;
-    case CommonKey::artwork: break;
+    case CommonKey::title:
+        tag->setTitle(value);
+        break;
+    case CommonKey::artist:
+        tag->setArtist(value);
+        break;
+    case CommonKey::albumName:
+        tag->setAlbum(value);
+        break;
+    case CommonKey::artwork:
+        break;
     }
 }
 
@@ -53,9 +59,11 @@ bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
         if (!file.isValid() || !file.tag())
             return false;
         forEachEdited(edit, [&](CommonKey key, const QString &value) {
-            const TagLib::String atom = key == CommonKey::title    ? "\xA9nam"
-                                      : key == CommonKey::artist   ? "\xA9" "ART"
-                                                                   : "\xA9" "alb";
+            const TagLib::String atom = key == CommonKey::title ? "\xA9nam"
+                : key == CommonKey::artist                      ? "\xA9"
+                                                                  "ART"
+                                                                : "\xA9"
+                                                                  "alb";
             if (value.isEmpty())
                 file.tag()->removeItem(atom);
             else
@@ -67,7 +75,8 @@ bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
         TagLib::RIFF::AIFF::File file(name.constData(), false);
         if (!file.isValid() || !file.tag())
             return false;
-        forEachEdited(edit, [&](CommonKey key, const QString &value) { setId3(file.tag(), key, toTagLib(value)); });
+        forEachEdited(
+            edit, [&](CommonKey key, const QString &value) { setId3(file.tag(), key, toTagLib(value)); });
         return file.save();
     }
     if (suffix == u"wav") {
@@ -76,7 +85,9 @@ bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
             return false;
         forEachEdited(edit, [&](CommonKey key, const QString &value) {
             setId3(file.ID3v2Tag(), key, toTagLib(value));
-            const TagLib::ByteVector id = key == CommonKey::title ? "INAM" : key == CommonKey::artist ? "IART" : "IPRD";
+            const TagLib::ByteVector id = key == CommonKey::title ? "INAM"
+                : key == CommonKey::artist                        ? "IART"
+                                                                  : "IPRD";
             if (value.isEmpty())
                 file.InfoTag()->removeField(id);
             else
@@ -154,7 +165,7 @@ std::optional<QByteArray> audioPayload(const QString &lowerSuffix, QByteArrayVie
 }
 
 QString writeFile(const QString &path, const QString &suffix, const QByteArray &oldData, const TagEdit &edit,
-                  bool syncFolder)
+    bool syncFolder)
 {
     const auto oldAudio = audioPayload(suffix, oldData);
     if (!oldAudio)
@@ -176,9 +187,9 @@ QString writeFile(const QString &path, const QString &suffix, const QByteArray &
         return QStringLiteral("the audio of %1 would have changed").arg(path);
     const TrackMetadata after = metadataFromItems(read(replace.temporaryPath(), suffix, wantTags).items);
     const auto expect = [](const FieldEdit &f, const std::optional<QString> &old) {
-        return f.action == FieldEdit::Action::set ? std::optional<QString>(f.value)
-             : f.action == FieldEdit::Action::remove ? std::nullopt
-                                                     : old;
+        return f.action == FieldEdit::Action::set   ? std::optional<QString>(f.value)
+            : f.action == FieldEdit::Action::remove ? std::nullopt
+                                                    : old;
     };
     if (after.title != expect(edit.title, before.title) || after.artist != expect(edit.artist, before.artist)
         || after.album != expect(edit.album, before.album) || (before.genre && after.genre != before.genre))

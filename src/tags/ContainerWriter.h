@@ -18,7 +18,7 @@ bool canWrite(const QString &lowerSuffix);
 
 // oldData is the whole file as read. Answers an empty string on success, else why not.
 QString writeFile(const QString &path, const QString &lowerSuffix, const QByteArray &oldData,
-                  const TagEdit &edit, bool syncFolder = true);
+    const TagEdit &edit, bool syncFolder = true);
 
 // The audio bytes of a wav ("data"), aiff ("SSND") or m4a (every top-level
 // "mdat", concatenated) file; nothing when they can't be found.

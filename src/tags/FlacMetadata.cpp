@@ -5,7 +5,6 @@
 #include "FileWindow.h"
 #include "VorbisComment.h"
 
-
 TrackMetadata parseFLACMetadata(QByteArrayView bytes)
 {
     ByteCursor c(bytes);
@@ -77,8 +76,7 @@ struct Block
 
 // Walks the block headers of a FLAC file, calling visit(block) until it returns
 // false. Answers false when the file isn't FLAC or a block runs past its end.
-template<typename Window, typename Visit>
-bool walkBlocks(Window &file, Visit visit)
+template<typename Window, typename Visit> bool walkBlocks(Window &file, Visit visit)
 {
     if (!file.isOpen())
         return false;
@@ -93,7 +91,7 @@ bool walkBlocks(Window &file, Visit visit)
         Block b;
         b.header = quint8((*header)[0]);
         b.length = (qint64(quint8((*header)[1])) << 16) | (qint64(quint8((*header)[2])) << 8)
-                 | qint64(quint8((*header)[3]));
+            | qint64(quint8((*header)[3]));
         b.bodyOffset = pos + 4;
         if (b.length > file.size() - b.bodyOffset)
             return false;
@@ -105,8 +103,7 @@ bool walkBlocks(Window &file, Visit visit)
     }
 }
 
-template<typename Window>
-FileInfo readInfo(Window &file, bool wantDuration)
+template<typename Window> FileInfo readInfo(Window &file, bool wantDuration)
 {
     FileInfo info;
     bool first = true;

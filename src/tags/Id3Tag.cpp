@@ -39,22 +39,74 @@ bool isFrameId(QByteArrayView id)
 const QHash<QByteArray, QByteArray> &v22Names()
 {
     static const QHash<QByteArray, QByteArray> names = {
-        {"BUF", "RBUF"}, {"CNT", "PCNT"}, {"COM", "COMM"}, {"CRA", "AENC"}, {"ETC", "ETCO"},
-        {"EQU", "EQUA"}, {"GEO", "GEOB"}, {"IPL", "IPLS"}, {"MCI", "MCDI"}, {"MLL", "MLLT"},
-        {"PIC", "APIC"}, {"POP", "POPM"}, {"REV", "RVRB"}, {"RVA", "RVAD"}, {"SLT", "SYLT"},
-        {"STC", "SYTC"}, {"TAL", "TALB"}, {"TBP", "TBPM"}, {"TCM", "TCOM"}, {"TCO", "TCON"},
-        {"TCR", "TCOP"}, {"TDA", "TDAT"}, {"TDY", "TDLY"}, {"TEN", "TENC"}, {"TFT", "TFLT"},
-        {"TIM", "TIME"}, {"TKE", "TKEY"}, {"TLA", "TLAN"}, {"TLE", "TLEN"}, {"TMT", "TMED"},
-        {"TOA", "TOPE"}, {"TOF", "TOFN"}, {"TOL", "TOLY"}, {"TOR", "TORY"}, {"TOT", "TOAL"},
-        {"TP1", "TPE1"}, {"TP2", "TPE2"}, {"TP3", "TPE3"}, {"TP4", "TPE4"}, {"TPA", "TPOS"},
-        {"TPB", "TPUB"}, {"TRC", "TSRC"}, {"TRD", "TRDA"}, {"TRK", "TRCK"}, {"TSI", "TSIZ"},
-        {"TSS", "TSSE"}, {"TT1", "TIT1"}, {"TT2", "TIT2"}, {"TT3", "TIT3"}, {"TXT", "TEXT"},
-        {"TXX", "TXXX"}, {"TYE", "TYER"}, {"UFI", "UFID"}, {"ULT", "USLT"}, {"WAF", "WOAF"},
-        {"WAR", "WOAR"}, {"WAS", "WOAS"}, {"WCM", "WCOM"}, {"WCP", "WCOP"}, {"WPB", "WPUB"},
-        {"WXX", "WXXX"},
+        { "BUF", "RBUF" },
+        { "CNT", "PCNT" },
+        { "COM", "COMM" },
+        { "CRA", "AENC" },
+        { "ETC", "ETCO" },
+        { "EQU", "EQUA" },
+        { "GEO", "GEOB" },
+        { "IPL", "IPLS" },
+        { "MCI", "MCDI" },
+        { "MLL", "MLLT" },
+        { "PIC", "APIC" },
+        { "POP", "POPM" },
+        { "REV", "RVRB" },
+        { "RVA", "RVAD" },
+        { "SLT", "SYLT" },
+        { "STC", "SYTC" },
+        { "TAL", "TALB" },
+        { "TBP", "TBPM" },
+        { "TCM", "TCOM" },
+        { "TCO", "TCON" },
+        { "TCR", "TCOP" },
+        { "TDA", "TDAT" },
+        { "TDY", "TDLY" },
+        { "TEN", "TENC" },
+        { "TFT", "TFLT" },
+        { "TIM", "TIME" },
+        { "TKE", "TKEY" },
+        { "TLA", "TLAN" },
+        { "TLE", "TLEN" },
+        { "TMT", "TMED" },
+        { "TOA", "TOPE" },
+        { "TOF", "TOFN" },
+        { "TOL", "TOLY" },
+        { "TOR", "TORY" },
+        { "TOT", "TOAL" },
+        { "TP1", "TPE1" },
+        { "TP2", "TPE2" },
+        { "TP3", "TPE3" },
+        { "TP4", "TPE4" },
+        { "TPA", "TPOS" },
+        { "TPB", "TPUB" },
+        { "TRC", "TSRC" },
+        { "TRD", "TRDA" },
+        { "TRK", "TRCK" },
+        { "TSI", "TSIZ" },
+        { "TSS", "TSSE" },
+        { "TT1", "TIT1" },
+        { "TT2", "TIT2" },
+        { "TT3", "TIT3" },
+        { "TXT", "TEXT" },
+        { "TXX", "TXXX" },
+        { "TYE", "TYER" },
+        { "UFI", "UFID" },
+        { "ULT", "USLT" },
+        { "WAF", "WOAF" },
+        { "WAR", "WOAR" },
+        { "WAS", "WOAS" },
+        { "WCM", "WCOM" },
+        { "WCP", "WCOP" },
+        { "WPB", "WPUB" },
+        { "WXX", "WXXX" },
         // Names iTunes gave to frames it added to ID3v2.2.
-        {"TCP", "TCMP"}, {"TST", "TSOT"}, {"TS2", "TSO2"}, {"TSA", "TSOA"}, {"TSP", "TSOP"},
-        {"TSC", "TSOC"},
+        { "TCP", "TCMP" },
+        { "TST", "TSOT" },
+        { "TS2", "TSO2" },
+        { "TSA", "TSOA" },
+        { "TSP", "TSOP" },
+        { "TSC", "TSOC" },
     };
     return names;
 }
@@ -67,8 +119,10 @@ QByteArray encodeUtf8Text(const QString &text)
 QString decodeWithEncoding(quint8 encoding, QByteArrayView bytes)
 {
     switch (encoding) {
-    case 0: return QString::fromLatin1(bytes);
-    case 3: return QString::fromUtf8(bytes);
+    case 0:
+        return QString::fromLatin1(bytes);
+    case 3:
+        return QString::fromUtf8(bytes);
     case 1:
     case 2: {
         bool bigEndian = encoding == 2;
@@ -83,7 +137,8 @@ QString decodeWithEncoding(quint8 encoding, QByteArrayView bytes)
         QStringDecoder d(bigEndian ? QStringDecoder::Utf16BE : QStringDecoder::Utf16LE);
         return d(bytes);
     }
-    default: return {};
+    default:
+        return {};
     }
 }
 
@@ -127,11 +182,11 @@ void mapV24Frame(Frame f, QList<Frame> &out, QStringList &dropped)
         const QString time = values.value(0);
         const bool original = f.id == "TDOR";
         if (time.size() >= 4) {
-            out.append({original ? "TORY" : "TYER", f.flags, encodeUtf8Text(time.first(4))});
+            out.append({ original ? "TORY" : "TYER", f.flags, encodeUtf8Text(time.first(4)) });
             if (!original && time.size() >= 10)
-                out.append({"TDAT", f.flags, encodeUtf8Text(time.mid(8, 2) + time.mid(5, 2))});
+                out.append({ "TDAT", f.flags, encodeUtf8Text(time.mid(8, 2) + time.mid(5, 2)) });
             if (!original && time.size() >= 16)
-                out.append({"TIME", f.flags, encodeUtf8Text(time.mid(11, 2) + time.mid(14, 2))});
+                out.append({ "TIME", f.flags, encodeUtf8Text(time.mid(11, 2) + time.mid(14, 2)) });
         }
         return;
     }
@@ -140,11 +195,12 @@ void mapV24Frame(Frame f, QList<Frame> &out, QStringList &dropped)
         QStringList pairs = textValues(f.body);
         for (Frame &existing : out) {
             if (existing.id == "IPLS") {
-                existing.body = encodeUtf8Text(textValues(existing.body).join(QChar(0)) + QChar(0) + pairs.join(QChar(0)));
+                existing.body = encodeUtf8Text(
+                    textValues(existing.body).join(QChar(0)) + QChar(0) + pairs.join(QChar(0)));
                 return;
             }
         }
-        out.append({"IPLS", f.flags, encodeUtf8Text(pairs.join(QChar(0)))});
+        out.append({ "IPLS", f.flags, encodeUtf8Text(pairs.join(QChar(0))) });
         return;
     }
     if (f.id.startsWith('T') && f.id != "TXXX" && !f.body.isEmpty()) {
@@ -180,7 +236,10 @@ std::optional<Frame> convertV24(QByteArray id, quint8 status, quint8 format, QBy
     QByteArray extra;
     if (compressed) {
         flags |= 0x80;
-        extra.append(char(*dataLength >> 24)).append(char(*dataLength >> 16)).append(char(*dataLength >> 8)).append(char(*dataLength));
+        extra.append(char(*dataLength >> 24))
+            .append(char(*dataLength >> 16))
+            .append(char(*dataLength >> 8))
+            .append(char(*dataLength));
     }
     if (method) {
         flags |= 0x40;
@@ -190,7 +249,7 @@ std::optional<Frame> convertV24(QByteArray id, quint8 status, quint8 format, QBy
         flags |= 0x20;
         extra.append(char(*group));
     }
-    return Frame{std::move(id), flags, extra + body.sliced(c.position())};
+    return Frame { std::move(id), flags, extra + body.sliced(c.position()) };
 }
 
 // iTunes wrote ID3v2.4 frame sizes as plain integers: take the reading that
@@ -201,7 +260,8 @@ quint32 v24FrameSize(QByteArrayView frames, qsizetype pos)
     const quint32 plain = *c.u32be();
     if (plain & 0x80808080)
         return plain; // not synchsafe at all
-    const quint32 safe = (plain & 0x7F) | ((plain >> 1) & 0x3F80) | ((plain >> 2) & 0x1FC000) | ((plain >> 3) & 0x0FE00000);
+    const quint32 safe
+        = (plain & 0x7F) | ((plain >> 1) & 0x3F80) | ((plain >> 2) & 0x1FC000) | ((plain >> 3) & 0x0FE00000);
     if (safe == plain)
         return safe;
     const auto landsWell = [&](quint64 size) {
@@ -234,13 +294,13 @@ ParseResult parseLeadingTag(QByteArrayView data)
 {
     const qsizetype size = leadingTagSize(data);
     if (size == 0)
-        return {std::nullopt, ParseError::noTag};
+        return { std::nullopt, ParseError::noTag };
     const int version = quint8(data[3]);
     const quint8 tagFlags = quint8(data[5]);
     if (version < 2 || version > 4)
-        return {std::nullopt, ParseError::unsupportedVersion};
+        return { std::nullopt, ParseError::unsupportedVersion };
     if (version == 2 && (tagFlags & 0x40))
-        return {std::nullopt, ParseError::compressedTag};
+        return { std::nullopt, ParseError::compressedTag };
 
     QByteArray frames = data.sliced(10, size - 10).toByteArray();
     if (version < 4 && (tagFlags & 0x80))
@@ -250,13 +310,13 @@ ParseResult parseLeadingTag(QByteArrayView data)
         ByteCursor c(frames);
         const auto extSize = version == 3 ? c.u32be() : c.synchsafe32();
         if (!extSize)
-            return {Tag{version, {}, {}}, ParseError::noTag};
+            return { Tag { version, {}, {} }, ParseError::noTag };
         // ID3v2.3 counts the size field out, ID3v2.4 counts it in.
         pos = version == 3 ? qsizetype(std::min<quint64>(quint64(*extSize) + 4, quint64(frames.size())))
                            : qsizetype(std::min<quint64>(*extSize, quint64(frames.size())));
     }
 
-    Tag tag{version, {}, {}};
+    Tag tag { version, {}, {} };
     const qsizetype headerSize = version == 2 ? 6 : 10;
     const qsizetype idSize = version == 2 ? 3 : 4;
     while (frames.size() - pos >= headerSize) {
@@ -284,7 +344,7 @@ ParseResult parseLeadingTag(QByteArrayView data)
         pos += headerSize + bodySize;
 
         if (version == 3) {
-            tag.frames.append({id.toByteArray(), quint16((status << 8) | format), std::move(body)});
+            tag.frames.append({ id.toByteArray(), quint16((status << 8) | format), std::move(body) });
         } else if (version == 4) {
             if (auto f = convertV24(id.toByteArray(), status, format, std::move(body)))
                 mapV24Frame(std::move(*f), tag.frames, tag.dropped);
@@ -302,15 +362,15 @@ ParseResult parseLeadingTag(QByteArrayView data)
                 }
                 const QByteArray format3 = body.sliced(1, 3).toUpper();
                 const QByteArray mime = format3 == "JPG" ? QByteArray("image/jpeg")
-                                      : format3 == "-->" ? QByteArray("-->")
+                    : format3 == "-->"                   ? QByteArray("-->")
                                                          : "image/" + format3.toLower();
-                tag.frames.append({"APIC", 0, body.first(1) + mime + '\0' + body.sliced(4)});
+                tag.frames.append({ "APIC", 0, body.first(1) + mime + '\0' + body.sliced(4) });
             } else {
-                tag.frames.append({name, 0, std::move(body)});
+                tag.frames.append({ name, 0, std::move(body) });
             }
         }
     }
-    return {std::move(tag), ParseError::noTag};
+    return { std::move(tag), ParseError::noTag };
 }
 
 QByteArray serialize(const Frame &frame)

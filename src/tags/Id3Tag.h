@@ -16,9 +16,9 @@ namespace id3 {
 
 struct Frame
 {
-    QByteArray id;     // four characters
+    QByteArray id; // four characters
     quint16 flags = 0; // ID3v2.3 status and format flags
-    QByteArray body;   // ID3v2.3 body, extra header bytes (decompressed size, ...) included
+    QByteArray body; // ID3v2.3 body, extra header bytes (decompressed size, ...) included
 };
 
 struct Tag

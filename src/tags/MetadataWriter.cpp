@@ -57,10 +57,14 @@ struct FieldKey
 QString describe(WriteError error)
 {
     switch (error) {
-    case WriteError::readFailed: return QStringLiteral("the file could not be read");
-    case WriteError::writeFailed: return QStringLiteral("the file could not be written");
-    case WriteError::unsupportedFormat: return QStringLiteral("the file's format is not supported for writing");
-    case WriteError::tooLarge: return QStringLiteral("the new tags would be too large for the format");
+    case WriteError::readFailed:
+        return QStringLiteral("the file could not be read");
+    case WriteError::writeFailed:
+        return QStringLiteral("the file could not be written");
+    case WriteError::unsupportedFormat:
+        return QStringLiteral("the file's format is not supported for writing");
+    case WriteError::tooLarge:
+        return QStringLiteral("the new tags would be too large for the format");
     }
     return {};
 }
@@ -83,7 +87,7 @@ QByteArray buildVorbisComment(const QList<QByteArray> &comments)
 }
 
 QByteArray buildVorbisComment(const std::optional<QString> &title, const std::optional<QString> &artist,
-                              const std::optional<QString> &album)
+    const std::optional<QString> &album)
 {
     QList<QByteArray> comments;
     if (title && !title->isEmpty())
@@ -124,7 +128,7 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
         if (type == flac::vorbisCommentType)
             oldComments.append(commentsOf(*body));
         else
-            kept.append({type, *body});
+            kept.append({ type, *body });
         if (*header & 0x80)
             break;
     }
@@ -138,9 +142,9 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
     if (!oldComments.isEmpty())
         ordered.append(oldComments[0]);
 
-    const FieldKey fields[] = {{&edit.title, QLatin1StringView("TITLE"), "TIT2"},
-                               {&edit.artist, QLatin1StringView("ARTIST"), "TPE1"},
-                               {&edit.album, QLatin1StringView("ALBUM"), "TALB"}};
+    const FieldKey fields[] = { { &edit.title, QLatin1StringView("TITLE"), "TIT2" },
+        { &edit.artist, QLatin1StringView("ARTIST"), "TPE1" },
+        { &edit.album, QLatin1StringView("ALBUM"), "TALB" } };
     QList<QString> keys;
     for (QByteArrayView comment : ordered)
         keys.append(vorbis::upperKey(comment));
@@ -181,11 +185,11 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
         appendBlock(b.type, b.body, false);
     appendBlock(flac::vorbisCommentType, commentBody, true);
     out.append(data.sliced(audioStart));
-    return {std::move(out), {}};
+    return { std::move(out), {} };
 }
 
 Result writeFLACTags(QByteArrayView data, const std::optional<QString> &title,
-                     const std::optional<QString> &artist, const std::optional<QString> &album)
+    const std::optional<QString> &artist, const std::optional<QString> &album)
 {
     return writeFLACTags(data, TagEdit::fromValues(title, artist, album));
 }
@@ -218,15 +222,14 @@ QByteArray id3Header(quint32 framesSize)
 Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
 {
     if (edit.keepsEverything())
-        return {data.toByteArray(), {}};
+        return { data.toByteArray(), {} };
     const bool setsAField = edit.title.action == FieldEdit::Action::set
-                         || edit.artist.action == FieldEdit::Action::set
-                         || edit.album.action == FieldEdit::Action::set;
+        || edit.artist.action == FieldEdit::Action::set || edit.album.action == FieldEdit::Action::set;
     QList<id3::Frame> oldFrames;
     if (id3::leadingTagSize(data) > 0) {
         id3::ParseResult parsed = id3::parseLeadingTag(data);
         if (!parsed.tag && !setsAField)
-            return {data.toByteArray(), {}}; // nothing to write: the file stays as it is
+            return { data.toByteArray(), {} }; // nothing to write: the file stays as it is
         if (!parsed.tag) {
             qCDebug(lcTags) << "the old ID3v2 tag can't be carried over (version" << int(quint8(data[3]))
                             << "flags" << Qt::hex << int(quint8(data[5])) << ")";
@@ -237,9 +240,9 @@ Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
         oldFrames = std::move(parsed.tag->frames);
     }
 
-    const FieldKey fields[] = {{&edit.title, QLatin1StringView("TITLE"), "TIT2"},
-                               {&edit.artist, QLatin1StringView("ARTIST"), "TPE1"},
-                               {&edit.album, QLatin1StringView("ALBUM"), "TALB"}};
+    const FieldKey fields[] = { { &edit.title, QLatin1StringView("TITLE"), "TIT2" },
+        { &edit.artist, QLatin1StringView("ARTIST"), "TPE1" },
+        { &edit.album, QLatin1StringView("ALBUM"), "TALB" } };
     QByteArray frames;
     bool anyValue = false;
     for (const FieldKey &f : fields) {
@@ -257,7 +260,7 @@ Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
     }
     // Nothing to say about title, artist or album: the file stays as it is.
     if (!anyValue)
-        return {data.toByteArray(), {}};
+        return { data.toByteArray(), {} };
     for (const id3::Frame &old : oldFrames) {
         if (old.id != "TIT2" && old.id != "TPE1" && old.id != "TALB")
             frames.append(id3::serialize(old));
@@ -271,11 +274,11 @@ Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
     out.append(id3Header(quint32(frames.size())));
     out.append(frames);
     out.append(audio);
-    return {std::move(out), {}};
+    return { std::move(out), {} };
 }
 
 Result writeID3Tags(QByteArrayView data, const std::optional<QString> &title,
-                    const std::optional<QString> &artist, const std::optional<QString> &album)
+    const std::optional<QString> &artist, const std::optional<QString> &album)
 {
     return writeID3Tags(data, TagEdit::fromValues(title, artist, album));
 }

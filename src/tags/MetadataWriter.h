@@ -20,7 +20,7 @@ enum class WriteError {
     readFailed,
     writeFailed,
     unsupportedFormat, // not a FLAC stream, or a tag whose frames can't be carried over
-    tooLarge,          // a comment block over 16,777,215 bytes or a tag over 28 bits of size
+    tooLarge, // a comment block over 16,777,215 bytes or a tag over 28 bits of size
 };
 
 QString describe(WriteError error);
@@ -31,7 +31,7 @@ struct Result
     WriteError error = WriteError::writeFailed;
 
     explicit operator bool() const { return data.has_value(); }
-    static Result failure(WriteError e) { return {std::nullopt, e}; }
+    static Result failure(WriteError e) { return { std::nullopt, e }; }
 };
 
 // FLAC: every metadata block but the VORBIS_COMMENT blocks is kept with its body
@@ -40,19 +40,19 @@ struct Result
 // Bytes after a damaged block are carried along as audio.
 Result writeFLACTags(QByteArrayView data, const TagEdit &edit);
 Result writeFLACTags(QByteArrayView data, const std::optional<QString> &title,
-                     const std::optional<QString> &artist, const std::optional<QString> &album);
+    const std::optional<QString> &artist, const std::optional<QString> &album);
 
 // The body of a new VORBIS_COMMENT block holding the given comments.
 QByteArray buildVorbisComment(const QList<QByteArray> &comments);
 QByteArray buildVorbisComment(const std::optional<QString> &title, const std::optional<QString> &artist,
-                              const std::optional<QString> &album);
+    const std::optional<QString> &album);
 
 // MPEG audio: the leading ID3v2 tag (if any) is replaced by an ID3v2.3 tag with
 // TIT2, TPE1 and TALB first, then the old tag's other frames in ID3v2.3 form.
 // When no field ends up with a value the input comes back unchanged.
 Result writeID3Tags(QByteArrayView data, const TagEdit &edit);
 Result writeID3Tags(QByteArrayView data, const std::optional<QString> &title,
-                    const std::optional<QString> &artist, const std::optional<QString> &album);
+    const std::optional<QString> &artist, const std::optional<QString> &album);
 
 // The data after a leading ID3v2 tag ("ID3", then 10 + the synchsafe size of
 // bytes 6-9); the data itself when it holds no complete leading tag.

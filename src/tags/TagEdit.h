@@ -16,8 +16,8 @@ struct FieldEdit
 
     static FieldEdit keep() { return {}; }
     // An empty value removes the tag: no tag is ever written empty.
-    static FieldEdit set(const QString &v) { return v.isEmpty() ? remove() : FieldEdit{Action::set, v}; }
-    static FieldEdit remove() { return {Action::remove, {}}; }
+    static FieldEdit set(const QString &v) { return v.isEmpty() ? remove() : FieldEdit { Action::set, v }; }
+    static FieldEdit remove() { return { Action::remove, {} }; }
     // Present and non-empty: set; absent or empty: remove.
     static FieldEdit fromValue(const std::optional<QString> &v) { return v ? set(*v) : remove(); }
 
@@ -32,9 +32,9 @@ struct TagEdit
 
     // The editors' form: each field given (set) or not (removed).
     static TagEdit fromValues(const std::optional<QString> &title, const std::optional<QString> &artist,
-                              const std::optional<QString> &album)
+        const std::optional<QString> &album)
     {
-        return {FieldEdit::fromValue(title), FieldEdit::fromValue(artist), FieldEdit::fromValue(album)};
+        return { FieldEdit::fromValue(title), FieldEdit::fromValue(artist), FieldEdit::fromValue(album) };
     }
 
     bool keepsEverything() const

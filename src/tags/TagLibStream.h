@@ -4,8 +4,8 @@
 #include <taglib/tiostream.h>
 
 #include <QByteArray>
-#include <QtGlobal>
 #include <QString>
+#include <QtGlobal>
 
 // A read-only TagLib stream over a file that answers TagLib's many small reads
 // and seeks from a few cached windows: one pread fills a window, seeks cost no

@@ -46,8 +46,9 @@ TrackInfo readTrackInfo(const QString &path)
     const QString suffix = lowerSuffix(path);
     if (suffix == u"flac") {
         const flac::FileInfo info = flac::readFile(path, true);
-        return {info.metadata, info.duration};
+        return { info.metadata, info.duration };
     }
-    const container::Contents c = container::read(path, suffix, container::wantTags | container::wantDuration);
-    return {container::metadataFromItems(c.items), c.duration};
+    const container::Contents c
+        = container::read(path, suffix, container::wantTags | container::wantDuration);
+    return { container::metadataFromItems(c.items), c.duration };
 }

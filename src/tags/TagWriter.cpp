@@ -21,9 +21,12 @@ namespace {
 std::optional<QString> expected(const FieldEdit &f, const std::optional<QString> &old)
 {
     switch (f.action) {
-    case FieldEdit::Action::set: return f.value;
-    case FieldEdit::Action::remove: return std::nullopt;
-    case FieldEdit::Action::keep: break;
+    case FieldEdit::Action::set:
+        return f.value;
+    case FieldEdit::Action::remove:
+        return std::nullopt;
+    case FieldEdit::Action::keep:
+        break;
     }
     return old;
 }
@@ -32,11 +35,12 @@ std::optional<QString> expected(const FieldEdit &f, const std::optional<QString>
 // comment hidden in a second comment block may surface).
 bool fieldsAsEdited(const TagEdit &edit, const TrackMetadata &before, const TrackMetadata &after)
 {
-    const auto check = [](const FieldEdit &f, const std::optional<QString> &old, const std::optional<QString> &now) {
-        if (f.action == FieldEdit::Action::keep && !old)
-            return true;
-        return now == expected(f, old);
-    };
+    const auto check
+        = [](const FieldEdit &f, const std::optional<QString> &old, const std::optional<QString> &now) {
+              if (f.action == FieldEdit::Action::keep && !old)
+                  return true;
+              return now == expected(f, old);
+          };
     return check(edit.title, before.title, after.title) && check(edit.artist, before.artist, after.artist)
         && check(edit.album, before.album, after.album) && (!before.genre || after.genre == before.genre);
 }
@@ -55,11 +59,11 @@ FlacLayout flacLayout(QByteArrayView data)
     layout.audioStart = pos;
     while (data.size() - pos >= 4) {
         const quint8 header = quint8(data[pos]);
-        const qsizetype length = (qsizetype(quint8(data[pos + 1])) << 16) | (qsizetype(quint8(data[pos + 2])) << 8)
-                               | qsizetype(quint8(data[pos + 3]));
+        const qsizetype length = (qsizetype(quint8(data[pos + 1])) << 16)
+            | (qsizetype(quint8(data[pos + 2])) << 8) | qsizetype(quint8(data[pos + 3]));
         if (length > data.size() - pos - 4)
             break;
-        layout.blocks.append({quint8(header & 0x7F), data.sliced(pos + 4, length)});
+        layout.blocks.append({ quint8(header & 0x7F), data.sliced(pos + 4, length) });
         pos += 4 + length;
         layout.audioStart = pos;
         if (header & 0x80) {
@@ -112,12 +116,13 @@ Id3Reading readId3(QByteArrayView data)
         if (list.isEmpty())
             return std::nullopt;
         const auto *frame = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(list.back());
-        const std::string utf8 = (frame ? frame->fieldList().toString("/") : list.back()->toString()).to8Bit(true);
+        const std::string utf8
+            = (frame ? frame->fieldList().toString("/") : list.back()->toString()).to8Bit(true);
         if (utf8.empty())
             return std::nullopt;
         return QString::fromStdString(utf8);
     };
-    r.metadata = {text("TIT2"), text("TPE1"), text("TALB"), std::nullopt};
+    r.metadata = { text("TIT2"), text("TPE1"), text("TALB"), std::nullopt };
     r.hasGenre = !tag->frameListMap()["TCON"].isEmpty();
     r.pictures = int(tag->frameListMap()["APIC"].size());
     return r;
@@ -150,40 +155,42 @@ SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
     const QString suffix = lowerSuffix(path);
     const bool ours = suffix == u"flac" || suffix == u"mp3";
     if (!ours && !container::canWrite(suffix))
-        return {false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat))};
+        return { false,
+            QStringLiteral("%1: %2").arg(
+                path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat)) };
 
     // A file the user made read-only stays as it is, although replacing it by
     // rename in a writable folder would work.
     if (const QFileInfo info(path); info.exists() && !info.isWritable())
-        return {false, QStringLiteral("%1 is read-only").arg(path)};
+        return { false, QStringLiteral("%1 is read-only").arg(path) };
     QString why;
     const auto data = readWholeFile(path, &why);
     if (!data)
-        return {false, why};
+        return { false, why };
     if (edit.keepsEverything())
-        return {true, {}};
+        return { true, {} };
 
     if (!ours) {
         const QString failure = container::writeFile(path, suffix, *data, edit, syncFolder);
-        return {failure.isEmpty(), failure};
+        return { failure.isEmpty(), failure };
     }
 
     const MetadataWriter::Result result = suffix == u"flac" ? MetadataWriter::writeFLACTags(*data, edit)
                                                             : MetadataWriter::writeID3Tags(*data, edit);
     if (!result)
-        return {false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error))};
+        return { false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error)) };
     if (*result.data == *data)
-        return {true, {}};
-    const QString failure = suffix == u"flac" ? verifyFlac(*data, *result.data, edit)
-                                              : verifyId3(*data, *result.data, edit);
+        return { true, {} };
+    const QString failure
+        = suffix == u"flac" ? verifyFlac(*data, *result.data, edit) : verifyId3(*data, *result.data, edit);
     if (!failure.isEmpty())
-        return {false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure)};
+        return { false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure) };
 
     AtomicReplace replace(path);
     replace.setSyncFolder(syncFolder);
     if (!replace.create() || !replace.write(*result.data) || !replace.commit())
-        return {false, replace.errorString()};
-    return {true, {}};
+        return { false, replace.errorString() };
+    return { true, {} };
 }
 
 } // namespace
@@ -217,7 +224,7 @@ bool saveTags(const QString &path, const TagEdit &edit)
 }
 
 bool saveTags(const QString &path, const std::optional<QString> &title, const std::optional<QString> &artist,
-              const std::optional<QString> &album)
+    const std::optional<QString> &album)
 {
     return saveTags(path, TagEdit::fromValues(title, artist, album));
 }

@@ -40,4 +40,4 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit);
 // The editors' form: a field given (non-empty) is written, a field absent or
 // empty is removed.
 bool saveTags(const QString &path, const std::optional<QString> &title, const std::optional<QString> &artist,
-              const std::optional<QString> &album);
+    const std::optional<QString> &album);

@@ -62,8 +62,8 @@ Split splitBytes(QByteArrayView comment)
         ++start;
     const qsizetype eq = comment.indexOf('=', start);
     if (eq < 0)
-        return {comment.sliced(start), {}, false};
-    return {comment.sliced(start, eq - start), comment.sliced(eq + 1), true};
+        return { comment.sliced(start), {}, false };
+    return { comment.sliced(start, eq - start), comment.sliced(eq + 1), true };
 }
 
 bool isAscii(QByteArrayView bytes)
@@ -104,7 +104,7 @@ std::optional<Comment> splitComment(QByteArrayView comment)
     const Split s = splitBytes(comment);
     if (!s.hasSeparator || s.key.isEmpty() || s.value.isEmpty() || !isValidUtf8(comment))
         return std::nullopt;
-    return Comment{upperOf(s.key), QString::fromUtf8(s.value)};
+    return Comment { upperOf(s.key), QString::fromUtf8(s.value) };
 }
 
 } // namespace vorbis
@@ -130,10 +130,10 @@ TrackMetadata parseVorbisComment(QByteArrayView body)
         // validating and decoding the whole comment.
         const QString key = vorbis::upperKey(*comment);
         std::optional<QString> *field = key == u"TITLE" ? &m.title
-                                      : key == u"ARTIST" ? &m.artist
-                                      : key == u"ALBUM"  ? &m.album
-                                      : key == u"GENRE"  ? &m.genre
-                                                         : nullptr;
+            : key == u"ARTIST"                          ? &m.artist
+            : key == u"ALBUM"                           ? &m.album
+            : key == u"GENRE"                           ? &m.genre
+                                                        : nullptr;
         if (!field)
             continue;
         if (auto parsed = vorbis::splitComment(*comment))

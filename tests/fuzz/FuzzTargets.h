@@ -36,7 +36,7 @@ inline void flacWalk(const uint8_t *data, size_t size)
     const TrackMetadata walked = parseFLACMetadata(bytes);
     const flac::FileInfo seeked = flac::parseFile(bytes);
     require(walked.title == seeked.metadata.title && walked.artist == seeked.metadata.artist
-            && walked.album == seeked.metadata.album && walked.genre == seeked.metadata.genre);
+        && walked.album == seeked.metadata.album && walked.genre == seeked.metadata.genre);
     (void)flac::pictureData(bytes);
     (void)flac::streamInfoDuration(bytes);
 }
@@ -52,12 +52,15 @@ inline TagEdit editFrom(uint8_t choice)
 {
     const auto field = [](int bits, const char *value) {
         switch (bits & 3) {
-        case 0: return FieldEdit::keep();
-        case 1: return FieldEdit::remove();
-        default: return FieldEdit::set(QString::fromUtf8(value));
+        case 0:
+            return FieldEdit::keep();
+        case 1:
+            return FieldEdit::remove();
+        default:
+            return FieldEdit::set(QString::fromUtf8(value));
         }
     };
-    return {field(choice, "Tïtle"), field(choice >> 2, "Ärtist"), field(choice >> 4, "Album=x")};
+    return { field(choice, "Tïtle"), field(choice >> 2, "Ärtist"), field(choice >> 4, "Album=x") };
 }
 
 inline void flacWriter(const uint8_t *data, size_t size)

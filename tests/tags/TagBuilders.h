@@ -43,7 +43,7 @@ inline QByteArray synchsafe(quint32 v)
 
 // A VORBIS_COMMENT body; count overrides the number of comments announced.
 inline QByteArray vorbisBody(const QList<QByteArray> &comments, const QByteArray &vendor = "test vendor",
-                             std::optional<quint32> count = std::nullopt)
+    std::optional<quint32> count = std::nullopt)
 {
     QByteArray b = le32(quint32(vendor.size())) + vendor + le32(count.value_or(quint32(comments.size())));
     for (const QByteArray &c : comments)
@@ -59,8 +59,8 @@ struct Block
 };
 
 // "fLaC", the blocks (the last one flagged unless lastFlag is false), then audio.
-inline QByteArray flacFile(const QList<Block> &blocks, const QByteArray &audio = QByteArray("\xFF\xF8\x69\x08audio", 9),
-                           bool lastFlag = true)
+inline QByteArray flacFile(const QList<Block> &blocks,
+    const QByteArray &audio = QByteArray("\xFF\xF8\x69\x08audio", 9), bool lastFlag = true)
 {
     QByteArray f("fLaC");
     for (qsizetype i = 0; i < blocks.size(); ++i) {
@@ -80,7 +80,8 @@ inline QByteArray flacFile(const QList<Block> &blocks, const QByteArray &audio =
 inline QByteArray streamInfo(quint64 samples = 44100, quint32 rate = 44100)
 {
     QByteArray b(34, '\0');
-    b[0] = 0x10; b[2] = 0x10; // block sizes 4096
+    b[0] = 0x10;
+    b[2] = 0x10; // block sizes 4096
     b[10] = char(rate >> 12);
     b[11] = char(rate >> 4);
     b[12] = char(((rate & 0x0F) << 4) | (1 << 1) | 0); // 2 channels, 16 bits (upper bit)
@@ -95,7 +96,7 @@ inline QByteArray streamInfo(quint64 samples = 44100, quint32 rate = 44100)
 inline QByteArray pictureBody(const QByteArray &data, const QByteArray &mime = "image/png", quint32 type = 3)
 {
     return be32(type) + be32(quint32(mime.size())) + mime + be32(4) + "desc" + be32(1) + be32(1) + be32(24)
-         + be32(0) + be32(quint32(data.size())) + data;
+        + be32(0) + be32(quint32(data.size())) + data;
 }
 
 // One ID3v2 frame of the given major version (2, 3 or 4).
@@ -126,8 +127,8 @@ inline QByteArray id3Text(const QString &text, int encoding = 3)
 
 inline QByteArray id3Tag(int version, const QByteArray &frames, quint8 flags = 0, int padding = 0)
 {
-    return QByteArray("ID3") + char(version) + '\0' + char(flags) + synchsafe(quint32(frames.size() + padding))
-         + frames + QByteArray(padding, '\0');
+    return QByteArray("ID3") + char(version) + '\0' + char(flags)
+        + synchsafe(quint32(frames.size() + padding)) + frames + QByteArray(padding, '\0');
 }
 
 // A short run of MPEG audio frame headers standing in for audio.
@@ -139,7 +140,8 @@ inline QByteArray mpegAudio()
     return a;
 }
 
-inline QByteArray cafChunk(const QByteArray &type, const QByteArray &body, std::optional<qint64> size = std::nullopt)
+inline QByteArray cafChunk(
+    const QByteArray &type, const QByteArray &body, std::optional<qint64> size = std::nullopt)
 {
     return type + be64(quint64(size.value_or(body.size()))) + body;
 }
@@ -155,7 +157,8 @@ inline QByteArray cafInfo(const QList<std::pair<QByteArray, QByteArray>> &entrie
 // desc for 16-bit stereo PCM at 44.1 kHz (4 bytes a packet, 1 frame a packet).
 inline QByteArray cafDesc()
 {
-    return QByteArray("\x40\xE5\x88\x80\x00\x00\x00\x00", 8) + "lpcm" + be32(0) + be32(4) + be32(1) + be32(2) + be32(16);
+    return QByteArray("\x40\xE5\x88\x80\x00\x00\x00\x00", 8) + "lpcm" + be32(0) + be32(4) + be32(1) + be32(2)
+        + be32(16);
 }
 
 inline QByteArray cafFile(const QByteArray &chunks)

@@ -24,8 +24,9 @@ QList<ParsedBlock> blocksOf(const QByteArray &file, qsizetype *audioStart = null
     qsizetype pos = 4;
     while (pos + 4 <= file.size()) {
         const quint8 h = quint8(file[pos]);
-        const qsizetype len = (quint8(file[pos + 1]) << 16) | (quint8(file[pos + 2]) << 8) | quint8(file[pos + 3]);
-        blocks.append({h & 0x7F, bool(h & 0x80), file.mid(pos + 4, len)});
+        const qsizetype len
+            = (quint8(file[pos + 1]) << 16) | (quint8(file[pos + 2]) << 8) | quint8(file[pos + 3]);
+        blocks.append({ h & 0x7F, bool(h & 0x80), file.mid(pos + 4, len) });
         pos += 4 + len;
         if (h & 0x80)
             break;
@@ -38,8 +39,8 @@ QList<ParsedBlock> blocksOf(const QByteArray &file, qsizetype *audioStart = null
 QList<QByteArray> commentsOf(const QByteArray &body, QByteArray *vendor = nullptr)
 {
     const auto u32 = [&](qsizetype at) {
-        return quint32(quint8(body[at])) | quint32(quint8(body[at + 1])) << 8 | quint32(quint8(body[at + 2])) << 16
-             | quint32(quint8(body[at + 3])) << 24;
+        return quint32(quint8(body[at])) | quint32(quint8(body[at + 1])) << 8
+            | quint32(quint8(body[at + 2])) << 16 | quint32(quint8(body[at + 3])) << 24;
     };
     const quint32 v = u32(0);
     if (vendor)
@@ -77,13 +78,13 @@ private Q_SLOTS:
         QTest::addColumn<QList<int>>("expectedTypes");
         const QByteArray si = build::streamInfo();
         QTest::newRow("padding loses its last flag, comment ends the metadata")
-            << QList<build::Block>{{0, si}, {1, QByteArray(64, '\0')}} << QList<int>{0, 1, 4};
-        QTest::newRow("two comment blocks become one, picture stays in place")
-            << QList<build::Block>{{0, si}, {4, build::vorbisBody({"TITLE=a"})}, {6, build::pictureBody("p")},
-                                   {4, build::vorbisBody({"ARTIST=b"})}, {1, QByteArray(8, '\0')}}
-            << QList<int>{0, 6, 1, 4};
-        QTest::newRow("unknown and application blocks kept")
-            << QList<build::Block>{{0, si}, {2, "APPLxyz"}, {5, "cue"}, {99, "odd"}} << QList<int>{0, 2, 5, 99, 4};
+            << QList<build::Block> { { 0, si }, { 1, QByteArray(64, '\0') } } << QList<int> { 0, 1, 4 };
+        QTest::newRow("two comment blocks become one, picture stays in place") << QList<build::Block> {
+            { 0, si }, { 4, build::vorbisBody({ "TITLE=a" }) }, { 6, build::pictureBody("p") },
+            { 4, build::vorbisBody({ "ARTIST=b" }) }, { 1, QByteArray(8, '\0') }
+        } << QList<int> { 0, 6, 1, 4 };
+        QTest::newRow("unknown and application blocks kept") << QList<build::Block> { { 0, si },
+            { 2, "APPLxyz" }, { 5, "cue" }, { 99, "odd" } } << QList<int> { 0, 2, 5, 99, 4 };
     }
 
     void blockLayout()
@@ -92,7 +93,8 @@ private Q_SLOTS:
         QFETCH(QList<int>, expectedTypes);
         const QByteArray audio = build::mpegAudio();
         const QByteArray in = build::flacFile(blocks, audio);
-        const QByteArray out = writeOk(in, TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt));
+        const QByteArray out
+            = writeOk(in, TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt));
         qsizetype audioStart = 0;
         const QList<ParsedBlock> written = blocksOf(out, &audioStart);
         QList<int> types;
@@ -124,34 +126,37 @@ private Q_SLOTS:
         QTest::addColumn<QList<QByteArray>>("expected");
         using FE = FieldEdit;
         QTest::newRow("title given on a block with a title: one title, the rest carried")
-            << QList<QList<QByteArray>>{{"TITLE=old", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001"}}
+            << QList<QList<QByteArray>> { { "TITLE=old", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" } }
             << TagEdit::fromValues(QStringLiteral("new"), std::nullopt, std::nullopt)
-            << QList<QByteArray>{"TITLE=new", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001"};
+            << QList<QByteArray> { "TITLE=new", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" };
         QTest::newRow("order title, artist, album; every spelling of a field replaced")
-            << QList<QList<QByteArray>>{{"album=x", "=TITLE=y", "Artist=z", "COMMENT=c"}}
+            << QList<QList<QByteArray>> { { "album=x", "=TITLE=y", "Artist=z", "COMMENT=c" } }
             << TagEdit::fromValues(QStringLiteral("T"), QStringLiteral("A"), QStringLiteral("B"))
-            << QList<QByteArray>{"TITLE=T", "ARTIST=A", "ALBUM=B", "COMMENT=c"};
+            << QList<QByteArray> { "TITLE=T", "ARTIST=A", "ALBUM=B", "COMMENT=c" };
         QTest::newRow("empty fields write nothing")
-            << QList<QList<QByteArray>>{{"TITLE=t", "GENRE=g"}}
-            << TagEdit::fromValues(QString(), QString(), QString()) << QList<QByteArray>{"GENRE=g"};
+            << QList<QList<QByteArray>> { { "TITLE=t", "GENRE=g" } }
+            << TagEdit::fromValues(QString(), QString(), QString()) << QList<QByteArray> { "GENRE=g" };
         QTest::newRow("keep carries every comment of the field, in order")
-            << QList<QList<QByteArray>>{{"ARTIST=a1", "TITLE=t", "ALBUM=b", "ARTIST=a2", "TRACKNUMBER=1"}}
-            << TagEdit{FE::set(QStringLiteral("n")), FE::keep(), FE::remove()}
-            << QList<QByteArray>{"TITLE=n", "ARTIST=a1", "ARTIST=a2", "TRACKNUMBER=1"};
+            << QList<QList<QByteArray>> { { "ARTIST=a1", "TITLE=t", "ALBUM=b", "ARTIST=a2",
+                   "TRACKNUMBER=1" } }
+            << TagEdit { FE::set(QStringLiteral("n")), FE::keep(), FE::remove() }
+            << QList<QByteArray> { "TITLE=n", "ARTIST=a1", "ARTIST=a2", "TRACKNUMBER=1" };
         QTest::newRow("comments the reader skips are carried byte for byte")
-            << QList<QList<QByteArray>>{{"BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", ""}}
+            << QList<QList<QByteArray>> { { "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" } }
             << TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt)
-            << QList<QByteArray>{"TITLE=t", "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", ""};
+            << QList<QByteArray> { "TITLE=t", "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" };
         QTest::newRow("a second block's comments go first so the first block still decides")
-            << QList<QList<QByteArray>>{{"TITLE=a", "GENRE=g1"}, {"TITLE=b", "GENRE=g2"}}
-            << TagEdit{FE::keep(), FE::keep(), FE::set(QStringLiteral("new"))}
-            << QList<QByteArray>{"TITLE=b", "TITLE=a", "ALBUM=new", "GENRE=g2", "GENRE=g1"};
-        QTest::newRow("UTF-8 values") << QList<QList<QByteArray>>{}
-                                      << TagEdit::fromValues(std::nullopt, QStringLiteral("Café"), std::nullopt)
-                                      << QList<QByteArray>{"ARTIST=Caf\xC3\xA9"};
+            << QList<QList<QByteArray>> { { "TITLE=a", "GENRE=g1" }, { "TITLE=b", "GENRE=g2" } }
+            << TagEdit { FE::keep(), FE::keep(), FE::set(QStringLiteral("new")) }
+            << QList<QByteArray> { "TITLE=b", "TITLE=a", "ALBUM=new", "GENRE=g2", "GENRE=g1" };
+        QTest::newRow("UTF-8 values")
+            << QList<QList<QByteArray>> {}
+            << TagEdit::fromValues(std::nullopt, QStringLiteral("Café"), std::nullopt)
+            << QList<QByteArray> { "ARTIST=Caf\xC3\xA9" };
         QTest::newRow("damaged comment list keeps what came before")
-            << QList<QList<QByteArray>>{{"GENRE=g", "X=1"}}
-            << TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt) << QList<QByteArray>{"TITLE=t", "GENRE=g"};
+            << QList<QList<QByteArray>> { { "GENRE=g", "X=1" } }
+            << TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt)
+            << QList<QByteArray> { "TITLE=t", "GENRE=g" };
     }
 
     void carriedComments()
@@ -159,12 +164,12 @@ private Q_SLOTS:
         QFETCH(QList<QList<QByteArray>>, oldBlocks);
         QFETCH(TagEdit, edit);
         QFETCH(QList<QByteArray>, expected);
-        QList<build::Block> blocks{{0, build::streamInfo()}};
+        QList<build::Block> blocks { { 0, build::streamInfo() } };
         for (const auto &comments : oldBlocks) {
             QByteArray body = build::vorbisBody(comments, "old vendor");
             if (QTest::currentDataTag() == QByteArray("damaged comment list keeps what came before"))
                 body = body.chopped(2); // the last comment runs past the block
-            blocks.append({4, body});
+            blocks.append({ 4, body });
         }
         const QByteArray out = writeOk(build::flacFile(blocks), edit);
         QByteArray vendor;
@@ -175,16 +180,21 @@ private Q_SLOTS:
     void newBlockBytes()
     {
         const QByteArray expected = build::le32(8) + "Tarnwell" + build::le32(2) + build::le32(7) + "TITLE=t"
-                                  + build::le32(12) + "ALBUM=Caf\xC3\xA9!";
+            + build::le32(12) + "ALBUM=Caf\xC3\xA9!";
         QCOMPARE(buildVorbisComment(QStringLiteral("t"), QString(), QStringLiteral("Café!")), expected);
-        QCOMPARE(buildVorbisComment(std::nullopt, std::nullopt, std::nullopt), build::le32(8) + "Tarnwell" + build::le32(0));
+        QCOMPARE(buildVorbisComment(std::nullopt, std::nullopt, std::nullopt),
+            build::le32(8) + "Tarnwell" + build::le32(0));
     }
 
     void damagedBlockCarriedAsAudio()
     {
         const QByteArray tail = QByteArray("\x06\x00\x10\x00", 4) + "short picture";
-        const QByteArray in = build::flacFile({{0, build::streamInfo()}, {4, build::vorbisBody({"TITLE=x"})}}, {}, false) + tail;
-        const QByteArray out = writeOk(in, TagEdit::fromValues(QStringLiteral("y"), std::nullopt, std::nullopt));
+        const QByteArray in
+            = build::flacFile(
+                  { { 0, build::streamInfo() }, { 4, build::vorbisBody({ "TITLE=x" }) } }, {}, false)
+            + tail;
+        const QByteArray out
+            = writeOk(in, TagEdit::fromValues(QStringLiteral("y"), std::nullopt, std::nullopt));
         qsizetype audioStart = 0;
         const QList<ParsedBlock> blocks = blocksOf(out, &audioStart);
         QCOMPARE(blocks.size(), 2);
@@ -199,20 +209,21 @@ private Q_SLOTS:
         QTest::newRow("empty") << QByteArray() << WriteError::unsupportedFormat;
         QTest::newRow("three bytes") << QByteArray("fLa") << WriteError::unsupportedFormat;
         QTest::newRow("ID3v2 tag in front")
-            << build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x"))) + build::flacFile({{0, build::streamInfo()}})
+            << build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x")))
+                + build::flacFile({ { 0, build::streamInfo() } })
             << WriteError::unsupportedFormat;
         // An old comment that the new block must carry pushes it past 24 bits.
-        QTest::newRow("comment block over 16,777,215 bytes")
-            << build::flacFile({{0, build::streamInfo()},
-                                {4, build::vorbisBody({"COMMENT=" + QByteArray(0xFFFFFF - 40, 'c')}, "")}})
-            << WriteError::tooLarge;
+        QTest::newRow("comment block over 16,777,215 bytes") << build::flacFile({ { 0, build::streamInfo() },
+            { 4, build::vorbisBody({ "COMMENT=" + QByteArray(0xFFFFFF - 40, 'c') }, "") } })
+                                                             << WriteError::tooLarge;
     }
 
     void refused()
     {
         QFETCH(QByteArray, input);
         QFETCH(WriteError, error);
-        const Result r = writeFLACTags(input, QStringLiteral("a long enough title"), std::nullopt, std::nullopt);
+        const Result r
+            = writeFLACTags(input, QStringLiteral("a long enough title"), std::nullopt, std::nullopt);
         QVERIFY(!r);
         QCOMPARE(r.error, error);
     }
@@ -221,7 +232,7 @@ private Q_SLOTS:
     {
         // Vendor length, vendor, count and comment length frame one comment.
         const QString title(0xFFFFFF - (4 + 8 + 4 + 4) - 6, u't');
-        const QByteArray in = build::flacFile({{0, build::streamInfo()}});
+        const QByteArray in = build::flacFile({ { 0, build::streamInfo() } });
         const Result r = writeFLACTags(in, title, std::nullopt, std::nullopt);
         QVERIFY(r);
         QCOMPARE(blocksOf(*r.data).last().body.size(), 0xFFFFFF);

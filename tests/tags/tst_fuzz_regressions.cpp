@@ -17,8 +17,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("target");
         QTest::addColumn<QByteArray>("input");
-        QDirIterator it(QStringLiteral(TARNWELL_FUZZ_REGRESSIONS), {QStringLiteral("*.hex")}, QDir::Files,
-                        QDirIterator::Subdirectories);
+        QDirIterator it(QStringLiteral(TARNWELL_FUZZ_REGRESSIONS), { QStringLiteral("*.hex") }, QDir::Files,
+            QDirIterator::Subdirectories);
         int count = 0;
         while (it.hasNext()) {
             const QString path = it.next();

@@ -29,13 +29,15 @@ bool isRoot()
 
 QStringList listing(const QString &dir)
 {
-    return QDir(dir).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    return QDir(dir).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 QByteArray flacBytes(qsizetype audioSize = 4000)
 {
-    return build::flacFile({{0, build::streamInfo()}, {4, build::vorbisBody({"TITLE=old", "GENRE=g"})}, {1, QByteArray(100, '\0')}},
-                           QByteArray(audioSize, 'a'));
+    return build::flacFile({ { 0, build::streamInfo() }, { 4, build::vorbisBody({ "TITLE=old", "GENRE=g" }) },
+                               { 1, QByteArray(100, '\0') } },
+        QByteArray(audioSize, 'a'));
 }
 
 QByteArray mp3Bytes()
@@ -65,7 +67,7 @@ private Q_SLOTS:
     {
         faults::clear();
         m_folder = m_dir.filePath(QString::fromLatin1(QTest::currentTestFunction()) + u'-'
-                                  + QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'_'));
+            + QString::fromLatin1(QTest::currentDataTag()).replace(u' ', u'_'));
         QDir().mkpath(m_folder);
     }
 
@@ -86,7 +88,7 @@ private Q_SLOTS:
             const char *name;
             QByteArray bytes;
         };
-        const Format formats[] = {{"song.flac", flacBytes()}, {"song.mp3", mp3Bytes()}};
+        const Format formats[] = { { "song.flac", flacBytes() }, { "song.mp3", mp3Bytes() } };
         struct Fault
         {
             const char *what;
@@ -94,16 +96,17 @@ private Q_SLOTS:
             int err;
         };
         const Fault list[] = {
-            {"file cannot be read", faults::readWhole, EACCES},
-            {"folder cannot be written", faults::createTemporary, EACCES},
-            {"file system full", faults::writeData, ENOSPC},
-            {"write fails half-way", faults::writeData, EIO},
-            {"flush to disk fails", faults::syncFile, EIO},
-            {"rename fails", faults::renameFile, EXDEV},
+            { "file cannot be read", faults::readWhole, EACCES },
+            { "folder cannot be written", faults::createTemporary, EACCES },
+            { "file system full", faults::writeData, ENOSPC },
+            { "write fails half-way", faults::writeData, EIO },
+            { "flush to disk fails", faults::syncFile, EIO },
+            { "rename fails", faults::renameFile, EXDEV },
         };
         for (const Format &f : formats) {
             for (const Fault &fault : list)
-                QTest::addRow("%s, %s", f.name, fault.what) << QString::fromLatin1(f.name) << f.bytes << int(fault.step) << fault.err;
+                QTest::addRow("%s, %s", f.name, fault.what)
+                    << QString::fromLatin1(f.name) << f.bytes << int(fault.step) << fault.err;
         }
     }
 
@@ -181,7 +184,7 @@ private Q_SLOTS:
         QVERIFY(!r.saved);
         QVERIFY2(r.reason.contains(QStringLiteral("space")), qPrintable(r.reason));
         QCOMPARE(after, bytes);
-        QCOMPARE(entries, QStringList{"big.flac"});
+        QCOMPARE(entries, QStringList { "big.flac" });
     }
 
     void keepsPermissionsAndOwner()
@@ -208,7 +211,7 @@ private Q_SLOTS:
         QVERIFY(saveTags(link, edit));
         QVERIFY(QFileInfo(link).isSymLink());
         QCOMPARE(readMetadata(target).title, std::optional<QString>(QStringLiteral("new")));
-        QCOMPARE(listing(m_folder + QStringLiteral("/real")), QStringList{"song.mp3"});
+        QCOMPARE(listing(m_folder + QStringLiteral("/real")), QStringList { "song.mp3" });
     }
 
     void refusedFilesStayUntouched_data()
@@ -219,7 +222,8 @@ private Q_SLOTS:
             << "song.flac" << build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x"))) + flacBytes();
         QTest::newRow("not FLAC at all") << "song.flac" << QByteArray("RIFF....WAVE");
         QTest::newRow("unsupported extension") << "song.ogg" << flacBytes();
-        QTest::newRow("caf") << "song.caf" << build::cafFile(build::cafChunk("info", build::cafInfo({{"title", "x"}})));
+        QTest::newRow("caf") << "song.caf"
+                             << build::cafFile(build::cafChunk("info", build::cafInfo({ { "title", "x" } })));
         QTest::newRow("upper-case FLAC extension is FLAC, but this one is damaged")
             << "song.FLAC" << QByteArray("fLa");
     }
@@ -231,7 +235,7 @@ private Q_SLOTS:
         const QString path = testsupport::writeFile(m_folder, name, bytes);
         QVERIFY(!saveTags(path, edit));
         QCOMPARE(testsupport::readFile(path), bytes);
-        QCOMPARE(listing(m_folder), QStringList{name});
+        QCOMPARE(listing(m_folder), QStringList { name });
     }
 
     void readOnlyFileIsRespected()
@@ -257,12 +261,23 @@ private Q_SLOTS:
     void keptFieldsChangingForm()
     {
         using build::id3Frame;
-        const QByteArray tag = build::id3Tag(4, id3Frame(4, "TPE1", QByteArray("\x03" "A\x00" "B", 4))
-                                                    + id3Frame(4, "TCON", QByteArray("\x03" "17\x00" "Pop", 7))
-                                                    + id3Frame(4, "TIT2", build::id3Text("old")));
-        const QString path = testsupport::writeFile(m_folder, QStringLiteral("list.mp3"), tag + build::mpegAudio());
+        const QByteArray tag = build::id3Tag(4,
+            id3Frame(4, "TPE1",
+                QByteArray("\x03"
+                           "A\x00"
+                           "B",
+                    4))
+                + id3Frame(4, "TCON",
+                    QByteArray("\x03"
+                               "17\x00"
+                               "Pop",
+                        7))
+                + id3Frame(4, "TIT2", build::id3Text("old")));
+        const QString path
+            = testsupport::writeFile(m_folder, QStringLiteral("list.mp3"), tag + build::mpegAudio());
         QCOMPARE(readMetadata(path).artist, std::optional<QString>(QStringLiteral("A/B")));
-        QVERIFY(saveTags(path, TagEdit{FieldEdit::set(QStringLiteral("new")), FieldEdit::keep(), FieldEdit::keep()}));
+        QVERIFY(saveTags(
+            path, TagEdit { FieldEdit::set(QStringLiteral("new")), FieldEdit::keep(), FieldEdit::keep() }));
         const TrackMetadata after = readMetadata(path);
         QCOMPARE(after.title, std::optional<QString>(QStringLiteral("new")));
         QCOMPARE(after.artist, std::optional<QString>(QStringLiteral("A/B")));
@@ -275,17 +290,18 @@ private Q_SLOTS:
         const QString flac = testsupport::writeFile(m_folder, QStringLiteral("a.flac"), flacBytes());
         const QString mp3 = testsupport::writeFile(m_folder, QStringLiteral("sub/b.mp3"), mp3Bytes());
         const QString caf = testsupport::writeFile(m_folder, QStringLiteral("c.caf"), QByteArray("caff"));
-        const TagEdit albumOnly{FieldEdit::keep(), FieldEdit::keep(), FieldEdit::set(QStringLiteral("Shared album"))};
-        const QList<SaveResult> results = saveTags(QStringList{flac, caf, mp3}, albumOnly);
+        const TagEdit albumOnly { FieldEdit::keep(), FieldEdit::keep(),
+            FieldEdit::set(QStringLiteral("Shared album")) };
+        const QList<SaveResult> results = saveTags(QStringList { flac, caf, mp3 }, albumOnly);
         QCOMPARE(results.size(), 3);
         QVERIFY(results[0].saved && !results[1].saved && results[2].saved);
         QVERIFY(results[1].reason.contains(caf));
-        for (const QString &path : {flac, mp3}) {
+        for (const QString &path : { flac, mp3 }) {
             const TrackMetadata m = readMetadata(path);
             QCOMPARE(m.album, std::optional<QString>(QStringLiteral("Shared album")));
             QCOMPARE(m.title, std::optional<QString>(QStringLiteral("old")));
         }
-        QCOMPARE(listing(m_folder), (QStringList{"a.flac", "c.caf", "sub"}));
+        QCOMPARE(listing(m_folder), (QStringList { "a.flac", "c.caf", "sub" }));
     }
 
     void upperCaseExtensionIsFlac()
