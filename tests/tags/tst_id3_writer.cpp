@@ -142,7 +142,7 @@ private Q_SLOTS:
         QTest::addColumn<TagEdit>("edit");
         QTest::addColumn<QList<V23Frame>>("expected");
         using FE = FieldEdit;
-        const QByteArray jpeg("\xFF\xD8\xFF\xE0 picture bytes \xFF\x00 more", 28);
+        const QByteArray jpeg("\xFF\xD8\xFF\xE0 picture bytes \xFF\x00 more", 26);
         const QByteArray apicBody = QByteArray("\x00image/jpeg\x00\x03", 13) + "cover" + '\0' + jpeg;
         const QByteArray comm = QByteArray("\x00"
                                            "eng",
