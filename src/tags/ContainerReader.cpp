@@ -19,7 +19,6 @@
 #include <taglib/textidentificationframe.h>
 #include <taglib/wavfile.h>
 
-#include <QFile>
 
 namespace container {
 
@@ -162,7 +161,7 @@ void appendInfo(QList<Item> &items, const TagLib::RIFF::Info::Tag *tag)
         else if (it->first == "IPRD")
             item.commonKey = CommonKey::albumName;
         else if (it->first == "IGNR")
-            item.key = QStringLiteral("genre");
+            item.key = QStringLiteral("genre"); // the genre rule knows "GENRE", not RIFF's "IGNR"
         if (!it->second.isEmpty())
             item.text = toQString(it->second);
         items.append(std::move(item));
