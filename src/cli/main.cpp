@@ -19,6 +19,11 @@ struct Command
 
 const Command commands[] = {
     {"scan", "scan DIR                    audio files below DIR, one path a line", cli::scan},
+    {"tags", "tags FILE...                one JSON object a line: path, title, artist, album, genre, duration",
+     cli::tags},
+    {"write", "write FILE... [--title T] [--artist A] [--album B]\n"
+              "                              writes tags; options not given keep the file's value, \"\" removes",
+     cli::write},
 };
 
 int usage()

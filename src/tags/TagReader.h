@@ -1,6 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+// How tags move through this folder:
+//
+//   readMetadata / readTrackInfo / readDuration / readEmbeddedArtwork (TagReader)
+//     ├── .flac ── FlacMetadata: block headers walked in the file, first
+//     │            VORBIS_COMMENT body → VorbisComment rules; PICTURE blocks
+//     └── others ─ ContainerReader: items in container order (TagLib for mp3,
+//                  wav, aiff, m4a; CafReader for caf) → metadataFromItems
+//
+//   saveTags (TagWriter) ── whole file read
+//     ├── .flac ── MetadataWriter::writeFLACTags (new comment block, last)
+//     ├── .mp3 ─── MetadataWriter::writeID3Tags (new ID3v2.3 tag; Id3Tag carries
+//     │            the old tag's other frames over)
+//     ├── m4a, wav, aiff, aif ── ContainerWriter (TagLib on a copy)
+//     └── verified (read back, audio unchanged) → AtomicReplace into place
+//
+// Every function here is blocking and thread-safe: call it from the thread
+// pool, never from the GUI thread. None of them fails: damage reads as absent.
+
 #include "model/TrackMetadata.h"
 
 #include <QByteArray>
@@ -16,3 +34,15 @@ TrackMetadata readMetadata(const QString &path);
 // The first embedded picture of the file, as the encoded bytes found in the file
 // (JPEG, PNG, ...). Decoding is left to the caller (off the GUI thread).
 std::optional<QByteArray> readEmbeddedArtwork(const QString &path);
+
+// The playing time in seconds, from the FLAC STREAMINFO block or the
+// container's audio properties; absent when unknown.
+std::optional<double> readDuration(const QString &path);
+
+// Tags and duration from one opening of the file (what a song row shows).
+struct TrackInfo
+{
+    TrackMetadata metadata;
+    std::optional<double> duration;
+};
+TrackInfo readTrackInfo(const QString &path);

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <optional>
+
+// Replaces a file with new contents so that the folder holds either the old or
+// the new file, whole, at every moment: a hidden temporary file in the same
+// folder (same permissions and owner as the file it replaces), written, fsync'ed,
+// renamed over the target, then the folder fsync'ed. The temporary file is
+// removed on every failure, and by the destructor when commit() never ran.
+class AtomicReplace
+{
+public:
+    explicit AtomicReplace(const QString &target);
+    ~AtomicReplace();
+    AtomicReplace(const AtomicReplace &) = delete;
+    AtomicReplace &operator=(const AtomicReplace &) = delete;
+
+    // Creates the temporary file; the suffix keeps the target's extension so that
+    // tools that go by the name treat it alike.
+    bool create();
+    bool write(QByteArrayView data);
+    QString temporaryPath() const { return m_tempPath; }
+    bool commit();
+
+    // Leaves the fsync of the folder to the caller (syncFolder below), who
+    // replaces many files in it and flushes the folder once at the end.
+    void setSyncFolder(bool sync) { m_syncFolder = sync; }
+
+    // Why the last step failed, for the log and the command line.
+    QString errorString() const { return m_error; }
+
+private:
+    bool fail(const QString &what, int err);
+    void discard();
+
+    QString m_target;
+    QString m_tempPath;
+    int m_fd = -1;
+    bool m_committed = false;
+    bool m_syncFolder = true;
+    QString m_error;
+};
+
+// Failures the tests inject where root ignores permissions or no small file
+// system can be mounted. Each counts down on the matching system call and
+// fails it (with the given errno) when it reaches 1; 0 means never.
+namespace tagio::faults {
+enum Step { readWhole, createTemporary, writeData, syncFile, renameFile, stepCount };
+void inject(Step step, int nthCall, int err);
+void clear();
+// Used by the I/O code: true when this call must fail, with errno set.
+bool shouldFail(Step step);
+// A write that fails half-way: at most this many bytes are written before the
+// injected writeData failure.
+void setPartialWriteBytes(qint64 bytes);
+qint64 partialWriteBytes();
+} // namespace tagio::faults
+
+// Flushes a folder's entries (renames into it) to disk.
+void syncFolder(const QString &folder);
+
+// Reads a whole regular file; nothing when it can't be opened or read.
+std::optional<QByteArray> readWholeFile(const QString &path, QString *why);

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "FlacMetadata.h"
+
+#include "ByteCursor.h"
+#include "FileWindow.h"
+#include "VorbisComment.h"
+
+TrackMetadata parseFLACMetadata(QByteArrayView bytes)
+{
+    ByteCursor c(bytes);
+    const auto marker = c.take(4);
+    if (!marker || *marker != QByteArrayView("fLaC"))
+        return {};
+    for (;;) {
+        const auto header = c.u8();
+        const auto length = c.u24be();
+        if (!header || !length)
+            return {};
+        const auto body = c.take(*length);
+        if (!body)
+            return {};
+        if ((*header & 0x7F) == flac::vorbisCommentType)
+            return parseVorbisComment(*body);
+        if (*header & 0x80)
+            return {};
+    }
+}
+
+namespace flac {
+
+std::optional<QByteArray> pictureData(QByteArrayView body)
+{
+    ByteCursor c(body);
+    if (!c.skip(4))
+        return std::nullopt;
+    const auto mimeLength = c.u32be();
+    if (!mimeLength || !c.skip(*mimeLength))
+        return std::nullopt;
+    const auto descriptionLength = c.u32be();
+    if (!descriptionLength || !c.skip(*descriptionLength) || !c.skip(16))
+        return std::nullopt;
+    const auto dataLength = c.u32be();
+    if (!dataLength || *dataLength == 0)
+        return std::nullopt;
+    const auto data = c.take(*dataLength);
+    if (!data)
+        return std::nullopt;
+    return data->toByteArray();
+}
+
+std::optional<double> streamInfoDuration(QByteArrayView body)
+{
+    // 16+16 bits block sizes, 24+24 bits frame sizes, then 20 bits sample rate,
+    // 3 bits channels, 5 bits sample depth and 36 bits total samples.
+    if (body.size() < 18)
+        return std::nullopt;
+    const auto b = [&](int i) { return quint64(quint8(body[i])); };
+    const quint64 rate = (b(10) << 12) | (b(11) << 4) | (b(12) >> 4);
+    const quint64 samples = ((b(13) & 0x0F) << 32) | (b(14) << 24) | (b(15) << 16) | (b(16) << 8) | b(17);
+    if (rate == 0 || samples == 0)
+        return std::nullopt;
+    return double(samples) / double(rate);
+}
+
+namespace {
+
+struct Block
+{
+    quint8 header = 0;
+    qint64 bodyOffset = 0;
+    qint64 length = 0;
+
+    quint8 type() const { return header & 0x7F; }
+    bool isLast() const { return header & 0x80; }
+};
+
+// Walks the block headers of a FLAC file, calling visit(block) until it returns
+// false. Answers false when the file isn't FLAC or a block runs past its end.
+template<typename Window, typename Visit> bool walkBlocks(Window &file, Visit visit)
+{
+    if (!file.isOpen())
+        return false;
+    const auto marker = file.read(0, 4);
+    if (!marker || *marker != QByteArrayView("fLaC"))
+        return false;
+    qint64 pos = 4;
+    for (;;) {
+        const auto header = file.read(pos, 4);
+        if (!header)
+            return false;
+        Block b;
+        b.header = quint8((*header)[0]);
+        b.length = (qint64(quint8((*header)[1])) << 16) | (qint64(quint8((*header)[2])) << 8)
+            | qint64(quint8((*header)[3]));
+        b.bodyOffset = pos + 4;
+        if (b.length > file.size() - b.bodyOffset)
+            return false;
+        if (!visit(b))
+            return true;
+        if (b.isLast())
+            return true;
+        pos = b.bodyOffset + b.length;
+    }
+}
+
+template<typename Window> FileInfo readInfo(Window &file, bool wantDuration)
+{
+    FileInfo info;
+    bool first = true;
+    walkBlocks(file, [&](const Block &b) {
+        if (first && wantDuration && b.type() == streamInfoType) {
+            if (const auto body = file.read(b.bodyOffset, b.length))
+                info.duration = streamInfoDuration(*body);
+        }
+        first = false;
+        if (b.type() != vorbisCommentType)
+            return true;
+        if (const auto body = file.read(b.bodyOffset, b.length))
+            info.metadata = parseVorbisComment(*body);
+        return false;
+    });
+    return info;
+}
+
+} // namespace
+
+FileInfo readFile(const QString &path, bool wantDuration)
+{
+    FileWindow file(path);
+    return readInfo(file, wantDuration);
+}
+
+FileInfo parseFile(QByteArrayView wholeFile, bool wantDuration)
+{
+    MemoryWindow file(wholeFile);
+    return readInfo(file, wantDuration);
+}
+
+std::optional<QByteArray> readPicture(const QString &path)
+{
+    FileWindow file(path);
+    std::optional<QByteArray> picture;
+    walkBlocks(file, [&](const Block &b) {
+        if (b.type() != pictureType)
+            return true;
+        if (const auto body = file.read(b.bodyOffset, b.length))
+            picture = pictureData(*body);
+        return !picture;
+    });
+    return picture;
+}
+
+} // namespace flac

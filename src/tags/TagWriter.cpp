@@ -1,0 +1,230 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "TagWriter.h"
+
+#include "AtomicReplace.h"
+#include "ContainerWriter.h"
+#include "FlacMetadata.h"
+#include "MetadataWriter.h"
+#include "model/Log.h"
+
+#include <taglib/attachedpictureframe.h>
+#include <taglib/id3v2framefactory.h>
+#include <taglib/id3v2tag.h>
+#include <taglib/mpegfile.h>
+#include <taglib/tbytevectorstream.h>
+#include <taglib/textidentificationframe.h>
+
+#include <QFileInfo>
+
+namespace {
+
+std::optional<QString> expected(const FieldEdit &f, const std::optional<QString> &old)
+{
+    switch (f.action) {
+    case FieldEdit::Action::set:
+        return f.value;
+    case FieldEdit::Action::remove:
+        return std::nullopt;
+    case FieldEdit::Action::keep:
+        break;
+    }
+    return old;
+}
+
+// A kept field must read as before, unless it read as nothing before (a
+// comment hidden in a second comment block may surface).
+bool fieldsAsEdited(const TagEdit &edit, const TrackMetadata &before, const TrackMetadata &after)
+{
+    const auto check
+        = [](const FieldEdit &f, const std::optional<QString> &old, const std::optional<QString> &now) {
+              if (f.action == FieldEdit::Action::keep && !old)
+                  return true;
+              return now == expected(f, old);
+          };
+    return check(edit.title, before.title, after.title) && check(edit.artist, before.artist, after.artist)
+        && check(edit.album, before.album, after.album) && (!before.genre || after.genre == before.genre);
+}
+
+struct FlacLayout
+{
+    QList<std::pair<quint8, QByteArrayView>> blocks;
+    qsizetype audioStart = 0;
+    bool complete = false; // ended at a block with the last-block flag
+};
+
+FlacLayout flacLayout(QByteArrayView data)
+{
+    FlacLayout layout;
+    qsizetype pos = 4;
+    layout.audioStart = pos;
+    while (data.size() - pos >= 4) {
+        const quint8 header = quint8(data[pos]);
+        const qsizetype length = (qsizetype(quint8(data[pos + 1])) << 16)
+            | (qsizetype(quint8(data[pos + 2])) << 8) | qsizetype(quint8(data[pos + 3]));
+        if (length > data.size() - pos - 4)
+            break;
+        layout.blocks.append({ quint8(header & 0x7F), data.sliced(pos + 4, length) });
+        pos += 4 + length;
+        layout.audioStart = pos;
+        if (header & 0x80) {
+            layout.complete = true;
+            break;
+        }
+    }
+    return layout;
+}
+
+QString verifyFlac(QByteArrayView before, QByteArrayView after, const TagEdit &edit)
+{
+    const FlacLayout oldLayout = flacLayout(before);
+    const FlacLayout newLayout = flacLayout(after);
+    if (!newLayout.complete || newLayout.blocks.isEmpty()
+        || newLayout.blocks.last().first != flac::vorbisCommentType)
+        return QStringLiteral("the new metadata blocks are damaged");
+    QList<std::pair<quint8, QByteArrayView>> kept;
+    for (const auto &b : oldLayout.blocks) {
+        if (b.first != flac::vorbisCommentType)
+            kept.append(b);
+    }
+    if (newLayout.blocks.first(newLayout.blocks.size() - 1) != kept)
+        return QStringLiteral("the other metadata blocks would have changed");
+    if (after.sliced(newLayout.audioStart) != before.sliced(oldLayout.audioStart))
+        return QStringLiteral("the audio would have changed");
+    if (!fieldsAsEdited(edit, parseFLACMetadata(before), parseFLACMetadata(after)))
+        return QStringLiteral("the tags did not read back as written");
+    return {};
+}
+
+// The ID3v2 tag as TagLib (not our own parser) reads it from memory.
+struct Id3Reading
+{
+    TrackMetadata metadata; // genre left out: ID3v2.4 genre lists read differently once in ID3v2.3
+    bool hasGenre = false;
+    int pictures = 0;
+};
+
+Id3Reading readId3(QByteArrayView data)
+{
+    Id3Reading r;
+    TagLib::ByteVectorStream stream(TagLib::ByteVector(data.data(), uint(data.size())));
+    TagLib::MPEG::File file(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
+    if (!file.isValid() || !file.hasID3v2Tag())
+        return r;
+    TagLib::ID3v2::Tag *tag = file.ID3v2Tag();
+    const auto text = [&](const char *id) -> std::optional<QString> {
+        const auto &list = tag->frameListMap()[id];
+        if (list.isEmpty())
+            return std::nullopt;
+        const auto *frame = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(list.back());
+        const std::string utf8
+            = (frame ? frame->fieldList().toString("/") : list.back()->toString()).to8Bit(true);
+        if (utf8.empty())
+            return std::nullopt;
+        return QString::fromStdString(utf8);
+    };
+    r.metadata = { text("TIT2"), text("TPE1"), text("TALB"), std::nullopt };
+    r.hasGenre = !tag->frameListMap()["TCON"].isEmpty();
+    r.pictures = int(tag->frameListMap()["APIC"].size());
+    return r;
+}
+
+QString verifyId3(QByteArrayView before, QByteArrayView after, const TagEdit &edit)
+{
+    if (MetadataWriter::stripID3v2(after) != MetadataWriter::stripID3v2(before))
+        return QStringLiteral("the audio would have changed");
+    const Id3Reading old = readId3(before);
+    const Id3Reading now = readId3(after);
+    if (!fieldsAsEdited(edit, old.metadata, now.metadata))
+        return QStringLiteral("the tags did not read back as written");
+    if (now.pictures != old.pictures || now.hasGenre != old.hasGenre)
+        return QStringLiteral("the pictures would not have been carried over");
+    return {};
+}
+
+QString lowerSuffix(const QString &path)
+{
+    return QFileInfo(path).suffix().toLower();
+}
+
+} // namespace
+
+namespace {
+
+SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
+{
+    const QString suffix = lowerSuffix(path);
+    const bool ours = suffix == u"flac" || suffix == u"mp3";
+    if (!ours && !container::canWrite(suffix))
+        return { false,
+            QStringLiteral("%1: %2").arg(
+                path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat)) };
+
+    // A file the user made read-only stays as it is, although replacing it by
+    // rename in a writable folder would work.
+    if (const QFileInfo info(path); info.exists() && !info.isWritable())
+        return { false, QStringLiteral("%1 is read-only").arg(path) };
+    QString why;
+    const auto data = readWholeFile(path, &why);
+    if (!data)
+        return { false, why };
+    if (edit.keepsEverything())
+        return { true, {} };
+
+    if (!ours) {
+        const QString failure = container::writeFile(path, suffix, *data, edit, syncFolder);
+        return { failure.isEmpty(), failure };
+    }
+
+    const MetadataWriter::Result result = suffix == u"flac" ? MetadataWriter::writeFLACTags(*data, edit)
+                                                            : MetadataWriter::writeID3Tags(*data, edit);
+    if (!result)
+        return { false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error)) };
+    if (*result.data == *data)
+        return { true, {} };
+    const QString failure
+        = suffix == u"flac" ? verifyFlac(*data, *result.data, edit) : verifyId3(*data, *result.data, edit);
+    if (!failure.isEmpty())
+        return { false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure) };
+
+    AtomicReplace replace(path);
+    replace.setSyncFolder(syncFolder);
+    if (!replace.create() || !replace.write(*result.data) || !replace.commit())
+        return { false, replace.errorString() };
+    return { true, {} };
+}
+
+} // namespace
+
+SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
+{
+    return save(path, edit, true);
+}
+
+QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
+{
+    QList<SaveResult> results;
+    QStringList folders;
+    for (const QString &path : paths) {
+        results.append(save(path, edit, false));
+        const QString folder = QFileInfo(path).canonicalPath();
+        if (results.last() && !folders.contains(folder))
+            folders.append(folder);
+    }
+    for (const QString &folder : folders)
+        syncFolder(folder);
+    return results;
+}
+
+bool saveTags(const QString &path, const TagEdit &edit)
+{
+    const SaveResult r = saveTagsWithReason(path, edit);
+    if (!r)
+        qCWarning(lcTags).noquote() << "tags not saved:" << r.reason;
+    return r.saved;
+}
+
+bool saveTags(const QString &path, const std::optional<QString> &title, const std::optional<QString> &artist,
+    const std::optional<QString> &album)
+{
+    return saveTags(path, TagEdit::fromValues(title, artist, album));
+}
