@@ -19,6 +19,9 @@ struct Command
 
 const Command commands[] = {
     {"scan", "scan DIR                    audio files below DIR, one path a line", cli::scan},
+    {"play", "play [--shuffle] [--repeat] FILE...\n"
+             "                              plays the files in order, printing the position once a second",
+     cli::play},
 };
 
 int usage()
