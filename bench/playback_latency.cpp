@@ -45,6 +45,6 @@ int main(int argc, char **argv)
     std::sort(ms.begin(), ms.end());
     const auto at = [&](double q) { return ms[std::min(ms.size() - 1, size_t(q * double(ms.size())))]; };
     std::printf("first load %.1f ms; then %d loads: median %.1f ms, p90 %.1f ms, max %.1f ms\n", first, count,
-                at(0.5), at(0.9), ms.back());
+        at(0.5), at(0.9), ms.back());
     return 0;
 }

@@ -19,7 +19,7 @@
 
 namespace {
 
-int stopPipe[2] = {-1, -1};
+int stopPipe[2] = { -1, -1 };
 
 void onStopSignal(int)
 {
@@ -107,7 +107,7 @@ int cli::play(const QStringList &args)
     QObject::connect(&ticker, &QTimer::timeout, &player, [&] {
         line(QStringLiteral("%1 / %2 %3")
                  .arg(formatTime(player.currentTime()), formatTime(player.duration()),
-                      player.isPlaying() ? QStringLiteral("playing") : QStringLiteral("paused")));
+                     player.isPlaying() ? QStringLiteral("playing") : QStringLiteral("paused")));
     });
 
     if (::pipe2(stopPipe, O_CLOEXEC | O_NONBLOCK) != 0) {

@@ -3,7 +3,8 @@
 
 #include "model/Log.h"
 
-AudioPlayer::AudioPlayer(QObject *parent) : QObject(parent)
+AudioPlayer::AudioPlayer(QObject *parent)
+    : QObject(parent)
 {
     PlaybinPipeline::initGStreamer();
     m_updates.setInterval(updateIntervalMs);

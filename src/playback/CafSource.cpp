@@ -36,7 +36,10 @@ QString averrorText(int code)
 class CafDecoder
 {
 public:
-    explicit CafDecoder(QByteArray path) : m_path(std::move(path)) {}
+    explicit CafDecoder(QByteArray path)
+        : m_path(std::move(path))
+    {
+    }
     ~CafDecoder();
 
     void needData(GstAppSrc *src);
@@ -93,8 +96,8 @@ void CafDecoder::fail(GstAppSrc *src, const QString &why)
 {
     m_failed = true;
     qCInfo(lcPlayback) << "cannot decode" << QFile::decodeName(m_path) << ":" << why;
-    GError *error = g_error_new(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, "%s",
-                                why.toUtf8().constData());
+    GError *error
+        = g_error_new(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, "%s", why.toUtf8().constData());
     gst_element_post_message(GST_ELEMENT(src), gst_message_new_error(GST_OBJECT(src), error, nullptr));
     g_error_free(error);
 }
@@ -143,9 +146,9 @@ bool CafDecoder::open(GstAppSrc *src)
         return false;
     }
 
-    GstCaps *caps = gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "F32LE", "layout",
-                                        G_TYPE_STRING, "interleaved", "rate", G_TYPE_INT, m_rate,
-                                        "channels", G_TYPE_INT, m_channels, nullptr);
+    GstCaps *caps
+        = gst_caps_new_simple("audio/x-raw", "format", G_TYPE_STRING, "F32LE", "layout", G_TYPE_STRING,
+            "interleaved", "rate", G_TYPE_INT, m_rate, "channels", G_TYPE_INT, m_channels, nullptr);
     if (m_channels == 2)
         gst_caps_set_simple(caps, "channel-mask", GST_TYPE_BITMASK, guint64(0x3), nullptr);
     gst_app_src_set_caps(src, caps);
@@ -153,7 +156,7 @@ bool CafDecoder::open(GstAppSrc *src)
 
     gint64 length = -1;
     if (stream->duration != AV_NOPTS_VALUE && stream->duration > 0)
-        length = av_rescale_q(stream->duration, stream->time_base, AVRational{1, int(GST_SECOND)});
+        length = av_rescale_q(stream->duration, stream->time_base, AVRational { 1, int(GST_SECOND) });
     else if (m_format->duration != AV_NOPTS_VALUE && m_format->duration > 0)
         length = av_rescale(m_format->duration, GST_SECOND, AV_TIME_BASE);
     if (length > 0)
@@ -174,8 +177,8 @@ bool CafDecoder::makeResampler(const AVFrame *frame)
         av_channel_layout_copy(&in, &frame->ch_layout);
     AVChannelLayout out = {};
     av_channel_layout_default(&out, m_channels);
-    int ret = swr_alloc_set_opts2(&m_swr, &out, AV_SAMPLE_FMT_FLT, m_rate, &in,
-                                  AVSampleFormat(frame->format), frame->sample_rate, 0, nullptr);
+    int ret = swr_alloc_set_opts2(&m_swr, &out, AV_SAMPLE_FMT_FLT, m_rate, &in, AVSampleFormat(frame->format),
+        frame->sample_rate, 0, nullptr);
     av_channel_layout_uninit(&in);
     av_channel_layout_uninit(&out);
     if (ret >= 0)
@@ -206,7 +209,8 @@ bool CafDecoder::convert(AVFrame *frame)
         m_trimUntil = -1;
     if (m_trimUntil >= 0) {
         const AVStream *stream = m_format->streams[m_stream];
-        const qint64 start = av_rescale_q(frame->best_effort_timestamp, stream->time_base, AVRational{1, m_rate});
+        const qint64 start
+            = av_rescale_q(frame->best_effort_timestamp, stream->time_base, AVRational { 1, m_rate });
         skip = std::max<qint64>(0, m_trimUntil - start);
         if (start + frame->nb_samples >= m_trimUntil)
             m_trimUntil = -1;
@@ -219,8 +223,8 @@ bool CafDecoder::convert(AVFrame *frame)
     const qsizetype old = m_pcm.size();
     m_pcm.resize(old + qsizetype(room) * bytesPerFrame);
     auto *out = reinterpret_cast<uint8_t *>(m_pcm.data() + old);
-    const int got = swr_convert(m_swr, &out, room, const_cast<const uint8_t **>(frame->extended_data),
-                                frame->nb_samples);
+    const int got = swr_convert(
+        m_swr, &out, room, const_cast<const uint8_t **>(frame->extended_data), frame->nb_samples);
     const qint64 kept = std::max<qint64>(0, got - skip);
     if (kept > 0 && skip > 0)
         std::memmove(out, out + skip * bytesPerFrame, size_t(kept * bytesPerFrame));
@@ -299,7 +303,7 @@ bool CafDecoder::seekTo(guint64 nanoseconds)
 {
     const AVStream *stream = m_format->streams[m_stream];
     const qint64 target = qint64(gst_util_uint64_scale_int(nanoseconds, m_rate, GST_SECOND));
-    const qint64 timestamp = av_rescale_q(target, AVRational{1, m_rate}, stream->time_base);
+    const qint64 timestamp = av_rescale_q(target, AVRational { 1, m_rate }, stream->time_base);
     const int ret = av_seek_frame(m_format, m_stream, timestamp, AVSEEK_FLAG_BACKWARD);
     if (ret < 0) {
         qCInfo(lcPlayback) << "seek failed:" << averrorText(ret);

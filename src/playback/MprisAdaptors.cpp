@@ -4,7 +4,8 @@
 #include "MprisService.h"
 
 MprisRootAdaptor::MprisRootAdaptor(MprisService *service, QObject *exported)
-    : QDBusAbstractAdaptor(exported), m_service(service)
+    : QDBusAbstractAdaptor(exported)
+    , m_service(service)
 {
 }
 
@@ -19,7 +20,8 @@ void MprisRootAdaptor::Raise()
 }
 
 MprisPlayerAdaptor::MprisPlayerAdaptor(MprisService *service, QObject *exported)
-    : QDBusAbstractAdaptor(exported), m_service(service)
+    : QDBusAbstractAdaptor(exported)
+    , m_service(service)
 {
 }
 

@@ -34,7 +34,7 @@ public:
 
 public Q_SLOTS:
     void Raise();
-    void Quit() {}
+    void Quit() { }
 
 private:
     MprisService *m_service;
@@ -65,10 +65,10 @@ public:
 
     QString playbackStatus() const;
     double rate() const { return 1.0; }
-    void setRate(double) {}
+    void setRate(double) { }
     QVariantMap metadata() const;
     double volume() const { return 1.0; }
-    void setVolume(double) {}
+    void setVolume(double) { }
     qlonglong position() const;
     bool yes() const { return true; }
     bool no() const { return false; }
@@ -79,10 +79,10 @@ public Q_SLOTS:
     void Pause();
     void Next();
     void Previous();
-    void Stop() {}
-    void Seek(qlonglong) {}
-    void SetPosition(const QDBusObjectPath &, qlonglong) {}
-    void OpenUri(const QString &) {}
+    void Stop() { }
+    void Seek(qlonglong) { }
+    void SetPosition(const QDBusObjectPath &, qlonglong) { }
+    void OpenUri(const QString &) { }
 
 Q_SIGNALS:
     void Seeked(qlonglong position);

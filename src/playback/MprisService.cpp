@@ -31,7 +31,10 @@ qint64 microseconds(double seconds)
 } // namespace
 
 MprisService::MprisService(AudioPlayer &player, PlaybackController &controller, QObject *parent)
-    : QObject(parent), m_player(player), m_controller(controller), m_exported(new QObject(this))
+    : QObject(parent)
+    , m_player(player)
+    , m_controller(controller)
+    , m_exported(new QObject(this))
 {
     new MprisRootAdaptor(this, m_exported);
     m_playerAdaptor = new MprisPlayerAdaptor(this, m_exported);
@@ -113,7 +116,7 @@ QVariantMap MprisService::buildMetadata() const
     QVariantMap map;
     const QString id = track->id.toString(QUuid::Id128);
     map.insert(QStringLiteral("mpris:trackid"),
-               QVariant::fromValue(QDBusObjectPath(QStringLiteral("/org/tarnwell/track/") + id)));
+        QVariant::fromValue(QDBusObjectPath(QStringLiteral("/org/tarnwell/track/") + id)));
     map.insert(QStringLiteral("xesam:title"), text::displayName(track->path()));
     if (m_player.duration() > 0)
         map.insert(QStringLiteral("mpris:length"), microseconds(m_player.duration()));
@@ -144,8 +147,7 @@ void MprisService::emitPropertiesChanged(const QVariantMap &changed)
         return;
     // QtDBus does not announce adaptor property changes itself.
     QDBusMessage signal = QDBusMessage::createSignal(QString::fromLatin1(objectPath),
-                                                     QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                     QStringLiteral("PropertiesChanged"));
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"));
     signal << playerInterface << changed << QStringList();
     QDBusConnection::sessionBus().send(signal);
 }
@@ -163,16 +165,17 @@ void MprisService::setArtwork(const QImage &image)
     // A new name for each picture: clients cache pictures by URL.
     const QString path = QDir(dir).filePath(
         QStringLiteral("tarnwell-now-playing-%1-%2.jpg").arg(QCoreApplication::applicationPid()).arg(serial));
-    QtConcurrent::run([image, path] { return image.save(path, "JPEG", 90); })
-        .then(this, [this, serial, path](bool saved) {
-            if (serial != m_artSerial || !saved) {
-                QFile::remove(path);
-                return;
-            }
-            removeArtFile();
-            m_artFile = path;
-            Q_EMIT artworkReady();
-        });
+    QtConcurrent::run([image, path] {
+        return image.save(path, "JPEG", 90);
+    }).then(this, [this, serial, path](bool saved) {
+        if (serial != m_artSerial || !saved) {
+            QFile::remove(path);
+            return;
+        }
+        removeArtFile();
+        m_artFile = path;
+        Q_EMIT artworkReady();
+    });
 }
 
 void MprisService::removeArtFile()

@@ -7,7 +7,7 @@
 #include <utility>
 
 QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const QList<Playlist> &playlists,
-                           const QList<Track> &library)
+    const QList<Track> &library)
 {
     if (!selectedPlaylistId)
         return library;
@@ -19,10 +19,13 @@ QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const
 }
 
 PlaybackController::PlaybackController(PlayerControl &player, QueueSource queue, RandomIndex random)
-    : m_player(player), m_queue(std::move(queue)), m_random(std::move(random))
+    : m_player(player)
+    , m_queue(std::move(queue))
+    , m_random(std::move(random))
 {
     if (!m_random)
-        m_random = [](qsizetype count) { return qsizetype(QRandomGenerator::global()->bounded(quint64(count))); };
+        m_random
+            = [](qsizetype count) { return qsizetype(QRandomGenerator::global()->bounded(quint64(count))); };
 }
 
 PlaybackController::Batch::~Batch()

@@ -32,7 +32,7 @@
 // playlist (none when no playlist has that id), else the whole library in
 // library order.
 QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const QList<Playlist> &playlists,
-                           const QList<Track> &library);
+    const QList<Track> &library);
 
 // Decides which song plays: the one the user picks, the next one in order or at
 // random, the previous one from the history or the queue. The queue is asked
@@ -91,7 +91,11 @@ private:
     class Batch
     {
     public:
-        explicit Batch(PlaybackController &c) : m_c(c) { ++m_c.m_depth; }
+        explicit Batch(PlaybackController &c)
+            : m_c(c)
+        {
+            ++m_c.m_depth;
+        }
         ~Batch();
         Batch(const Batch &) = delete;
         Batch &operator=(const Batch &) = delete;

@@ -132,8 +132,9 @@ GstElement *makeSink()
         GstElement *sink = gst_parse_bin_from_description(description.toUtf8().constData(), TRUE, &error);
         if (sink)
             return sink;
-        qCWarning(lcPlayback) << "audio sink" << description << "unusable:"
-                              << (error ? error->message : "unknown error") << "- using autoaudiosink";
+        qCWarning(lcPlayback) << "audio sink" << description
+                              << "unusable:" << (error ? error->message : "unknown error")
+                              << "- using autoaudiosink";
         g_clear_error(&error);
     }
     return gst_element_factory_make("autoaudiosink", nullptr);
@@ -190,8 +191,8 @@ QString PlaybinPipeline::sinkDescription()
     return configured.isEmpty() ? QStringLiteral("autoaudiosink") : configured;
 }
 
-std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObject *receiver,
-                                                       EventHandler handler, int timeoutMs, QString *error)
+std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(
+    const QString &path, QObject *receiver, EventHandler handler, int timeoutMs, QString *error)
 {
     auto fail = [error](const QString &why) {
         if (error)
@@ -219,7 +220,7 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObj
     if (info.suffix().compare(u"caf", Qt::CaseInsensitive) == 0) {
         g_object_set(playbin, "uri", "appsrc://", nullptr);
         g_signal_connect_data(playbin, "source-setup", G_CALLBACK(onSourceSetup), new QString(absolute),
-                              deletePath, GConnectFlags(0));
+            deletePath, GConnectFlags(0));
     } else {
         GError *uriError = nullptr;
         gchar *uri = gst_filename_to_uri(QFile::encodeName(absolute).constData(), &uriError);
@@ -252,7 +253,8 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObj
         return fail(why);
     }
     if (ret == GST_STATE_CHANGE_ASYNC && !link->prerolled)
-        qCInfo(lcPlayback) << "still preparing" << path << "after" << timeoutMs << "ms; continuing in the background";
+        qCInfo(lcPlayback) << "still preparing" << path << "after" << timeoutMs
+                           << "ms; continuing in the background";
     return pipeline;
 }
 
@@ -284,8 +286,8 @@ void PlaybinPipeline::pause()
 bool PlaybinPipeline::seek(double seconds)
 {
     const gint64 target = gint64(std::max(0.0, seconds) * double(GST_SECOND));
-    return gst_element_seek_simple(m_playbin, GST_FORMAT_TIME,
-                                   GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), target);
+    return gst_element_seek_simple(
+        m_playbin, GST_FORMAT_TIME, GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), target);
 }
 
 std::optional<double> PlaybinPipeline::position() const

@@ -29,8 +29,8 @@ public:
     // buffer at the sink) within timeoutMs. Absent when the file can't be
     // played; *error then says why. A preroll still running when the time is
     // up is left to finish in the background.
-    static std::unique_ptr<PlaybinPipeline> open(const QString &path, QObject *receiver,
-                                                 EventHandler handler, int timeoutMs, QString *error);
+    static std::unique_ptr<PlaybinPipeline> open(
+        const QString &path, QObject *receiver, EventHandler handler, int timeoutMs, QString *error);
     ~PlaybinPipeline();
 
     PlaybinPipeline(const PlaybinPipeline &) = delete;

@@ -18,33 +18,34 @@ QStringList codecArgs(Format format)
 {
     switch (format) {
     case Format::Wav:
-        return {QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")};
+        return { QStringLiteral("-c:a"), QStringLiteral("pcm_s16le") };
     case Format::Flac:
-        return {QStringLiteral("-c:a"), QStringLiteral("flac")};
+        return { QStringLiteral("-c:a"), QStringLiteral("flac") };
     case Format::Mp3VbrNoXing:
-        return {QStringLiteral("-c:a"), QStringLiteral("libmp3lame"), QStringLiteral("-q:a"), QStringLiteral("4"),
-                QStringLiteral("-write_xing"), QStringLiteral("0")};
+        return { QStringLiteral("-c:a"), QStringLiteral("libmp3lame"), QStringLiteral("-q:a"),
+            QStringLiteral("4"), QStringLiteral("-write_xing"), QStringLiteral("0") };
     case Format::M4aAac:
-        return {QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("128k")};
+        return { QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"),
+            QStringLiteral("128k") };
     case Format::M4aAlac:
     case Format::CafAlac:
-        return {QStringLiteral("-c:a"), QStringLiteral("alac")};
+        return { QStringLiteral("-c:a"), QStringLiteral("alac") };
     case Format::Aiff:
     case Format::CafLpcm:
-        return {QStringLiteral("-c:a"), QStringLiteral("pcm_s16be")};
+        return { QStringLiteral("-c:a"), QStringLiteral("pcm_s16be") };
     case Format::CafAac:
-        return {QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"), QStringLiteral("128k"),
-                QStringLiteral("-f"), QStringLiteral("adts")};
+        return { QStringLiteral("-c:a"), QStringLiteral("aac"), QStringLiteral("-b:a"),
+            QStringLiteral("128k"), QStringLiteral("-f"), QStringLiteral("adts") };
     }
     return {};
 }
 
 bool ffmpeg(const QStringList &codec, const QString &out, double seconds)
 {
-    QStringList args{QStringLiteral("-nostdin"), QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-y"),
-                     QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                     QStringLiteral("sine=frequency=440:sample_rate=44100:duration=%1").arg(seconds),
-                     QStringLiteral("-ac"), QStringLiteral("2")};
+    QStringList args { QStringLiteral("-nostdin"), QStringLiteral("-v"), QStringLiteral("error"),
+        QStringLiteral("-y"), QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+        QStringLiteral("sine=frequency=440:sample_rate=44100:duration=%1").arg(seconds),
+        QStringLiteral("-ac"), QStringLiteral("2") };
     args << codec << out;
     return testsupport::run(QStringLiteral("ffmpeg"), args).exitCode == 0;
 }
@@ -103,7 +104,8 @@ bool adtsToCaf(const QByteArray &adts, const QString &path)
         packets.append(adts.mid(pos + header, length - header));
         pos += length;
     }
-    static const int rates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000};
+    static const int rates[]
+        = { 96000, 88200, 64000, 48000, 44100, 32000, 24000, 22050, 16000, 12000, 11025, 8000 };
     if (packets.isEmpty() || rateIndex >= 12)
         return false;
 

@@ -30,7 +30,7 @@ class TestAudioPlayer : public QObject
 
     QTemporaryDir m_dir;
     QMap<Format, QString> m_clips;
-    QString m_long;  // 4 s WAV
+    QString m_long; // 4 s WAV
     QString m_other; // 2 s FLAC
 
     QString path(const QString &name) const { return m_dir.filePath(name); }
@@ -48,8 +48,8 @@ private Q_SLOTS:
     {
         QVERIFY(m_dir.isValid());
         QVERIFY2(testsupport::haveTool(QStringLiteral("ffmpeg")), "ffmpeg is needed");
-        for (Format f : {Format::Wav, Format::Flac, Format::Mp3VbrNoXing, Format::M4aAac, Format::M4aAlac,
-                         Format::Aiff, Format::CafLpcm, Format::CafAlac, Format::CafAac}) {
+        for (Format f : { Format::Wav, Format::Flac, Format::Mp3VbrNoXing, Format::M4aAac, Format::M4aAlac,
+                 Format::Aiff, Format::CafLpcm, Format::CafAlac, Format::CafAac }) {
             const QString file = path(fixtures::name(f).replace(u' ', u'-') + u'.' + fixtures::extension(f));
             QVERIFY2(fixtures::makeAudio(f, file, clipSeconds), qPrintable(fixtures::name(f)));
             m_clips.insert(f, file);
@@ -91,13 +91,14 @@ private Q_SLOTS:
         QCOMPARE(player.currentTime(), 0.0);
         QCOMPARE(player.isPlaying(), false);
         if (lengthKnownAtLoad)
-            QVERIFY2(qAbs(player.duration() - clipSeconds) <= tolerance, qPrintable(QString::number(player.duration())));
+            QVERIFY2(qAbs(player.duration() - clipSeconds) <= tolerance,
+                qPrintable(QString::number(player.duration())));
 
         player.play();
         QVERIFY(player.isPlaying());
         QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.2, 2000);
         QTRY_VERIFY2_WITH_TIMEOUT(qAbs(player.duration() - clipSeconds) <= tolerance,
-                                  qPrintable(QString::number(player.duration())), 2000);
+            qPrintable(QString::number(player.duration())), 2000);
 
         player.pause();
         const double pausedAt = player.currentTime();

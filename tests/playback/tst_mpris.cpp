@@ -28,13 +28,16 @@ namespace {
 struct Stack
 {
     explicit Stack(const QList<Track> &queue)
-        : queue(queue), controller(player, [this] { return this->queue; }), mpris(player, controller)
+        : queue(queue)
+        , controller(player, [this] { return this->queue; })
+        , mpris(player, controller)
     {
         controller.setChangeListener([this](unsigned changes) {
             if (changes & PlaybackController::PlayingTrackChanged)
                 mpris.updateNowPlaying();
         });
-        QObject::connect(&player, &AudioPlayer::finishTickChanged, &player, [this] { controller.playNext(); });
+        QObject::connect(
+            &player, &AudioPlayer::finishTickChanged, &player, [this] { controller.playNext(); });
     }
 
     QList<Track> queue;
@@ -64,7 +67,7 @@ class TestMpris : public QObject
     {
         QProcess p;
         QSignalSpy done(&p, &QProcess::finished);
-        p.start(QStringLiteral("playerctl"), QStringList{QStringLiteral("--player=tarnwell")} + args);
+        p.start(QStringLiteral("playerctl"), QStringList { QStringLiteral("--player=tarnwell") } + args);
         if (!done.wait(10000)) {
             p.kill();
             p.waitForFinished();
@@ -89,7 +92,7 @@ private Q_SLOTS:
             QSKIP("needs a session bus: run under dbus-run-session");
         if (!testsupport::haveTool(QStringLiteral("playerctl")))
             QSKIP("needs playerctl");
-        for (const char *name : {"First Song", "Second", "Third"}) {
+        for (const char *name : { "First Song", "Second", "Third" }) {
             const QString file = m_dir.filePath(QString::fromLatin1(name) + QStringLiteral(".wav"));
             QVERIFY(fixtures::makeAudio(Format::Wav, file, 20.0));
             m_songs.append(Track::create(QUrl::fromLocalFile(file)));
@@ -109,33 +112,33 @@ private Q_SLOTS:
         MprisService &mpris = m_stack->mpris;
         QVERIFY(mpris.registerOnBus()); // a second time: nothing more
         QCOMPARE(mpris.busName(), QStringLiteral("org.mpris.MediaPlayer2.tarnwell"));
-        QCOMPARE(playersOnTheBus(), QStringList{mpris.busName()});
-        QCOMPARE(playerctl({QStringLiteral("--list-all")}), QStringLiteral("tarnwell"));
-        QCOMPARE(playerctl({QStringLiteral("status")}), QStringLiteral("Stopped"));
+        QCOMPARE(playersOnTheBus(), QStringList { mpris.busName() });
+        QCOMPARE(playerctl({ QStringLiteral("--list-all") }), QStringLiteral("tarnwell"));
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Stopped"));
 
         mpris.unregisterFromBus();
         QVERIFY(!mpris.isRegistered());
         QCOMPARE(playersOnTheBus(), QStringList());
-        QVERIFY(playerctl({QStringLiteral("status")}).isNull());
+        QVERIFY(playerctl({ QStringLiteral("status") }).isNull());
     }
 
     void playPauseAndStatus()
     {
         Stack &s = *m_stack;
         s.controller.playTrack(m_songs[0]);
-        QCOMPARE(playerctl({QStringLiteral("status")}), QStringLiteral("Playing"));
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
 
-        QVERIFY(!playerctl({QStringLiteral("play-pause")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
         QTRY_VERIFY(!s.player.isPlaying());
-        QCOMPARE(playerctl({QStringLiteral("status")}), QStringLiteral("Paused"));
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Paused"));
 
-        QVERIFY(!playerctl({QStringLiteral("play-pause")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
         QTRY_VERIFY(s.player.isPlaying());
-        QVERIFY(!playerctl({QStringLiteral("pause")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("pause") }).isNull());
         QTRY_VERIFY(!s.player.isPlaying());
-        QVERIFY(!playerctl({QStringLiteral("play")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("play") }).isNull());
         QTRY_VERIFY(s.player.isPlaying());
-        QCOMPARE(playerctl({QStringLiteral("status")}), QStringLiteral("Playing"));
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
     }
 
     // A following client hears of each change without asking.
@@ -145,9 +148,8 @@ private Q_SLOTS:
         s.controller.playTrack(m_songs[0]);
         QProcess follower;
         follower.start(QStringLiteral("playerctl"),
-                       {QStringLiteral("--player=tarnwell"), QStringLiteral("--follow"),
-                        QStringLiteral("metadata"), QStringLiteral("--format"),
-                        QStringLiteral("{{status}} {{title}}")});
+            { QStringLiteral("--player=tarnwell"), QStringLiteral("--follow"), QStringLiteral("metadata"),
+                QStringLiteral("--format"), QStringLiteral("{{status}} {{title}}") });
         QStringList lines;
         const auto waitForLine = [&](const QString &line) {
             QElapsedTimer clock;
@@ -172,20 +174,21 @@ private Q_SLOTS:
     void metadataTitleAndLength()
     {
         Stack &s = *m_stack;
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("title")}), QString());
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QString());
         s.controller.playTrack(m_songs[0]);
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("title")}), QStringLiteral("First Song"));
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("mpris:length")}),
-                 QStringLiteral("20000000"));
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("artist")}), QString());
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:length") }),
+            QStringLiteral("20000000"));
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("artist") }), QString());
         // playerctl quotes object paths.
-        QString trackId = playerctl({QStringLiteral("metadata"), QStringLiteral("mpris:trackid")});
+        QString trackId = playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:trackid") });
         trackId.remove(u'\'');
         QVERIFY2(trackId.startsWith(QStringLiteral("/org/tarnwell/track/")), qPrintable(trackId));
 
         // Position is read live, not from the last update.
         QTest::qWait(600);
-        const double position = playerctl({QStringLiteral("position")}).toDouble();
+        const double position = playerctl({ QStringLiteral("position") }).toDouble();
         QVERIFY2(position > 0.3 && position < 5, qPrintable(QString::number(position)));
     }
 
@@ -193,18 +196,20 @@ private Q_SLOTS:
     {
         Stack &s = *m_stack;
         s.controller.playTrack(m_songs[0]);
-        QVERIFY(!playerctl({QStringLiteral("next")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
         QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("title")}), QStringLiteral("Second"));
-        QVERIFY(!playerctl({QStringLiteral("next")}).isNull());
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("Second"));
+        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
         QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Third"));
 
         // Previous goes back through what was played.
-        QVERIFY(!playerctl({QStringLiteral("previous")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
         QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
-        QVERIFY(!playerctl({QStringLiteral("previous")}).isNull());
+        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
         QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("First Song"));
-        QCOMPARE(playerctl({QStringLiteral("metadata"), QStringLiteral("title")}), QStringLiteral("First Song"));
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
         QVERIFY(s.controller.history().isEmpty());
         QVERIFY(s.player.isPlaying());
     }
@@ -219,7 +224,7 @@ private Q_SLOTS:
         QVERIFY(ready.wait(5000));
         s.controller.playTrack(m_songs[1]);
 
-        const QUrl art(playerctl({QStringLiteral("metadata"), QStringLiteral("mpris:artUrl")}));
+        const QUrl art(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:artUrl") }));
         QVERIFY2(art.isLocalFile(), qPrintable(art.toString()));
         QImageReader reader(art.toLocalFile());
         QCOMPARE(reader.format(), QByteArray("jpeg"));

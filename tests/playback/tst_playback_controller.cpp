@@ -67,10 +67,11 @@ struct Rig
     QList<Track> queue;
     QList<qsizetype> picks;
     QList<qsizetype> pickCounts;
-    PlaybackController controller{player, [this] { return queue; }, [this](qsizetype count) {
-                                      pickCounts.append(count);
-                                      return picks.isEmpty() ? qsizetype(0) : picks.takeFirst();
-                                  }};
+    PlaybackController controller { player, [this] { return queue; },
+        [this](qsizetype count) {
+            pickCounts.append(count);
+            return picks.isEmpty() ? qsizetype(0) : picks.takeFirst();
+        } };
 
     // Steps: "queue A B C", "play A" (a pick), "start A" (no history), "next",
     // "prev", "shuffle", "fail A" (A's file can't be opened), "pick N" (the
@@ -119,14 +120,16 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("history");
         QTest::addColumn<QStringList>("loads");
 
-        const auto s = [](const char *text) { return QString::fromLatin1(text).split(u',', Qt::SkipEmptyParts); };
+        const auto s
+            = [](const char *text) { return QString::fromLatin1(text).split(u',', Qt::SkipEmptyParts); };
         // Order and wrap-around.
         QTest::newRow("next follows the queue") << s("queue A B C,play A,next") << "B" << s("A") << s("A,B");
         QTest::newRow("next after the last plays the first")
             << s("queue A B C,play C,next") << "A" << s("C") << s("C,A");
         QTest::newRow("the queue is asked anew each time")
             << s("queue A B C,play A,queue C A,next") << "C" << s("A") << s("A,C");
-        QTest::newRow("next with nothing playing does nothing") << s("queue A B C,next") << "" << s("") << s("");
+        QTest::newRow("next with nothing playing does nothing")
+            << s("queue A B C,next") << "" << s("") << s("");
         // Previous: history first, then the queue, never wrapping.
         QTest::newRow("previous takes the history first, then the queue start stops it")
             << s("queue A B C,play A,play C,prev,prev") << "A" << s("") << s("A,C,A");
@@ -182,7 +185,8 @@ private Q_SLOTS:
         QFETCH(QStringList, loads);
         Rig rig;
         rig.run(steps);
-        QCOMPARE(rig.controller.playingTrack() ? nameOf(rig.controller.playingTrack()->url) : QString(), playing);
+        QCOMPARE(
+            rig.controller.playingTrack() ? nameOf(rig.controller.playingTrack()->url) : QString(), playing);
         QCOMPARE(names(rig.controller.history()), history);
         QCOMPARE(rig.player.loads, loads);
     }
@@ -190,16 +194,16 @@ private Q_SLOTS:
     void shuffleAsksForAnIndexAmongTheOthers()
     {
         Rig rig;
-        rig.run({QStringLiteral("queue A B C D E"), QStringLiteral("shuffle"), QStringLiteral("play C"),
-                 QStringLiteral("next")});
-        QCOMPARE(rig.pickCounts, QList<qsizetype>{4});
+        rig.run({ QStringLiteral("queue A B C D E"), QStringLiteral("shuffle"), QStringLiteral("play C"),
+            QStringLiteral("next") });
+        QCOMPARE(rig.pickCounts, QList<qsizetype> { 4 });
     }
 
     void defaultShuffleIsUniformOverTheOthers()
     {
         FakePlayer player;
-        const QList<Track> queue{song(QStringLiteral("A")), song(QStringLiteral("B")), song(QStringLiteral("C")),
-                                 song(QStringLiteral("D"))};
+        const QList<Track> queue { song(QStringLiteral("A")), song(QStringLiteral("B")),
+            song(QStringLiteral("C")), song(QStringLiteral("D")) };
         PlaybackController controller(player, [&] { return queue; });
         controller.toggleShuffle();
         QHash<QString, int> counts;
@@ -209,7 +213,7 @@ private Q_SLOTS:
             ++counts[nameOf(controller.playingTrack()->url)];
         }
         QCOMPARE(counts.value(QStringLiteral("A")), 0);
-        for (const char *name : {"B", "C", "D"}) // 1000 each expected; 150 is about six deviations
+        for (const char *name : { "B", "C", "D" }) // 1000 each expected; 150 is about six deviations
             QVERIFY2(qAbs(counts.value(QString::fromLatin1(name)) - 1000) < 150, name);
     }
 
@@ -217,20 +221,21 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("selected"); // "", a playlist name, or "unknown"
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("no playlist selected: the library") << "" << QStringList{"A", "B", "C"};
-        QTest::newRow("a playlist: its songs in its order") << "mix" << QStringList{"C", "A"};
-        QTest::newRow("an empty playlist") << "empty" << QStringList{};
-        QTest::newRow("an unknown playlist: nothing") << "unknown" << QStringList{};
+        QTest::newRow("no playlist selected: the library") << "" << QStringList { "A", "B", "C" };
+        QTest::newRow("a playlist: its songs in its order") << "mix" << QStringList { "C", "A" };
+        QTest::newRow("an empty playlist") << "empty" << QStringList {};
+        QTest::newRow("an unknown playlist: nothing") << "unknown" << QStringList {};
     }
 
     void playbackQueueFollowsTheSelection()
     {
         QFETCH(QString, selected);
         QFETCH(QStringList, expected);
-        const QList<Track> library{song(QStringLiteral("A")), song(QStringLiteral("B")), song(QStringLiteral("C"))};
-        Playlist mix{QUuid::createUuid(), QStringLiteral("mix"), {library[2], library[0]}};
-        Playlist empty{QUuid::createUuid(), QStringLiteral("empty"), {}};
-        const QList<Playlist> playlists{mix, empty};
+        const QList<Track> library { song(QStringLiteral("A")), song(QStringLiteral("B")),
+            song(QStringLiteral("C")) };
+        Playlist mix { QUuid::createUuid(), QStringLiteral("mix"), { library[2], library[0] } };
+        Playlist empty { QUuid::createUuid(), QStringLiteral("empty"), {} };
+        const QList<Playlist> playlists { mix, empty };
         std::optional<QUuid> id;
         if (selected == u"mix")
             id = mix.id;
@@ -258,7 +263,7 @@ private Q_SLOTS:
         rig.player.length = 200;
         rig.controller.seek(0.25);
         rig.controller.seek(1.0);
-        QCOMPARE(rig.player.seeks, (QList<double>{50.0, 200.0}));
+        QCOMPARE(rig.player.seeks, (QList<double> { 50.0, 200.0 }));
     }
 
     void reportsEachOperationOnce_data()
@@ -267,17 +272,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("step");
         QTest::addColumn<unsigned>("changes"); // 0: no report
         using C = PlaybackController;
-        QTest::newRow("first pick") << QStringList{"queue A B"} << "play A" << unsigned(C::PlayingTrackChanged);
-        QTest::newRow("next") << QStringList{"queue A B", "play A"} << "next"
+        QTest::newRow("first pick") << QStringList { "queue A B" } << "play A"
+                                    << unsigned(C::PlayingTrackChanged);
+        QTest::newRow("next") << QStringList { "queue A B", "play A" } << "next"
                               << unsigned(C::PlayingTrackChanged | C::HistoryChanged);
-        QTest::newRow("replay of the same song") << QStringList{"queue A B", "play A"} << "play A"
-                                                 << unsigned(C::HistoryChanged);
-        QTest::newRow("previous from history") << QStringList{"queue A B", "play A", "play B"} << "prev"
+        QTest::newRow("replay of the same song")
+            << QStringList { "queue A B", "play A" } << "play A" << unsigned(C::HistoryChanged);
+        QTest::newRow("previous from history") << QStringList { "queue A B", "play A", "play B" } << "prev"
                                                << unsigned(C::PlayingTrackChanged | C::HistoryChanged);
-        QTest::newRow("shuffle") << QStringList{} << "shuffle" << unsigned(C::ShuffleChanged);
-        QTest::newRow("failed load") << QStringList{"queue A B", "fail B", "play A"} << "next"
+        QTest::newRow("shuffle") << QStringList {} << "shuffle" << unsigned(C::ShuffleChanged);
+        QTest::newRow("failed load") << QStringList { "queue A B", "fail B", "play A" } << "next"
                                      << unsigned(C::HistoryChanged);
-        QTest::newRow("nothing to do") << QStringList{"queue A B"} << "next" << 0u;
+        QTest::newRow("nothing to do") << QStringList { "queue A B" } << "next" << 0u;
     }
 
     // One report per operation, made after the player was told to play.
@@ -295,8 +301,8 @@ private Q_SLOTS:
             playsAtReport = rig.player.plays;
         });
         const int playsBefore = rig.player.plays;
-        rig.run({step});
-        QCOMPARE(reports, changes ? QList<unsigned>{changes} : QList<unsigned>{});
+        rig.run({ step });
+        QCOMPARE(reports, changes ? QList<unsigned> { changes } : QList<unsigned> {});
         if (changes & PlaybackController::PlayingTrackChanged)
             QCOMPARE(playsAtReport, playsBefore + 1);
     }
