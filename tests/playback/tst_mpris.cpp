@@ -190,6 +190,8 @@ private Q_SLOTS:
         QTest::qWait(600);
         const double position = playerctl({ QStringLiteral("position") }).toDouble();
         QVERIFY2(position > 0.3 && position < 5, qPrintable(QString::number(position)));
+        s.controller.seek(0.5);
+        QTRY_VERIFY_WITH_TIMEOUT(qAbs(playerctl({QStringLiteral("position")}).toDouble() - 10.2) < 0.7, 3000);
     }
 
     void nextAndPrevious()
