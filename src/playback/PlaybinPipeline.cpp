@@ -151,9 +151,9 @@ std::optional<double> seconds(bool ok, gint64 nanoseconds)
 // GStreamer 1.22's aiffparse races with decodebin: now and then (a third of
 // the loads after the first one in a process, measured here) it pushes before
 // decodebin has linked it, fails with "not-linked" inside decodebin, and the
-// preroll never completes. The FFmpeg AIFF demuxer
-// from gst-libav has no such race (and reads more AIFF-C variants), so it
-// takes aiffparse's place in this process.
+// preroll never completes. The FFmpeg AIFF demuxer from gst-libav has no such
+// race (and reads more AIFF-C variants), so it takes aiffparse's place in
+// this process.
 void preferFFmpegAiffDemuxer()
 {
     GstRegistry *registry = gst_registry_get();
