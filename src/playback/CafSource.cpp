@@ -105,7 +105,14 @@ void CafDecoder::fail(GstAppSrc *src, const QString &why)
 bool CafDecoder::open(GstAppSrc *src)
 {
     m_opened = true;
-    int ret = avformat_open_input(&m_format, m_path.constData(), nullptr, nullptr);
+    // Only the CAF demuxer and only local files: FFmpeg's probing would also
+    // accept, say, a playlist named .caf and follow its links to the network.
+    const AVInputFormat *caf = av_find_input_format("caf");
+    AVDictionary *options = nullptr;
+    av_dict_set(&options, "protocol_whitelist", "file", 0);
+    int ret = caf ? avformat_open_input(&m_format, ("file:" + m_path).constData(), caf, &options)
+                  : AVERROR_DEMUXER_NOT_FOUND;
+    av_dict_free(&options);
     if (ret < 0) {
         fail(src, averrorText(ret));
         return false;
