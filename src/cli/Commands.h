@@ -12,6 +12,7 @@ namespace cli {
 int scan(const QStringList &args);
 int tags(const QStringList &args);
 int write(const QStringList &args);
+int play(const QStringList &args);
 
 // Prints a line to stderr.
 void error(const QString &message);

@@ -24,6 +24,9 @@ const Command commands[] = {
     {"write", "write FILE... [--title T] [--artist A] [--album B]\n"
               "                              writes tags; options not given keep the file's value, \"\" removes",
      cli::write},
+    {"play", "play [--shuffle] [--repeat] FILE...\n"
+             "                              plays the files in order, printing the position once a second",
+     cli::play},
 };
 
 int usage()

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QObject;
+struct BusLink;
+typedef struct _GstElement GstElement;
+
+// One GStreamer playbin playing one file. AudioPlayer makes a new one for each
+// load and keeps the old one until the new one has prerolled, so a file that
+// fails to open leaves the previous one in place, stopped.
+//
+// Bus messages are turned into events on the receiver's thread (the GUI
+// thread); the streaming threads never touch anything else. CAF files, which
+// GStreamer can't demux here, are decoded by CafSource into an appsrc.
+class PlaybinPipeline
+{
+public:
+    enum class Event { EndOfStream, Error, DurationChanged, AsyncDone };
+    // Runs on the receiver's thread, never after the pipeline is destroyed.
+    using EventHandler = std::function<void(Event)>;
+
+    // Builds a playbin for the file and prerolls it (decodes up to the first
+    // buffer at the sink) within timeoutMs. Absent when the file can't be
+    // played; *error then says why. A preroll still running when the time is
+    // up is left to finish in the background.
+    static std::unique_ptr<PlaybinPipeline> open(
+        const QString &path, QObject *receiver, EventHandler handler, int timeoutMs, QString *error);
+    ~PlaybinPipeline();
+
+    PlaybinPipeline(const PlaybinPipeline &) = delete;
+    PlaybinPipeline &operator=(const PlaybinPipeline &) = delete;
+
+    void play();
+    void pause();
+    bool seek(double seconds);
+
+    // Queries the pipeline; absent while it can't tell.
+    std::optional<double> position() const;
+    std::optional<double> duration() const;
+    // The first error the pipeline reported, empty when none.
+    QString lastError() const;
+
+    // The sink new pipelines use: TARNWELL_AUDIO_SINK (a gst-launch description
+    // such as "fakesink sync=true"), else autoaudiosink.
+    static QString sinkDescription();
+
+    // Initialises GStreamer once per process; false when it can't start.
+    static bool initGStreamer();
+
+private:
+    PlaybinPipeline() = default;
+
+    GstElement *m_playbin = nullptr;
+    std::shared_ptr<BusLink> m_link;
+};

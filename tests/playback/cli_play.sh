@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
+# tarnwell-cli play end to end: plays files in order and ends, refuses what it
+# can't play, and answers a desktop's media keys over MPRIS (playerctl on the
+# private bus dbus-run-session gives this script).
+# Usage: cli_play.sh TARNWELL-CLI
+set -uo pipefail
+cli=$1
+dir=$(mktemp -d "${TMPDIR:-/tmp}/cli-play.XXXXXX")
+player_pid=
+cleanup() {
+  [ -n "$player_pid" ] && kill "$player_pid" 2>/dev/null
+  rm -rf "$dir"
+}
+trap cleanup EXIT
+failures=0
+fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
+tone() { ffmpeg -nostdin -v error -y -f lavfi -i "sine=frequency=440:duration=$2" -ac 2 "$1"; }
+
+tone "$dir/one.wav" 1.5
+tone "$dir/two.flac" 1.5
+tone "$dir/long A.wav" 30
+tone "$dir/long B.wav" 30
+printf 'not audio\n' > "$dir/notes.mp3"
+
+# Two short files in order, then the command ends by itself.
+out=$("$cli" play "$dir/one.wav" "$dir/two.flac" 2>/dev/null)
+code=$?
+[ "$code" -eq 0 ] || fail "play of two files exited with $code"
+expected=$(printf 'playing %s\nplaying %s' "$dir/one.wav" "$dir/two.flac")
+[ "$(grep '^playing' <<<"$out")" = "$expected" ] || fail "songs played: $out"
+grep -Eq '^0:0[01] / 0:01 playing$' <<<"$out" || fail "no position line: $out"
+
+# What can't be played.
+"$cli" play "$dir/notes.mp3" >/dev/null 2>&1
+[ $? -eq 1 ] || fail "a text file named .mp3 should fail with 1"
+"$cli" play "$dir/missing.wav" >/dev/null 2>&1
+[ $? -eq 1 ] || fail "a missing file should fail with 1"
+"$cli" play >/dev/null 2>&1
+[ $? -eq 2 ] || fail "no file should be a usage error (2)"
+"$cli" play --loud "$dir/one.wav" >/dev/null 2>&1
+[ $? -eq 2 ] || fail "an unknown option should be a usage error (2)"
+
+# Media keys and now-playing over MPRIS.
+if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ] || ! command -v playerctl >/dev/null; then
+  echo "SKIP: MPRIS part needs dbus-run-session and playerctl"
+else
+  "$cli" play "$dir/long A.wav" "$dir/long B.wav" > "$dir/out.txt" 2>"$dir/err.txt" &
+  player_pid=$!
+  pc() { playerctl --player=tarnwell "$@" 2>/dev/null; }
+  # wait_for EXPECTED COMMAND...: polls for up to 5 s.
+  wait_for() {
+    local want=$1 got=
+    shift
+    for _ in $(seq 50); do
+      got=$("$@")
+      [ "$got" = "$want" ] && return 0
+      sleep 0.1
+    done
+    fail "$* gave '$got', expected '$want'"
+    return 1
+  }
+  wait_for Playing pc status
+  wait_for "long A" pc metadata title
+  wait_for 30000000 pc metadata mpris:length
+  pc play-pause
+  wait_for Paused pc status
+  sleep 1.2
+  tail -n 1 "$dir/out.txt" | grep -q 'paused$' || fail "the position line should say paused: $(tail -n 1 "$dir/out.txt")"
+  pc play-pause
+  wait_for Playing pc status
+  pc next
+  wait_for "long B" pc metadata title
+  pc previous
+  wait_for "long A" pc metadata title
+  kill -INT "$player_pid"
+  for _ in $(seq 50); do kill -0 "$player_pid" 2>/dev/null || break; sleep 0.1; done
+  if kill -0 "$player_pid" 2>/dev/null; then
+    fail "Ctrl+C did not stop playback"
+  else
+    wait "$player_pid"
+    code=$?
+    [ "$code" -eq 0 ] || fail "stopping with Ctrl+C exited with $code"
+    tail -n 1 "$dir/out.txt" | grep -qx stopped || fail "no 'stopped' line"
+  fi
+  player_pid=
+  wait_for "" pc status
+fi
+
+if [ "$failures" -gt 0 ]; then
+  echo "$failures check(s) failed"
+  exit 1
+fi
+echo "all checks passed"

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Now-playing and media keys as a desktop client sees them: the real player and
+// controller behind the MPRIS service, driven by playerctl on a private session
+// bus (the test runs under dbus-run-session).
+#include "AudioFixtures.h"
+#include "playback/AudioPlayer.h"
+#include "playback/MprisService.h"
+#include "playback/PlaybackController.h"
+#include "support/TestSupport.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using fixtures::Format;
+
+namespace {
+
+// The whole playback side as the main state wires it.
+struct Stack
+{
+    explicit Stack(const QList<Track> &queue)
+        : queue(queue)
+        , controller(player, [this] { return this->queue; })
+        , mpris(player, controller)
+    {
+        controller.setChangeListener([this](unsigned changes) {
+            if (changes & PlaybackController::PlayingTrackChanged)
+                mpris.updateNowPlaying();
+        });
+        QObject::connect(
+            &player, &AudioPlayer::finishTickChanged, &player, [this] { controller.playNext(); });
+    }
+
+    QList<Track> queue;
+    AudioPlayer player;
+    PlaybackController controller;
+    MprisService mpris;
+};
+
+QString nameOf(const std::optional<Track> &track)
+{
+    return track ? QFileInfo(track->path()).completeBaseName() : QString();
+}
+
+} // namespace
+
+class TestMpris : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QList<Track> m_songs;
+    std::unique_ptr<Stack> m_stack;
+
+    // Runs playerctl without blocking the event loop, which must keep
+    // answering playerctl's own calls. Returns stdout, trimmed; null on failure.
+    QString playerctl(const QStringList &args)
+    {
+        QProcess p;
+        QSignalSpy done(&p, &QProcess::finished);
+        p.start(QStringLiteral("playerctl"), QStringList { QStringLiteral("--player=tarnwell") } + args);
+        if (!done.wait(10000)) {
+            p.kill();
+            p.waitForFinished();
+            return {};
+        }
+        if (p.exitCode() != 0)
+            return {};
+        const QString out = QString::fromUtf8(p.readAllStandardOutput()).trimmed();
+        return out.isNull() ? QStringLiteral("") : out;
+    }
+
+    static QStringList playersOnTheBus()
+    {
+        const QStringList names = QDBusConnection::sessionBus().interface()->registeredServiceNames().value();
+        return names.filter(QStringLiteral("org.mpris.MediaPlayer2.tarnwell"));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            QSKIP("needs a session bus: run under dbus-run-session");
+        if (!testsupport::haveTool(QStringLiteral("playerctl")))
+            QSKIP("needs playerctl");
+        for (const char *name : { "First Song", "Second", "Third" }) {
+            const QString file = m_dir.filePath(QString::fromLatin1(name) + QStringLiteral(".wav"));
+            QVERIFY(fixtures::makeAudio(Format::Wav, file, 20.0));
+            m_songs.append(Track::create(QUrl::fromLocalFile(file)));
+        }
+    }
+
+    void init()
+    {
+        m_stack = std::make_unique<Stack>(m_songs);
+        QVERIFY(m_stack->mpris.registerOnBus());
+    }
+
+    void cleanup() { m_stack.reset(); }
+
+    void registersOnceAndUnregisters()
+    {
+        MprisService &mpris = m_stack->mpris;
+        QVERIFY(mpris.registerOnBus()); // a second time: nothing more
+        QCOMPARE(mpris.busName(), QStringLiteral("org.mpris.MediaPlayer2.tarnwell"));
+        QCOMPARE(playersOnTheBus(), QStringList { mpris.busName() });
+        QCOMPARE(playerctl({ QStringLiteral("--list-all") }), QStringLiteral("tarnwell"));
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Stopped"));
+
+        mpris.unregisterFromBus();
+        QVERIFY(!mpris.isRegistered());
+        QCOMPARE(playersOnTheBus(), QStringList());
+        QVERIFY(playerctl({ QStringLiteral("status") }).isNull());
+    }
+
+    void playPauseAndStatus()
+    {
+        Stack &s = *m_stack;
+        s.controller.playTrack(m_songs[0]);
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
+
+        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
+        QTRY_VERIFY(!s.player.isPlaying());
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Paused"));
+
+        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
+        QTRY_VERIFY(s.player.isPlaying());
+        QVERIFY(!playerctl({ QStringLiteral("pause") }).isNull());
+        QTRY_VERIFY(!s.player.isPlaying());
+        QVERIFY(!playerctl({ QStringLiteral("play") }).isNull());
+        QTRY_VERIFY(s.player.isPlaying());
+        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
+    }
+
+    // A following client hears of each change without asking.
+    void clientsAreToldOfChanges()
+    {
+        Stack &s = *m_stack;
+        s.controller.playTrack(m_songs[0]);
+        QProcess follower;
+        follower.start(QStringLiteral("playerctl"),
+            { QStringLiteral("--player=tarnwell"), QStringLiteral("--follow"), QStringLiteral("metadata"),
+                QStringLiteral("--format"), QStringLiteral("{{status}} {{title}}") });
+        QStringList lines;
+        const auto waitForLine = [&](const QString &line) {
+            QElapsedTimer clock;
+            clock.start();
+            while (!lines.contains(line) && clock.elapsed() < 5000) {
+                follower.waitForReadyRead(50);
+                QCoreApplication::processEvents();
+                while (follower.canReadLine())
+                    lines.append(QString::fromUtf8(follower.readLine()).trimmed());
+            }
+            return lines.contains(line);
+        };
+        QVERIFY2(waitForLine(QStringLiteral("Playing First Song")), qPrintable(lines.join(u'|')));
+        s.player.pause();
+        QVERIFY2(waitForLine(QStringLiteral("Paused First Song")), qPrintable(lines.join(u'|')));
+        s.controller.playNext();
+        QVERIFY2(waitForLine(QStringLiteral("Playing Second")), qPrintable(lines.join(u'|')));
+        follower.kill();
+        follower.waitForFinished();
+    }
+
+    void metadataTitleAndLength()
+    {
+        Stack &s = *m_stack;
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QString());
+        s.controller.playTrack(m_songs[0]);
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:length") }),
+            QStringLiteral("20000000"));
+        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("artist") }), QString());
+        // playerctl quotes object paths.
+        QString trackId = playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:trackid") });
+        trackId.remove(u'\'');
+        QVERIFY2(trackId.startsWith(QStringLiteral("/org/tarnwell/track/")), qPrintable(trackId));
+
+        // Position is read live, not from the last update.
+        QTest::qWait(600);
+        const double position = playerctl({ QStringLiteral("position") }).toDouble();
+        QVERIFY2(position > 0.3 && position < 5, qPrintable(QString::number(position)));
+        s.controller.seek(0.5);
+        QTRY_VERIFY_WITH_TIMEOUT(qAbs(playerctl({QStringLiteral("position")}).toDouble() - 10.2) < 0.7, 3000);
+    }
+
+    void nextAndPrevious()
+    {
+        Stack &s = *m_stack;
+        s.controller.playTrack(m_songs[0]);
+        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
+        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("Second"));
+        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
+        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Third"));
+
+        // Previous goes back through what was played.
+        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
+        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
+        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
+        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("First Song"));
+        QCOMPARE(
+            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
+        QVERIFY(s.controller.history().isEmpty());
+        QVERIFY(s.player.isPlaying());
+    }
+
+    void artworkAsAFile()
+    {
+        Stack &s = *m_stack;
+        QImage picture(64, 64, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        QSignalSpy ready(&s.mpris, &MprisService::artworkReady);
+        s.mpris.setArtwork(picture);
+        QVERIFY(ready.wait(5000));
+        s.controller.playTrack(m_songs[1]);
+
+        const QUrl art(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:artUrl") }));
+        QVERIFY2(art.isLocalFile(), qPrintable(art.toString()));
+        QImageReader reader(art.toLocalFile());
+        QCOMPARE(reader.format(), QByteArray("jpeg"));
+        QCOMPARE(reader.size(), QSize(64, 64));
+
+        s.mpris.setArtwork(QImage());
+        QVERIFY(!QFileInfo::exists(art.toLocalFile()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMpris)
+#include "tst_mpris.moc"
