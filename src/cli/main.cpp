@@ -19,6 +19,10 @@ struct Command
 
 const Command commands[] = {
     {"scan", "scan DIR                    audio files below DIR, one path a line", cli::scan},
+    {"search", "search DIR QUERY            the search answer for QUERY over the songs below DIR, as JSON",
+     cli::search},
+    {"artists", "artists DIR                 artists and their songs below DIR, in display order, as JSON",
+     cli::artists},
 };
 
 int usage()
