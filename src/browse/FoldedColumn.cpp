@@ -6,6 +6,10 @@
 #include <algorithm>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 QString foldForSearch(QStringView text)
 {
     // Plain ASCII is by far the common case and needs neither tables nor
@@ -91,6 +95,13 @@ bool FoldedColumn::matchesAt(size_t begin, size_t length, size_t item) const
     return true;
 }
 
+size_t FoldedColumn::itemAt(size_t offset, size_t hint) const
+{
+    return size_t(std::upper_bound(m_starts.begin() + qsizetype(hint) + 1, m_starts.end(), uint32_t(offset))
+                  - m_starts.begin())
+        - 1;
+}
+
 size_t FoldedColumn::findNext(std::string_view needle, size_t from) const
 {
     const size_t count = size();
@@ -99,36 +110,69 @@ size_t FoldedColumn::findNext(std::string_view needle, size_t from) const
     if (needle.empty())
         return from;
 
-    // Scan for the needle's rarest byte in this column; each hit is a
-    // candidate that is checked in place.
-    size_t anchor = 0;
+    // The needle's rarest bytes in this column decide where to look: a
+    // candidate must have both at their places, and is then checked in full.
+    const auto rarity = [&](size_t k) { return m_byteCounts[static_cast<unsigned char>(needle[k])]; };
+    size_t rare = 0;
     for (size_t k = 1; k < needle.size(); ++k) {
-        if (m_byteCounts[static_cast<unsigned char>(needle[k])]
-            < m_byteCounts[static_cast<unsigned char>(needle[anchor])])
-            anchor = k;
+        if (rarity(k) < rarity(rare))
+            rare = k;
     }
-    const char anchorByte = needle[anchor];
-    if (m_byteCounts[static_cast<unsigned char>(anchorByte)] == 0 && anchorByte != '\0')
+    if (rarity(rare) == 0 && needle[rare] != '\0')
         return count;
 
     const char *base = m_bytes.data();
     const size_t end = m_bytes.size();
+    const size_t n = needle.size();
     size_t item = from;
-    size_t pos = m_starts[from] + anchor;
-    while (pos < end) {
-        const void *hit = std::memchr(base + pos, anchorByte, end - pos);
-        if (!hit)
-            return count;
-        const size_t at = size_t(static_cast<const char *>(hit) - base);
-        const size_t begin = at - anchor;
-        if (begin + needle.size() <= end && std::memcmp(base + begin, needle.data(), needle.size()) == 0) {
-            item = size_t(std::upper_bound(m_starts.begin() + qsizetype(item) + 1, m_starts.end(), begin)
-                          - m_starts.begin())
-                - 1;
-            if (matchesAt(begin, needle.size(), item))
+    const auto check = [&](size_t begin) {
+        if (begin + n > end || std::memcmp(base + begin, needle.data(), n) != 0)
+            return false;
+        item = itemAt(begin, item);
+        return matchesAt(begin, n, item);
+    };
+
+    if (n == 1) {
+        for (size_t pos = m_starts[from]; pos < end;) {
+            const void *hit = std::memchr(base + pos, needle[0], end - pos);
+            if (!hit)
+                return count;
+            const size_t at = size_t(static_cast<const char *>(hit) - base);
+            if (check(at))
                 return item;
+            pos = at + 1;
         }
-        pos = at + 1;
+        return count;
+    }
+
+    size_t other = rare == 0 ? 1 : 0;
+    for (size_t k = 0; k < n; ++k) {
+        if (k != rare && rarity(k) < rarity(other))
+            other = k;
+    }
+    const size_t lo = std::min(rare, other);
+    const size_t hi = std::max(rare, other);
+    size_t begin = m_starts[from];
+#ifdef __SSE2__
+    // Sixteen candidate positions at a time: compare the bytes at both places
+    // with one instruction each and look closer only where both agree.
+    const __m128i wantLo = _mm_set1_epi8(needle[lo]);
+    const __m128i wantHi = _mm_set1_epi8(needle[hi]);
+    for (; begin + hi + 16 <= end; begin += 16) {
+        const __m128i atLo = _mm_loadu_si128(reinterpret_cast<const __m128i *>(base + begin + lo));
+        const __m128i atHi = _mm_loadu_si128(reinterpret_cast<const __m128i *>(base + begin + hi));
+        unsigned mask = unsigned(
+            _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(atLo, wantLo), _mm_cmpeq_epi8(atHi, wantHi))));
+        while (mask) {
+            if (check(begin + size_t(__builtin_ctz(mask))))
+                return item;
+            mask &= mask - 1;
+        }
+    }
+#endif
+    for (; begin + n <= end; ++begin) {
+        if (base[begin + lo] == needle[lo] && base[begin + hi] == needle[hi] && check(begin))
+            return item;
     }
     return count;
 }

@@ -18,7 +18,7 @@ QString foldForSearch(QStringView text);
 
 // Many folded keys laid end to end as UTF-8 in one block, so a substring
 // search over all of them is a scan of contiguous memory for the query's
-// rarest byte (memchr), checked in place. Built once, then read-only and
+// rarest bytes (memchr, or SSE2 sixteen positions at a time), checked in place. Built once, then read-only and
 // safe to search from any thread.
 class FoldedColumn
 {
@@ -40,6 +40,8 @@ public:
 
 private:
     bool matchesAt(size_t begin, size_t length, size_t item) const;
+    // The key that holds byte `offset`, searching from key `hint` on.
+    size_t itemAt(size_t offset, size_t hint) const;
 
     std::string m_bytes;            // key 0, '\0', key 1, '\0', ...
     std::vector<uint32_t> m_starts; // key i is [m_starts[i], m_starts[i + 1] - 1)
