@@ -16,25 +16,24 @@
 
 namespace {
 
-const QStringList firstNames{"Mara", "Jonas", "Elif", "Tomasz", "Aiko", "Björn", "Sigrún", "Luca", "Nadia",
-                             "Owen", "Ines", "Rafael", "Chloé", "Dmitri", "Hana", "Kwame", "Lena", "Mateo",
-                             "Noor", "Pablo", "Ruth", "Søren", "Yusuf", "Zoë"};
-const QStringList lastNames{"Olsen", "Keller", "Okafor", "Nowak", "Tanaka", "Ívarsdóttir", "Moreau", "Rossi",
-                            "Haddad", "Brennan", "Silva", "Lindqvist", "Novák", "Ahmed", "Fischer", "Kowalski",
-                            "Dubois", "García", "Jensen", "Petrov"};
-const QStringList words{"silver", "lantern", "river",  "night",   "gold",    "echo",   "harbor", "velvet",
-                        "paper",  "ghost",   "summer", "winter",  "glass",   "wolves", "garden", "electric",
-                        "neon",   "ocean",   "static", "morning", "shadow",  "canyon", "orchid", "thunder",
-                        "little", "broken",  "wild",   "quiet",   "hollow",  "crimson", "fading", "northern",
-                        "dream",  "heart",   "fire",   "rain",    "city",    "light",  "road",   "stone",
-                        "blue",   "love",    "song",   "dance",   "sky",     "moon",   "star",   "home"};
-const QStringList foreign{"Время", "Город", "Ночь", "夜明け", "東京", "さくら", "Ελπίδα", "Θάλασσα",
-                          "Ça ira", "Mañana", "Über", "Fjärran", "Jùjú", "Árbol"};
+const QStringList firstNames { "Mara", "Jonas", "Elif", "Tomasz", "Aiko", "Björn", "Sigrún", "Luca", "Nadia",
+    "Owen", "Ines", "Rafael", "Chloé", "Dmitri", "Hana", "Kwame", "Lena", "Mateo", "Noor", "Pablo", "Ruth",
+    "Søren", "Yusuf", "Zoë" };
+const QStringList lastNames { "Olsen", "Keller", "Okafor", "Nowak", "Tanaka", "Ívarsdóttir", "Moreau",
+    "Rossi", "Haddad", "Brennan", "Silva", "Lindqvist", "Novák", "Ahmed", "Fischer", "Kowalski", "Dubois",
+    "García", "Jensen", "Petrov" };
+const QStringList words { "silver", "lantern", "river", "night", "gold", "echo", "harbor", "velvet", "paper",
+    "ghost", "summer", "winter", "glass", "wolves", "garden", "electric", "neon", "ocean", "static",
+    "morning", "shadow", "canyon", "orchid", "thunder", "little", "broken", "wild", "quiet", "hollow",
+    "crimson", "fading", "northern", "dream", "heart", "fire", "rain", "city", "light", "road", "stone",
+    "blue", "love", "song", "dance", "sky", "moon", "star", "home" };
+const QStringList foreign { "Время", "Город", "Ночь", "夜明け", "東京", "さくら", "Ελπίδα", "Θάλασσα",
+    "Ça ira", "Mañana", "Über", "Fjärran", "Jùjú", "Árbol" };
 
 class Generator
 {
 public:
-    QRandomGenerator rng{424242};
+    QRandomGenerator rng { 424242 };
 
     QString pick(const QStringList &list) { return list.at(rng.bounded(int(list.size()))); }
     QString title(QString w)
@@ -81,16 +80,17 @@ const TrackIndex &library()
                 const QString album = g.phrase(1, 4);
                 const int songs = 8 + g.rng.bounded(7);
                 for (int s = 0; s < songs && entries.size() < 100000; ++s) {
-                    const QString name = QStringLiteral("%1 %2").arg(s + 1, 2, 10, QChar(u'0')).arg(g.phrase(1, 5));
-                    const Track t = Track::create(QUrl::fromLocalFile(
-                        QStringLiteral("/music/%1/%2/%3.flac").arg(artist, album, name)));
+                    const QString name
+                        = QStringLiteral("%1 %2").arg(s + 1, 2, 10, QChar(u'0')).arg(g.phrase(1, 5));
+                    const Track t = Track::create(
+                        QUrl::fromLocalFile(QStringLiteral("/music/%1/%2/%3.flac").arg(artist, album, name)));
                     const bool untagged = g.rng.bounded(20) == 0;
-                    entries.append({t, name, untagged ? QString() : artist, untagged ? QString() : album});
+                    entries.append({ t, name, untagged ? QString() : artist, untagged ? QString() : album });
                 }
             }
         }
         std::stable_sort(entries.begin(), entries.end(),
-                         [](const TrackSearchEntry &a, const TrackSearchEntry &b) { return a.name < b.name; });
+            [](const TrackSearchEntry &a, const TrackSearchEntry &b) { return a.name < b.name; });
         return TrackIndex(entries);
     }();
     return index;
@@ -120,7 +120,8 @@ QStringList lettersAtRandom(int length, int count)
 
 QStringList matchingNothing()
 {
-    return {"qqqq", "zxzx", "xqjv", "ghost river zz", "12345678", "ßßß", "жжжж", "夜夜夜", "lantern!", "k k k"};
+    return { "qqqq", "zxzx", "xqjv", "ghost river zz", "12345678", "ßßß", "жжжж", "夜夜夜", "lantern!",
+        "k k k" };
 }
 
 void runQueries(benchmark::State &state, const QStringList &queries)
@@ -137,16 +138,29 @@ void runQueries(benchmark::State &state, const QStringList &queries)
         micros.push_back(std::chrono::duration<double, std::micro>(end - start).count());
     }
     std::sort(micros.begin(), micros.end());
-    const auto at = [&](double p) { return micros[std::min(micros.size() - 1, size_t(p * double(micros.size())))]; };
+    const auto at
+        = [&](double p) { return micros[std::min(micros.size() - 1, size_t(p * double(micros.size())))]; };
     state.counters["median_us"] = at(0.5);
     state.counters["p99_us"] = at(0.99);
     state.counters["max_us"] = micros.back();
 }
 
-void BM_Query1Letter(benchmark::State &state) { runQueries(state, oneLetter()); }
-void BM_Query2Letters(benchmark::State &state) { runQueries(state, lettersAtRandom(2, 400)); }
-void BM_Query3Letters(benchmark::State &state) { runQueries(state, lettersAtRandom(3, 400)); }
-void BM_QueryMatchingNothing(benchmark::State &state) { runQueries(state, matchingNothing()); }
+void BM_Query1Letter(benchmark::State &state)
+{
+    runQueries(state, oneLetter());
+}
+void BM_Query2Letters(benchmark::State &state)
+{
+    runQueries(state, lettersAtRandom(2, 400));
+}
+void BM_Query3Letters(benchmark::State &state)
+{
+    runQueries(state, lettersAtRandom(3, 400));
+}
+void BM_QueryMatchingNothing(benchmark::State &state)
+{
+    runQueries(state, matchingNothing());
+}
 
 void BM_AssembleIndex(benchmark::State &state)
 {

@@ -25,7 +25,7 @@ void AlbumListModel::setSelectedAlbum(const QString &name)
     for (int row = 0; row < count(); ++row) {
         const QString &album = m_albums.at(row).name;
         if (sameAlbumName(album, previous) || sameAlbumName(album, name))
-            Q_EMIT dataChanged(index(row), index(row), {IsSelectedRole});
+            Q_EMIT dataChanged(index(row), index(row), { IsSelectedRole });
     }
 }
 
@@ -54,5 +54,5 @@ QVariant AlbumListModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> AlbumListModel::roleNames() const
 {
-    return {{NameRole, "name"}, {TrackCountRole, "trackCount"}, {IsSelectedRole, "isSelected"}};
+    return { { NameRole, "name" }, { TrackCountRole, "trackCount" }, { IsSelectedRole, "isSelected" } };
 }

@@ -26,7 +26,7 @@ void ArtistDetail::load(const QString &artistName, const QList<Track> &artistTra
     }
     setLoading(true);
     deliverLater(loadArtistDetail(artistTracks, m_reader, m_cancelRunning), this,
-                 [this, generation](const QList<TrackInfo> &infos) {
+        [this, generation](const QList<TrackInfo> &infos) {
             if (generation != m_generation)
                 return;
             m_infos = infos;

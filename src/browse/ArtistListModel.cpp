@@ -24,18 +24,18 @@ void ArtistListModel::load(const QList<Track> &tracks)
     const quint64 generation = ++m_generation;
     setLoading(true);
     deliverLater(loadArtists(tracks, m_reader, m_cancelRunning), this,
-                 [this, generation](const QList<ArtistGroup> &artists) {
-        if (generation != m_generation)
-            return;
-        const int before = count();
-        beginResetModel();
-        m_artists = artists;
-        endResetModel();
-        if (count() != before)
-            Q_EMIT countChanged();
-        setLoading(false);
-        Q_EMIT loaded();
-    });
+        [this, generation](const QList<ArtistGroup> &artists) {
+            if (generation != m_generation)
+                return;
+            const int before = count();
+            beginResetModel();
+            m_artists = artists;
+            endResetModel();
+            if (count() != before)
+                Q_EMIT countChanged();
+            setLoading(false);
+            Q_EMIT loaded();
+        });
 }
 
 void ArtistListModel::setLoading(bool loading)
@@ -81,5 +81,5 @@ QVariant ArtistListModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> ArtistListModel::roleNames() const
 {
-    return {{NameRole, "name"}, {TrackCountRole, "trackCount"}};
+    return { { NameRole, "name" }, { TrackCountRole, "trackCount" } };
 }

@@ -19,8 +19,8 @@
 // again. Results cross to the GUI thread only as whole values, so no lock is
 // taken anywhere.
 
-#include "ArtistDetail.h"     // IWYU pragma: export
-#include "ArtistListModel.h"  // IWYU pragma: export
-#include "Grouping.h"         // IWYU pragma: export
-#include "SearchIndex.h"      // IWYU pragma: export
-#include "TrackIndex.h"       // IWYU pragma: export
+#include "ArtistDetail.h"
+#include "ArtistListModel.h"
+#include "Grouping.h"
+#include "SearchIndex.h"
+#include "TrackIndex.h"

@@ -61,7 +61,7 @@ bool isCombining(char32_t c)
 } // namespace
 
 FoldedColumn::FoldedColumn()
-    : m_starts{0}
+    : m_starts { 0 }
 {
 }
 
@@ -98,7 +98,7 @@ bool FoldedColumn::matchesAt(size_t begin, size_t length, size_t item) const
 size_t FoldedColumn::itemAt(size_t offset, size_t hint) const
 {
     return size_t(std::upper_bound(m_starts.begin() + qsizetype(hint) + 1, m_starts.end(), uint32_t(offset))
-                  - m_starts.begin())
+               - m_starts.begin())
         - 1;
 }
 

@@ -17,9 +17,10 @@
 QString foldForSearch(QStringView text);
 
 // Many folded keys laid end to end as UTF-8 in one block, so a substring
-// search over all of them is a scan of contiguous memory for the query's
-// rarest bytes (memchr, or SSE2 sixteen positions at a time), checked in place. Built once, then read-only and
-// safe to search from any thread.
+// search over all of them is one scan of contiguous memory for the query's
+// rarest bytes (memchr, or SSE2 sixteen positions at a time), each candidate
+// checked in place. Built once, then read-only and safe to search from any
+// thread.
 class FoldedColumn
 {
 public:
@@ -43,7 +44,7 @@ private:
     // The key that holds byte `offset`, searching from key `hint` on.
     size_t itemAt(size_t offset, size_t hint) const;
 
-    std::string m_bytes;            // key 0, '\0', key 1, '\0', ...
+    std::string m_bytes; // key 0, '\0', key 1, '\0', ...
     std::vector<uint32_t> m_starts; // key i is [m_starts[i], m_starts[i + 1] - 1)
-    std::array<uint32_t, 256> m_byteCounts{};
+    std::array<uint32_t, 256> m_byteCounts {};
 };

@@ -24,14 +24,12 @@ std::vector<qsizetype> localeOrder(const QStringList &names)
         keys.push_back(order.key(n));
     std::vector<qsizetype> positions(size_t(names.size()));
     std::iota(positions.begin(), positions.end(), 0);
-    std::stable_sort(positions.begin(), positions.end(), [&](qsizetype a, qsizetype b) {
-        return order.compare(keys[size_t(a)], keys[size_t(b)]) < 0;
-    });
+    std::stable_sort(positions.begin(), positions.end(),
+        [&](qsizetype a, qsizetype b) { return order.compare(keys[size_t(a)], keys[size_t(b)]) < 0; });
     return positions;
 }
 
-template<typename Group>
-QList<Group> sortedByName(QList<Group> groups)
+template<typename Group> QList<Group> sortedByName(QList<Group> groups)
 {
     QStringList names;
     names.reserve(groups.size());
@@ -55,8 +53,8 @@ QString composed(const QString &s)
     return s;
 }
 
-TrackMetadata readUnlessCancelled(const MetadataReader &reader, const QString &path,
-                                  const CancelFlag &cancelled)
+TrackMetadata readUnlessCancelled(
+    const MetadataReader &reader, const QString &path, const CancelFlag &cancelled)
 {
     if (cancelled && cancelled->load(std::memory_order_relaxed))
         return {};
@@ -86,26 +84,26 @@ QList<ArtistGroup> groupArtists(const QList<std::pair<QString, Track>> &pairs)
         auto it = groupOf.constFind(key);
         if (it == groupOf.constEnd()) {
             it = groupOf.insert(key, groups.size());
-            groups.append({artist, {}});
+            groups.append({ artist, {} });
         }
         groups[*it].tracks.append(track);
     }
     return sortedByName(std::move(groups));
 }
 
-QFuture<QList<ArtistGroup>> loadArtists(const QList<Track> &tracks, const MetadataReader &reader,
-                                        const CancelFlag &cancelled)
+QFuture<QList<ArtistGroup>> loadArtists(
+    const QList<Track> &tracks, const MetadataReader &reader, const CancelFlag &cancelled)
 {
     return QtConcurrent::mapped(QThreadPool::globalInstance(), tracks,
-                                [reader, cancelled](const Track &track) {
-                                    return groupingTag(readUnlessCancelled(reader, track.path(), cancelled).artist);
-                                })
+        [reader, cancelled](const Track &track) {
+            return groupingTag(readUnlessCancelled(reader, track.path(), cancelled).artist);
+        })
         .then([tracks](QFuture<std::optional<QString>> artists) {
             const QList<std::optional<QString>> found = artists.results();
             QList<std::pair<QString, Track>> pairs;
             for (qsizetype i = 0; i < found.size() && i < tracks.size(); ++i) {
                 if (found.at(i))
-                    pairs.append({*found.at(i), tracks.at(i)});
+                    pairs.append({ *found.at(i), tracks.at(i) });
             }
             return groupArtists(pairs);
         });
@@ -133,14 +131,14 @@ QList<TrackInfo> sortedByFileName(QList<TrackInfo> infos)
     return sorted;
 }
 
-QFuture<QList<TrackInfo>> loadArtistDetail(const QList<Track> &artistTracks, const MetadataReader &reader,
-                                           const CancelFlag &cancelled)
+QFuture<QList<TrackInfo>> loadArtistDetail(
+    const QList<Track> &artistTracks, const MetadataReader &reader, const CancelFlag &cancelled)
 {
     return QtConcurrent::mapped(QThreadPool::globalInstance(), artistTracks,
-                                [reader, cancelled](const Track &track) {
-                                    const TrackMetadata tags = readUnlessCancelled(reader, track.path(), cancelled);
-                                    return TrackInfo{track, groupingTag(tags.album)};
-                                })
+        [reader, cancelled](const Track &track) {
+            const TrackMetadata tags = readUnlessCancelled(reader, track.path(), cancelled);
+            return TrackInfo { track, groupingTag(tags.album) };
+        })
         .then([](QFuture<TrackInfo> infos) { return sortedByFileName(infos.results()); });
 }
 
@@ -155,7 +153,7 @@ QList<AlbumGroup> albumGroups(const QList<TrackInfo> &infos)
         auto it = groupOf.constFind(key);
         if (it == groupOf.constEnd()) {
             it = groupOf.insert(key, groups.size());
-            groups.append({*info.album, {}});
+            groups.append({ *info.album, {} });
         }
         groups[*it].tracks.append(info.track);
     }

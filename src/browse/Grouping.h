@@ -52,8 +52,7 @@ QList<ArtistGroup> groupArtists(const QList<std::pair<QString, Track>> &pairs);
 // groups the songs that have one. Pairs are collected in library order, so the
 // spelling of an artist is that of its earliest song in the library.
 QFuture<QList<ArtistGroup>> loadArtists(const QList<Track> &tracks,
-                                        const MetadataReader &reader = defaultMetadataReader(),
-                                        const CancelFlag &cancelled = {});
+    const MetadataReader &reader = defaultMetadataReader(), const CancelFlag &cancelled = {});
 
 // The first group named exactly `name` (case-sensitive), or absent.
 std::optional<qsizetype> findArtist(const QList<ArtistGroup> &artists, const QString &name);
@@ -64,8 +63,7 @@ QList<TrackInfo> sortedByFileName(QList<TrackInfo> infos);
 // Reads the album tag of every song of one artist on the thread pool and sorts
 // the songs by file name.
 QFuture<QList<TrackInfo>> loadArtistDetail(const QList<Track> &artistTracks,
-                                           const MetadataReader &reader = defaultMetadataReader(),
-                                           const CancelFlag &cancelled = {});
+    const MetadataReader &reader = defaultMetadataReader(), const CancelFlag &cancelled = {});
 
 // The albums of an artist: songs grouped by the exact album text
 // (case-sensitive), in the order given, sorted by the locale order of the

@@ -22,18 +22,21 @@ SearchResults computeSearchResults(const QString &searchText, const TrackIndex &
     const std::string_view q(query.constData(), size_t(query.size()));
     const TrackIndex::Data &d = index.data();
 
-    for (size_t a = d.artistKeys.findNext(q); a < d.artistKeys.size() && results.artists.size() < SearchResults::maxArtists;
+    for (size_t a = d.artistKeys.findNext(q);
+         a < d.artistKeys.size() && results.artists.size() < SearchResults::maxArtists;
          a = d.artistKeys.findNext(q, a + 1)) {
         const TrackIndex::Data::Artist &artist = d.artists[a];
-        results.artists.append({artist.id, d.entries.at(artist.firstEntry).artist, artist.trackCount});
+        results.artists.append({ artist.id, d.entries.at(artist.firstEntry).artist, artist.trackCount });
     }
 
-    for (size_t i = d.names.findNext(q); i < d.names.size() && results.tracks.size() < SearchResults::maxTracks;
+    for (size_t i = d.names.findNext(q);
+         i < d.names.size() && results.tracks.size() < SearchResults::maxTracks;
          i = d.names.findNext(q, i + 1))
         results.tracks.append(d.entries.at(qsizetype(i)));
 
     QSet<size_t> seenAlbums;
-    for (size_t p = d.albumKeys.findNext(q); p < d.albumKeys.size() && results.albums.size() < SearchResults::maxAlbums;
+    for (size_t p = d.albumKeys.findNext(q);
+         p < d.albumKeys.size() && results.albums.size() < SearchResults::maxAlbums;
          p = d.albumKeys.findNext(q, p + 1)) {
         const TrackIndex::Data::AlbumPair &pair = d.albumPairs[p];
         if (seenAlbums.contains(pair.album))
@@ -41,7 +44,7 @@ SearchResults computeSearchResults(const QString &searchText, const TrackIndex &
         seenAlbums.insert(pair.album);
         const TrackSearchEntry &first = d.entries.at(pair.firstEntry);
         const TrackIndex::Data::Album &album = d.albums[pair.album];
-        results.albums.append({album.id, first.album, first.artist, album.tracks});
+        results.albums.append({ album.id, first.album, first.artist, album.tracks });
     }
     return results;
 }

@@ -25,7 +25,8 @@ void SearchIndex::rebuild(const QList<Track> &tracks)
     auto timer = std::make_shared<QElapsedTimer>();
     timer->start();
     deliverLater(buildTrackIndex(tracks, m_reader), this, [this, timer](const TrackIndex &index) {
-        qCDebug(lcBrowse) << "search index of" << index.size() << "songs built in" << timer->elapsed() << "ms";
+        qCDebug(lcBrowse) << "search index of" << index.size() << "songs built in" << timer->elapsed()
+                          << "ms";
         m_index = index;
         Q_EMIT indexChanged();
         if (--m_running == 0)

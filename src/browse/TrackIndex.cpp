@@ -27,7 +27,7 @@ QStringList sortedCaseInsensitive(QStringList names)
     std::vector<qsizetype> order(size_t(names.size()));
     std::iota(order.begin(), order.end(), 0);
     std::stable_sort(order.begin(), order.end(),
-                     [&](qsizetype a, qsizetype b) { return keys[size_t(a)].compare(keys[size_t(b)]) < 0; });
+        [&](qsizetype a, qsizetype b) { return keys[size_t(a)].compare(keys[size_t(b)]) < 0; });
     QStringList sorted;
     sorted.reserve(names.size());
     for (const qsizetype i : order)
@@ -65,7 +65,7 @@ TrackIndex::TrackIndex(QList<TrackSearchEntry> entries)
             auto it = artistOf.constFind(artistKey);
             if (it == artistOf.constEnd()) {
                 it = artistOf.insert(artistKey, data->artists.size());
-                data->artists.push_back({artistKey, i, 0});
+                data->artists.push_back({ artistKey, i, 0 });
                 data->artistKeys.append(artistKey);
                 artistSpellings.append(e.artist);
             }
@@ -78,13 +78,13 @@ TrackIndex::TrackIndex(QList<TrackSearchEntry> entries)
             auto album = albumOf.constFind(id);
             if (album == albumOf.constEnd()) {
                 album = albumOf.insert(id, data->albums.size());
-                data->albums.push_back({id, {}});
+                data->albums.push_back({ id, {} });
             }
             data->albums[*album].tracks.append(e.track);
-            const std::pair<QString, QString> pair{artistKey, albumKey};
+            const std::pair<QString, QString> pair { artistKey, albumKey };
             if (!pairOf.contains(pair)) {
                 pairOf.insert(pair, data->albumPairs.size());
-                data->albumPairs.push_back({i, *album});
+                data->albumPairs.push_back({ i, *album });
                 data->albumKeys.append(albumKey);
             }
         }
@@ -101,16 +101,15 @@ const QList<TrackSearchEntry> &TrackIndex::entries() const
 
 TrackSearchEntry makeSearchEntry(const Track &track, const TrackMetadata &metadata)
 {
-    return {track, text::displayName(track.path()), trimmedTag(metadata.artist), trimmedTag(metadata.album)};
+    return { track, text::displayName(track.path()), trimmedTag(metadata.artist),
+        trimmedTag(metadata.album) };
 }
 
 QFuture<TrackIndex> buildTrackIndex(const QList<Track> &tracks, const MetadataReader &reader)
 {
-    return QtConcurrent::mapped(QThreadPool::globalInstance(), tracks,
-                                [reader](const Track &track) {
-                                    return makeSearchEntry(track, reader(track.path()));
-                                })
-        .then([](QFuture<TrackSearchEntry> entries) { return TrackIndex(entries.results()); });
+    return QtConcurrent::mapped(QThreadPool::globalInstance(), tracks, [reader](const Track &track) {
+        return makeSearchEntry(track, reader(track.path()));
+    }).then([](QFuture<TrackSearchEntry> entries) { return TrackIndex(entries.results()); });
 }
 
 QStringList allArtistNames(const TrackIndex &index)

@@ -46,8 +46,8 @@ TrackSearchEntry makeSearchEntry(const Track &track, const TrackMetadata &metada
 // Reads the tags of a snapshot of the library on the thread pool, all songs
 // in parallel, and builds the index from them, also on the pool. The future's
 // result keeps the snapshot's order. An empty snapshot gives an empty index.
-QFuture<TrackIndex> buildTrackIndex(const QList<Track> &tracks,
-                                    const MetadataReader &reader = defaultMetadataReader());
+QFuture<TrackIndex> buildTrackIndex(
+    const QList<Track> &tracks, const MetadataReader &reader = defaultMetadataReader());
 
 // The answer to a query. The text is trimmed of horizontal whitespace (not of
 // line breaks) and lower-cased; a name, artist or album matches when its

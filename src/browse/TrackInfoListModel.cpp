@@ -45,5 +45,5 @@ QVariant TrackInfoListModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TrackInfoListModel::roleNames() const
 {
-    return {{TrackIdRole, "trackId"}, {UrlRole, "url"}, {NameRole, "name"}, {AlbumRole, "album"}};
+    return { { TrackIdRole, "trackId" }, { UrlRole, "url" }, { NameRole, "name" }, { AlbumRole, "album" } };
 }

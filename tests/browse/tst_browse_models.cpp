@@ -37,7 +37,7 @@ private Q_SLOTS:
 
     void artistGrid()
     {
-        const Library lib = Library::from({"1.mp3|Nova", "2.mp3|Echo", "3.mp3|NOVA", "4.mp3"});
+        const Library lib = Library::from({ "1.mp3|Nova", "2.mp3|Echo", "3.mp3|NOVA", "4.mp3" });
         ArtistListModel model(lib.reader());
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy loaded(&model, &ArtistListModel::loaded);
@@ -49,8 +49,8 @@ private Q_SLOTS:
         QVERIFY(!model.isLoading());
         QCOMPARE(loading.count(), 2);
         QCOMPARE(model.count(), 2);
-        QCOMPARE(column(model, "name"), (QStringList{"Echo", "Nova"}));
-        QCOMPARE(column(model, "trackCount"), (QStringList{"1", "2"}));
+        QCOMPARE(column(model, "name"), (QStringList { "Echo", "Nova" }));
+        QCOMPARE(column(model, "trackCount"), (QStringList { "1", "2" }));
         QCOMPARE(model.indexOf(QStringLiteral("Nova")), 1);
         QCOMPARE(model.indexOf(QStringLiteral("NOVA")), -1);
         QCOMPARE(Library::files(model.tracksOf(QStringLiteral("Nova"))), QStringLiteral("1.mp3,3.mp3"));
@@ -63,7 +63,7 @@ private Q_SLOTS:
 
     void aNewLoadSupersedesARunningOne()
     {
-        Library lib = Library::from({"held.mp3|Old Name", "free.mp3|New Name"});
+        Library lib = Library::from({ "held.mp3|Old Name", "free.mp3|New Name" });
         auto gate = std::make_shared<QSemaphore>();
         const MetadataReader inner = lib.reader();
         ArtistListModel model([inner, gate](const QString &path) {
@@ -74,24 +74,27 @@ private Q_SLOTS:
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy loaded(&model, &ArtistListModel::loaded);
 
-        model.load({lib.tracks.at(0)});
-        model.load({lib.tracks.at(1)});
+        model.load({ lib.tracks.at(0) });
+        model.load({ lib.tracks.at(1) });
         QVERIFY(loaded.wait());
-        QCOMPARE(column(model, "name"), QStringList{"New Name"});
+        QCOMPARE(column(model, "name"), QStringList { "New Name" });
 
         // The first load finishes late; what it found is not shown.
         gate->release();
         QVERIFY(!loaded.wait(300));
-        QCOMPARE(column(model, "name"), QStringList{"New Name"});
+        QCOMPARE(column(model, "name"), QStringList { "New Name" });
         QVERIFY(!model.isLoading());
     }
 
     void artistDetail()
     {
-        const Library lib = Library::from({"c.mp3|X|Live", "a.mp3|X|Studio", "b.mp3|X", "d.mp3|X|live", "0.mp3|X|Live"});
+        const Library lib
+            = Library::from({ "c.mp3|X|Live", "a.mp3|X|Studio", "b.mp3|X", "d.mp3|X|live", "0.mp3|X|Live" });
         ArtistDetail detail(lib.reader());
-        QAbstractItemModelTester albumsTester(detail.albums(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QAbstractItemModelTester tracksTester(detail.tracks(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester albumsTester(
+            detail.albums(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester tracksTester(
+            detail.tracks(), QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy loaded(&detail, &ArtistDetail::loaded);
         QSignalSpy selection(&detail, &ArtistDetail::selectedAlbumChanged);
 
@@ -100,11 +103,11 @@ private Q_SLOTS:
         QVERIFY(detail.isLoading());
         QVERIFY(loaded.wait());
         QVERIFY(!detail.isLoading());
-        QCOMPARE(column(*detail.albums(), "name"), (QStringList{"live", "Live", "Studio"}));
-        QCOMPARE(column(*detail.albums(), "trackCount"), (QStringList{"1", "2", "1"}));
-        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList{"false", "false", "false"}));
-        QCOMPARE(column(*detail.tracks(), "name"), (QStringList{"0", "a", "b", "c", "d"}));
-        QCOMPARE(column(*detail.tracks(), "album"), (QStringList{"Live", "Studio", "", "Live", "live"}));
+        QCOMPARE(column(*detail.albums(), "name"), (QStringList { "live", "Live", "Studio" }));
+        QCOMPARE(column(*detail.albums(), "trackCount"), (QStringList { "1", "2", "1" }));
+        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
+        QCOMPARE(column(*detail.tracks(), "name"), (QStringList { "0", "a", "b", "c", "d" }));
+        QCOMPARE(column(*detail.tracks(), "album"), (QStringList { "Live", "Studio", "", "Live", "live" }));
 
         // Choosing an album filters the songs and plays its first in file-name order.
         const std::optional<Track> play = detail.selectAlbum(QStringLiteral("Live"));
@@ -112,13 +115,13 @@ private Q_SLOTS:
         QCOMPARE(play->url.fileName(), QStringLiteral("0.mp3"));
         QCOMPARE(detail.selectedAlbum(), QStringLiteral("Live"));
         QCOMPARE(selection.count(), 1);
-        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList{"false", "true", "false"}));
-        QCOMPARE(column(*detail.tracks(), "name"), (QStringList{"0", "c"}));
+        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "true", "false" }));
+        QCOMPARE(column(*detail.tracks(), "name"), (QStringList { "0", "c" }));
 
         // An album the artist doesn't have lists nothing and plays nothing.
         QVERIFY(!detail.selectAlbum(QStringLiteral("Elsewhere")));
         QCOMPARE(detail.tracks()->count(), 0);
-        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList{"false", "false", "false"}));
+        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
 
         detail.showAll();
         QCOMPARE(detail.selectedAlbum(), QString());
@@ -128,14 +131,14 @@ private Q_SLOTS:
         detail.setSelectedAlbum(QStringLiteral("Studio"));
         detail.load(QStringLiteral("X"), lib.tracks);
         QVERIFY(loaded.wait());
-        QCOMPARE(column(*detail.tracks(), "name"), QStringList{"a"});
-        QCOMPARE(column(*detail.tracks(), "trackId"),
-                 QStringList{trackjson::uuidText(lib.tracks.at(1).id)});
+        QCOMPARE(column(*detail.tracks(), "name"), QStringList { "a" });
+        QCOMPARE(
+            column(*detail.tracks(), "trackId"), QStringList { trackjson::uuidText(lib.tracks.at(1).id) });
     }
 
     void detailOfAnotherArtistSupersedes()
     {
-        Library lib = Library::from({"held.mp3|A|First", "free.mp3|B|Second"});
+        Library lib = Library::from({ "held.mp3|A|First", "free.mp3|B|Second" });
         auto gate = std::make_shared<QSemaphore>();
         const MetadataReader inner = lib.reader();
         ArtistDetail detail([inner, gate](const QString &path) {
@@ -144,13 +147,13 @@ private Q_SLOTS:
             return inner(path);
         });
         QSignalSpy loaded(&detail, &ArtistDetail::loaded);
-        detail.load(QStringLiteral("A"), {lib.tracks.at(0)});
-        detail.load(QStringLiteral("B"), {lib.tracks.at(1)});
+        detail.load(QStringLiteral("A"), { lib.tracks.at(0) });
+        detail.load(QStringLiteral("B"), { lib.tracks.at(1) });
         QVERIFY(loaded.wait());
         gate->release();
         QVERIFY(!loaded.wait(300));
         QCOMPARE(detail.artistName(), QStringLiteral("B"));
-        QCOMPARE(column(*detail.albums(), "name"), QStringList{"Second"});
+        QCOMPARE(column(*detail.albums(), "name"), QStringList { "Second" });
     }
 };
 

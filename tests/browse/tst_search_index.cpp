@@ -35,7 +35,7 @@ private Q_SLOTS:
 
     void buildsOffTheGuiThreadInLibraryOrder()
     {
-        Library lib = Library::from({"b.mp3|Beta|One", "a.mp3|alpha", "c.mp3| Gamma |Two"});
+        Library lib = Library::from({ "b.mp3|Beta|One", "a.mp3|alpha", "c.mp3| Gamma |Two" });
         const Qt::HANDLE gui = QThread::currentThreadId();
         std::atomic_int readsOnGui = 0;
         const MetadataReader inner = lib.reader();
@@ -53,8 +53,8 @@ private Q_SLOTS:
         QCOMPARE(readsOnGui.load(), 0);
         QVERIFY(!index.isBuilding());
         QCOMPARE(building.count(), 2);
-        QCOMPARE(namesIn(index.trackIndex()), (QStringList{"b", "a", "c"}));
-        QCOMPARE(index.allArtistNames(), (QStringList{"alpha", "Beta", "Gamma"}));
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "b", "a", "c" }));
+        QCOMPARE(index.allArtistNames(), (QStringList { "alpha", "Beta", "Gamma" }));
         QCOMPARE(index.artistForTrack(lib.tracks.at(2).id), std::optional<QString>(QStringLiteral("Gamma")));
         QCOMPARE(index.results(QStringLiteral("gam")).artists.size(), 1);
 
@@ -66,7 +66,7 @@ private Q_SLOTS:
 
     void newSongsAreFoundOnlyOnceTheirBuildHasFinished()
     {
-        Library lib = Library::from({"old song.mp3"});
+        Library lib = Library::from({ "old song.mp3" });
         auto gate = std::make_shared<QSemaphore>();
         const MetadataReader inner = lib.reader();
         SearchIndex index([inner, gate](const QString &path) {
@@ -90,7 +90,7 @@ private Q_SLOTS:
 
     void overlappingBuildsLastToFinishStays()
     {
-        Library lib = Library::from({"slow.mp3", "fast.mp3"});
+        Library lib = Library::from({ "slow.mp3", "fast.mp3" });
         auto gate = std::make_shared<QSemaphore>();
         const MetadataReader inner = lib.reader();
         SearchIndex index([inner, gate](const QString &path) {
@@ -100,21 +100,21 @@ private Q_SLOTS:
         });
         QSignalSpy changed(&index, &SearchIndex::indexChanged);
 
-        index.rebuild({lib.tracks.at(0)}); // started first, held back
-        index.rebuild({lib.tracks.at(1)}); // started second, finishes first
+        index.rebuild({ lib.tracks.at(0) }); // started first, held back
+        index.rebuild({ lib.tracks.at(1) }); // started second, finishes first
         QVERIFY(changed.wait());
-        QCOMPARE(namesIn(index.trackIndex()), QStringList{"fast"});
+        QCOMPARE(namesIn(index.trackIndex()), QStringList { "fast" });
         QVERIFY(index.isBuilding());
 
         gate->release();
         QVERIFY(changed.wait());
-        QCOMPARE(namesIn(index.trackIndex()), QStringList{"slow"});
+        QCOMPARE(namesIn(index.trackIndex()), QStringList { "slow" });
         QVERIFY(!index.isBuilding());
     }
 
     void answersForQml()
     {
-        Library lib = Library::from({"Song A.mp3|Band|Record", "Song B.mp3|Band|Record"});
+        Library lib = Library::from({ "Song A.mp3|Band|Record", "Song B.mp3|Band|Record" });
         SearchIndex index(lib.reader());
         QSignalSpy changed(&index, &SearchIndex::indexChanged);
         index.rebuild(lib.tracks);
