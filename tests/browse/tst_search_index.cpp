@@ -64,6 +64,29 @@ private Q_SLOTS:
         QVERIFY(index.results(QStringLiteral("a")).isEmpty());
     }
 
+    void manySongsKeepLibraryOrder()
+    {
+        Library lib;
+        int third = 0;
+        for (int i = 0; i < 3000; ++i) {
+            lib.add(QStringLiteral("%1.mp3|Artist %2").arg(i).arg(i % 7));
+            third += i % 7 == 3;
+        }
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([inner](const QString &path) {
+            QThread::yieldCurrentThread(); // let the pool's threads interleave
+            return inner(path);
+        });
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+        index.rebuild(lib.tracks);
+        QVERIFY(changed.wait());
+        const QList<TrackSearchEntry> &entries = index.trackIndex().entries();
+        QCOMPARE(entries.size(), lib.tracks.size());
+        for (qsizetype i = 0; i < entries.size(); ++i)
+            QCOMPARE(entries.at(i).track.id, lib.tracks.at(i).id);
+        QCOMPARE(index.results(QStringLiteral("artist 3")).artists.value(0).trackCount, third);
+    }
+
     void newSongsAreFoundOnlyOnceTheirBuildHasFinished()
     {
         Library lib = Library::from({ "old song.mp3" });
