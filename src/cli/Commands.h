@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QList>
 #include <QStringList>
+
+#include "model/Track.h"
 
 #include <cstdio>
 
@@ -13,6 +16,11 @@ int scan(const QStringList &args);
 int tags(const QStringList &args);
 int write(const QStringList &args);
 int play(const QStringList &args);
+int search(const QStringList &args);
+int artists(const QStringList &args);
+
+// The songs below a folder as the library would hold them, in library order.
+QList<Track> libraryOf(const QString &folder);
 
 // Prints a line to stderr.
 void error(const QString &message);

@@ -27,6 +27,10 @@ const Command commands[] = {
     {"play", "play [--shuffle] [--repeat] FILE...\n"
              "                              plays the files in order, printing the position once a second",
      cli::play},
+    {"search", "search DIR QUERY            the search answer for QUERY over the songs below DIR, as JSON",
+     cli::search},
+    {"artists", "artists DIR                 artists and their songs below DIR, in display order, as JSON",
+     cli::artists},
 };
 
 int usage()

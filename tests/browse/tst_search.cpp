@@ -1,0 +1,393 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BrowseTestUtil.h"
+#include "browse/FoldedColumn.h"
+#include "browse/TrackIndex.h"
+
+#include <QRandomGenerator>
+#include <QSet>
+#include <QTest>
+
+using browsetest::Library;
+
+namespace {
+
+TrackIndex indexOf(const Library &lib)
+{
+    QList<TrackSearchEntry> entries;
+    const MetadataReader read = lib.reader();
+    for (const Track &t : lib.tracks)
+        entries.append(makeSearchEntry(t, read(t.path())));
+    return TrackIndex(entries);
+}
+
+QStringList artistsOf(const SearchResults &r)
+{
+    QStringList out;
+    for (const ArtistSearchResult &a : r.artists)
+        out.append(QStringLiteral("%1|%2|%3").arg(a.id, a.name).arg(a.trackCount));
+    return out;
+}
+
+QStringList tracksOf(const SearchResults &r)
+{
+    QStringList out;
+    for (const TrackSearchEntry &e : r.tracks)
+        out.append(e.name);
+    return out;
+}
+
+QStringList albumsOf(const SearchResults &r)
+{
+    QStringList out;
+    for (const AlbumSearchResult &a : r.albums)
+        out.append(QStringList { a.id, a.displayName, a.artist, Library::files(a.tracks) }.join(u'|'));
+    return out;
+}
+
+// The query rules written out the plain way, one pass per step, to check the
+// index's shortcuts against.
+SearchResults referenceResults(const QString &searchText, const QList<TrackSearchEntry> &index)
+{
+    SearchResults r;
+    QString q = searchText;
+    while (!q.isEmpty() && (q.front() == u' ' || q.front() == u'\t'))
+        q.remove(0, 1);
+    while (!q.isEmpty() && (q.back() == u' ' || q.back() == u'\t'))
+        q.chop(1);
+    if (q.isEmpty() || index.isEmpty())
+        return r;
+    q = foldForSearch(q);
+    QSet<QString> seen;
+    for (const TrackSearchEntry &e : index) {
+        const QString key = foldForSearch(e.artist);
+        if (e.artist.isEmpty() || !key.contains(q) || seen.contains(key))
+            continue;
+        seen.insert(key);
+        int count = 0;
+        for (const TrackSearchEntry &other : index)
+            count += foldForSearch(other.artist) == key;
+        r.artists.append({ key, e.artist, count });
+    }
+    QList<TrackSearchEntry> kept;
+    for (const TrackSearchEntry &e : index) {
+        if (foldForSearch(e.name).contains(q) || foldForSearch(e.artist).contains(q)
+            || foldForSearch(e.album).contains(q))
+            kept.append(e);
+    }
+    seen.clear();
+    for (const TrackSearchEntry &e : kept) {
+        if (e.album.isEmpty() || !foldForSearch(e.album).contains(q))
+            continue;
+        const QString key = foldForSearch(e.artist) + QStringLiteral("::") + foldForSearch(e.album);
+        if (seen.contains(key))
+            continue;
+        seen.insert(key);
+        QList<Track> tracks;
+        for (const TrackSearchEntry &other : index) {
+            if (foldForSearch(other.artist) == foldForSearch(e.artist)
+                && foldForSearch(other.album) == foldForSearch(e.album))
+                tracks.append(other.track);
+        }
+        r.albums.append({ key, e.album, e.artist, tracks });
+    }
+    for (const TrackSearchEntry &e : kept) {
+        if (foldForSearch(e.name).contains(q))
+            r.tracks.append(e);
+    }
+    r.artists = r.artists.mid(0, 3);
+    r.tracks = r.tracks.mid(0, 4);
+    r.albums = r.albums.mid(0, 3);
+    return r;
+}
+
+} // namespace
+
+class TestSearch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void answers_data()
+    {
+        QTest::addColumn<QStringList>("library");
+        QTest::addColumn<QString>("query");
+        QTest::addColumn<QStringList>("artists");
+        QTest::addColumn<QStringList>("tracks");
+        QTest::addColumn<QStringList>("albums");
+
+        const QStringList beat { "heartbeat.mp3|Someone|Pulse", "01 Intro.flac|The Beatmakers|Drums",
+            "quiet.mp3|Calm|Still" };
+        QTest::newRow("spaces only") << beat << "   " << QStringList() << QStringList() << QStringList();
+        QTest::newRow("empty query") << beat << "" << QStringList() << QStringList() << QStringList();
+        QTest::newRow("empty index") << QStringList() << "a" << QStringList() << QStringList()
+                                     << QStringList();
+        QTest::newRow("outer spaces ignored, case ignored")
+            << beat << "  BEAT " << QStringList { "the beatmakers|The Beatmakers|1" }
+            << QStringList { "heartbeat" } << QStringList();
+        QTest::newRow("tabs and other space separators trimmed")
+            << beat << QString::fromUtf8("\tbeat\u00a0\u3000")
+            << QStringList { "the beatmakers|The Beatmakers|1" } << QStringList { "heartbeat" }
+            << QStringList();
+        QTest::newRow("a line break is not trimmed") << beat << "beat\n"
+                                                     << QStringList() << QStringList() << QStringList();
+        QTest::newRow("inner spaces match literally")
+            << beat << "the  beatmakers" << QStringList() << QStringList() << QStringList();
+        QTest::newRow("inner space is part of the text")
+            << beat << "the beatm" << QStringList { "the beatmakers|The Beatmakers|1" } << QStringList()
+            << QStringList();
+        QTest::newRow("one letter searches")
+            << beat << "q" << QStringList() << QStringList { "quiet" } << QStringList();
+
+        QTest::newRow("spellings merge under the first, counted over the whole index")
+            << QStringList { "a.mp3|NOVA", "b.mp3|Nova", "c.mp3|Other", "d.mp3|nova" } << "nov"
+            << QStringList { "nova|NOVA|3" } << QStringList() << QStringList();
+        QTest::newRow("artists in library order, not by name")
+            << QStringList { "1.mp3|Zed Band", "2.mp3|Anna Band", "3.mp3|Mid Band" } << "band"
+            << QStringList { "zed band|Zed Band|1", "anna band|Anna Band|1", "mid band|Mid Band|1" }
+            << QStringList() << QStringList();
+        QTest::newRow("artists cut to three after counting")
+            << QStringList { "1.mp3|Ax", "2.mp3|Bx", "3.mp3|Cx", "4.mp3|Dx", "5.mp3|ax", "6.mp3|CX" } << "x"
+            << QStringList { "ax|Ax|2", "bx|Bx|1", "cx|Cx|2" } << QStringList() << QStringList();
+        QTest::newRow("an artist whose file names don't match is listed under artists only")
+            << QStringList { "song one.mp3|Lantern|Glow", "song two.mp3|Lantern|Glow" } << "lant"
+            << QStringList { "lantern|Lantern|2" } << QStringList() << QStringList();
+        QTest::newRow("no artist tag never gives an artist hit")
+            << QStringList { "x.mp3||Nothing", "y.mp3|   |Nothing", "z.mp3" } << "noth" << QStringList()
+            << QStringList() << QStringList { "::nothing|Nothing||x.mp3,y.mp3" };
+
+        QTest::newRow("same album by two artists gives two hits")
+            << QStringList { "1.mp3|Artist A|Greatest Hits", "2.mp3|Artist B|Greatest Hits",
+                   "3.mp3|artist a|GREATEST HITS" }
+            << "greatest" << QStringList() << QStringList()
+            << QStringList { "artist a::greatest hits|Greatest Hits|Artist A|1.mp3,3.mp3",
+                   "artist b::greatest hits|Greatest Hits|Artist B|2.mp3" };
+        QTest::newRow("album name finds the album, its songs only by file name")
+            << QStringList { "one.mp3|Band|Midnight Sun", "midnight.mp3|Band|Midnight Sun" } << "midnight"
+            << QStringList() << QStringList { "midnight" }
+            << QStringList { "band::midnight sun|Midnight Sun|Band|one.mp3,midnight.mp3" };
+        QTest::newRow("albums cut to three, song lists over the whole index")
+            << QStringList { "1.mp3|A|Live 1", "2.mp3|A|Live 2", "3.mp3|A|Live 3", "4.mp3|A|Live 4",
+                   "5.mp3|A|live 1" }
+            << "live" << QStringList() << QStringList()
+            << QStringList { "a::live 1|Live 1|A|1.mp3,5.mp3", "a::live 2|Live 2|A|2.mp3",
+                   "a::live 3|Live 3|A|3.mp3" };
+        QTest::newRow("an album matches by its album name only")
+            << QStringList { "1.mp3|Echo|Other" } << "echo" << QStringList { "echo|Echo|1" } << QStringList()
+            << QStringList();
+
+        QStringList ten;
+        for (int i = 0; i < 10; ++i)
+            ten.append(QStringLiteral("tune %1.mp3").arg(9 - i));
+        QTest::newRow("ten song hits give the first four in library order")
+            << ten << "tune" << QStringList() << QStringList { "tune 9", "tune 8", "tune 7", "tune 6" }
+            << QStringList();
+        QTest::newRow("songs are not de-duplicated")
+            << QStringList { "a/same.mp3", "b/same.flac" } << "same" << QStringList()
+            << QStringList { "same", "same" } << QStringList();
+        QTest::newRow("title tags are not searched, extensions are not names")
+            << QStringList { "Track 01.mp3" } << "mp3" << QStringList() << QStringList() << QStringList();
+
+        QTest::newRow("no accent folding")
+            << QStringList { "x.mp3|Lumé" } << "lume" << QStringList() << QStringList() << QStringList();
+        QTest::newRow("accented query finds accented name")
+            << QStringList { "x.mp3|LUMÉ" } << "lumé" << QStringList { "lumé|LUMÉ|1" } << QStringList()
+            << QStringList();
+        QTest::newRow("decomposed tag, precomposed query")
+            << QStringList { QString::fromUtf8("x.mp3|Lume\u0301") } << QString::fromUtf8("lum\u00e9")
+            << QStringList { QString::fromUtf8("lum\u00e9|Lume\u0301|1") } << QStringList() << QStringList();
+        QTest::newRow("precomposed file name, decomposed query")
+            << QStringList { QString::fromUtf8("Caf\u00e9 Noir.mp3") } << QString::fromUtf8("CAFE\u0301")
+            << QStringList() << QStringList { QString::fromUtf8("Caf\u00e9 Noir") } << QStringList();
+        QTest::newRow("both spellings are one artist")
+            << QStringList { QString::fromUtf8("1.mp3|Lume\u0301"), QString::fromUtf8("2.mp3|Lum\u00e9") }
+            << "lum" << QStringList { QString::fromUtf8("lum\u00e9|Lume\u0301|2") } << QStringList()
+            << QStringList();
+        QTest::newRow("a base letter doesn't match a letter with a combining mark")
+            << QStringList { QString::fromUtf8("1.mp3|Q\u0303uartet"), "2.mp3|Quartet" } << "q"
+            << QStringList { "quartet|Quartet|1" } << QStringList() << QStringList();
+        QTest::newRow("lower-casing beyond ASCII")
+            << QStringList { QString::fromUtf8("1.mp3|\u0391\u0398\u0397\u039d\u0391"),
+                   QString::fromUtf8("\u00c9CLAT.flac") }
+            << QString::fromUtf8("\u03b8\u03b7")
+            << QStringList { QString::fromUtf8(
+                   "\u03b1\u03b8\u03b7\u03bd\u03b1|\u0391\u0398\u0397\u039d\u0391|1") }
+            << QStringList() << QStringList();
+        QTest::newRow("upper-case non-ASCII query")
+            << QStringList { QString::fromUtf8("\u00e9clat.flac") } << QString::fromUtf8("\u00c9CL")
+            << QStringList() << QStringList { QString::fromUtf8("\u00e9clat") } << QStringList();
+    }
+
+    void answers()
+    {
+        QFETCH(QStringList, library);
+        QFETCH(QString, query);
+        const SearchResults r = computeSearchResults(query, indexOf(Library::from(library)));
+        QTEST(artistsOf(r), "artists");
+        QTEST(tracksOf(r), "tracks");
+        QTEST(albumsOf(r), "albums");
+    }
+
+    void entries_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("artistTag");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("artist");
+        QTest::newRow("extension dropped, inner dots kept") << "/m/a.b.flac"
+                                                            << "X"
+                                                            << "a.b"
+                                                            << "X";
+        QTest::newRow("horizontal whitespace trimmed")
+            << "/m/s.mp3" << QString::fromUtf8("\t\u00a0 The Band \u2003\t") << "s"
+            << "The Band";
+        QTest::newRow("line breaks kept") << "/m/s.mp3"
+                                          << "\nBand\n"
+                                          << "s"
+                                          << "\nBand\n";
+        QTest::newRow("blank tag is empty") << "/m/s.mp3"
+                                            << " \t "
+                                            << "s"
+                                            << "";
+    }
+
+    void entries()
+    {
+        QFETCH(QString, file);
+        QFETCH(QString, artistTag);
+        TrackMetadata m;
+        m.artist = artistTag;
+        m.title = QStringLiteral("Overture");
+        const TrackSearchEntry e = makeSearchEntry(Track::create(QUrl::fromLocalFile(file)), m);
+        QTEST(e.name, "name");
+        QTEST(e.artist, "artist");
+        QCOMPARE(e.album, QString());
+        QVERIFY(computeSearchResults(QStringLiteral("overture"), TrackIndex({ e })).isEmpty());
+    }
+
+    void allArtistNamesDedupesAndSorts()
+    {
+        const Library lib = Library::from({ "1.mp3|beta", "2.mp3|Alpha", "3.mp3|ALPHA", "4.mp3|  ", "5.mp3",
+            "6.mp3|Zed", QString::fromUtf8("7.mp3|\u00c9mile"), "8.mp3|gamma", "9.mp3|alpha " });
+        QCOMPARE(allArtistNames(indexOf(lib)),
+            (QStringList { "Alpha", "beta", QString::fromUtf8("\u00c9mile"), "gamma", "Zed" }));
+        QCOMPARE(allArtistNames(TrackIndex()), QStringList());
+    }
+
+    void artistOfATrack()
+    {
+        Library lib = Library::from({ "1.mp3|First", "2.mp3", "3.mp3|  Third  " });
+        const TrackIndex index = indexOf(lib);
+        QCOMPARE(artistForTrack(index, lib.tracks.at(0).id), std::optional<QString>(QStringLiteral("First")));
+        QCOMPARE(artistForTrack(index, lib.tracks.at(1).id), std::nullopt);
+        QCOMPARE(artistForTrack(index, lib.tracks.at(2).id), std::optional<QString>(QStringLiteral("Third")));
+        QCOMPARE(artistForTrack(index, QUuid::createUuid()), std::nullopt);
+
+        // The same song indexed twice answers with its first entry.
+        QList<TrackSearchEntry> entries = index.entries();
+        entries.append({ lib.tracks.at(0), QStringLiteral("1"), QStringLiteral("Later"), {} });
+        QCOMPARE(artistForTrack(TrackIndex(entries), lib.tracks.at(0).id),
+            std::optional<QString>(QStringLiteral("First")));
+    }
+
+    // The index answers from precomputed tables and a byte scan; the plain
+    // reading of the rules must give the same answers on any library.
+    void agreesWithThePlainRules()
+    {
+        QRandomGenerator rng(20240611);
+        // Few letters, so names collide; ':' and ' ' to stress the album ids
+        // and inner spaces; accented and Greek letters in both cases.
+        const QStringList alphabet { "a", "b", "A", "B", ":", " ", "é", "É", "σ", "Σ", "x" };
+        const auto word = [&](int maxLength) {
+            QString w;
+            const int n = rng.bounded(maxLength + 1);
+            for (int i = 0; i < n; ++i)
+                w += alphabet.at(rng.bounded(int(alphabet.size())));
+            return w;
+        };
+        for (int round = 0; round < 40; ++round) {
+            QList<TrackSearchEntry> entries;
+            const int songs = rng.bounded(60);
+            for (int i = 0; i < songs; ++i) {
+                const Track t = Track::create(QUrl::fromLocalFile(QStringLiteral("/m/%1.mp3").arg(i)));
+                TrackMetadata m;
+                if (rng.bounded(4) != 0)
+                    m.artist = word(3);
+                if (rng.bounded(3) != 0)
+                    m.album = word(4);
+                TrackSearchEntry e = makeSearchEntry(t, m);
+                e.name = word(rng.bounded(3) == 0 ? 24 : 5);
+                entries.append(e);
+            }
+            const TrackIndex index(entries);
+            for (int k = 0; k < 60; ++k) {
+                const QString query = word(3);
+                const SearchResults fast = computeSearchResults(query, index);
+                const SearchResults plain = referenceResults(query, entries);
+                const QByteArray where
+                    = QStringLiteral("round %1, query '%2'").arg(round).arg(query).toUtf8();
+                QVERIFY2(artistsOf(fast) == artistsOf(plain), where.constData());
+                QVERIFY2(tracksOf(fast) == tracksOf(plain), where.constData());
+                QVERIFY2(albumsOf(fast) == albumsOf(plain), where.constData());
+            }
+        }
+    }
+
+    void foldedColumnFindsEveryKey_data()
+    {
+        QTest::addColumn<QStringList>("keys");
+        QTest::addColumn<QString>("needle");
+        QTest::addColumn<QList<int>>("hits");
+        QTest::newRow("every key in turn")
+            << QStringList { "ab", "b", "", "abab" } << "b" << QList<int> { 0, 1, 3 };
+        QTest::newRow("no match across keys") << QStringList { "xa", "bx" } << "ab" << QList<int>();
+        QTest::newRow("needle longer than any key") << QStringList { "ab", "cd" } << "abcd" << QList<int>();
+        QTest::newRow("multi-byte letters") << QStringList { QString::fromUtf8("\u00e9t\u00e9"), "ete" }
+                                            << QString::fromUtf8("t\u00e9") << QList<int> { 0 };
+        QTest::newRow("rare byte late in the needle")
+            << QStringList { "aaaz", "aaz", "az" } << "aaz" << QList<int> { 0, 1 };
+    }
+
+    // Wherever a match falls relative to the blocks the scan compares at
+    // once, and however close to the end of the column, it is found, in the
+    // right key, and nothing before it is.
+    void foldedColumnAtEveryOffset()
+    {
+        for (int offset = 0; offset < 40; ++offset) {
+            for (const QString &needle : {QStringLiteral("q"), QStringLiteral("qz"), QStringLiteral("qxz"),
+                                          QStringLiteral("aqzzzzzzzzzzzzzzzzzb")}) {
+                FoldedColumn column;
+                column.append(QString(37, u'a'));
+                column.append(QString(offset, u'y') + needle);
+                column.append(QStringLiteral("tail"));
+                FoldedColumn atEnd;
+                atEnd.append(QString(offset, u'y'));
+                atEnd.append(QString(offset, u'y') + needle);
+                const QByteArray n = needle.toUtf8();
+                const std::string_view v(n.constData(), size_t(n.size()));
+                QCOMPARE(column.findNext(v), size_t(1));
+                QCOMPARE(column.findNext(v, 2), size_t(3));
+                QCOMPARE(atEnd.findNext(v), size_t(1));
+                const std::string miss = std::string(v.substr(0, v.size() - 1)) + '!';
+                QCOMPARE(atEnd.findNext(miss), size_t(2));
+            }
+        }
+    }
+
+    void foldedColumnFindsEveryKey()
+    {
+        QFETCH(QStringList, keys);
+        QFETCH(QString, needle);
+        FoldedColumn column;
+        for (const QString &k : keys)
+            column.append(k);
+        const QByteArray n = needle.toUtf8();
+        QList<int> hits;
+        for (size_t i = column.findNext({ n.constData(), size_t(n.size()) }); i < column.size();
+             i = column.findNext({ n.constData(), size_t(n.size()) }, i + 1))
+            hits.append(int(i));
+        QTEST(hits, "hits");
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSearch)
+#include "tst_search.moc"

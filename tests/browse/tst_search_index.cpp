@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "BrowseTestUtil.h"
+#include "browse/SearchIndex.h"
+
+#include <QSemaphore>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+#include <QThreadPool>
+
+using browsetest::Library;
+
+namespace {
+
+QStringList namesIn(const TrackIndex &index)
+{
+    QStringList names;
+    for (const TrackSearchEntry &e : index.entries())
+        names.append(e.name);
+    return names;
+}
+
+} // namespace
+
+class TestSearchIndex : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        // A test below holds one build's reads while another runs.
+        QThreadPool::globalInstance()->setMaxThreadCount(std::max(4, QThread::idealThreadCount()));
+    }
+
+    void buildsOffTheGuiThreadInLibraryOrder()
+    {
+        Library lib = Library::from({ "b.mp3|Beta|One", "a.mp3|alpha", "c.mp3| Gamma |Two" });
+        const Qt::HANDLE gui = QThread::currentThreadId();
+        std::atomic_int readsOnGui = 0;
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([&](const QString &path) {
+            readsOnGui += QThread::currentThreadId() == gui;
+            return inner(path);
+        });
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+        QSignalSpy building(&index, &SearchIndex::isBuildingChanged);
+
+        index.rebuild(lib.tracks);
+        QVERIFY(index.isBuilding());
+        QCOMPARE(index.count(), 0);
+        QVERIFY(changed.wait());
+        QCOMPARE(readsOnGui.load(), 0);
+        QVERIFY(!index.isBuilding());
+        QCOMPARE(building.count(), 2);
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "b", "a", "c" }));
+        QCOMPARE(index.allArtistNames(), (QStringList { "alpha", "Beta", "Gamma" }));
+        QCOMPARE(index.artistForTrack(lib.tracks.at(2).id), std::optional<QString>(QStringLiteral("Gamma")));
+        QCOMPARE(index.results(QStringLiteral("gam")).artists.size(), 1);
+
+        index.rebuild({});
+        QVERIFY(changed.wait());
+        QCOMPARE(index.count(), 0);
+        QVERIFY(index.results(QStringLiteral("a")).isEmpty());
+    }
+
+    void manySongsKeepLibraryOrder()
+    {
+        Library lib;
+        int third = 0;
+        for (int i = 0; i < 3000; ++i) {
+            lib.add(QStringLiteral("%1.mp3|Artist %2").arg(i).arg(i % 7));
+            third += i % 7 == 3;
+        }
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([inner](const QString &path) {
+            QThread::yieldCurrentThread(); // let the pool's threads interleave
+            return inner(path);
+        });
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+        index.rebuild(lib.tracks);
+        QVERIFY(changed.wait());
+        const QList<TrackSearchEntry> &entries = index.trackIndex().entries();
+        QCOMPARE(entries.size(), lib.tracks.size());
+        for (qsizetype i = 0; i < entries.size(); ++i)
+            QCOMPARE(entries.at(i).track.id, lib.tracks.at(i).id);
+        QCOMPARE(index.results(QStringLiteral("artist 3")).artists.value(0).trackCount, third);
+    }
+
+    void newSongsAreFoundOnlyOnceTheirBuildHasFinished()
+    {
+        Library lib = Library::from({ "old song.mp3" });
+        auto gate = std::make_shared<QSemaphore>();
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([inner, gate](const QString &path) {
+            if (path.contains(QStringLiteral("new")))
+                gate->acquire();
+            return inner(path);
+        });
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+        index.rebuild(lib.tracks);
+        QVERIFY(changed.wait());
+
+        lib.add(QStringLiteral("new song.mp3"));
+        index.rebuild(lib.tracks);
+        QTest::qWait(50);
+        QCOMPARE(index.results(QStringLiteral("song")).tracks.size(), 1);
+        QVERIFY(index.isBuilding());
+        gate->release();
+        QVERIFY(changed.wait());
+        QCOMPARE(index.results(QStringLiteral("song")).tracks.size(), 2);
+    }
+
+    void overlappingBuildsLastToFinishStays()
+    {
+        Library lib = Library::from({ "slow.mp3", "fast.mp3" });
+        auto gate = std::make_shared<QSemaphore>();
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([inner, gate](const QString &path) {
+            if (path.contains(QStringLiteral("slow")))
+                gate->acquire();
+            return inner(path);
+        });
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+
+        index.rebuild({ lib.tracks.at(0) }); // started first, held back
+        index.rebuild({ lib.tracks.at(1) }); // started second, finishes first
+        QVERIFY(changed.wait());
+        QCOMPARE(namesIn(index.trackIndex()), QStringList { "fast" });
+        QVERIFY(index.isBuilding());
+
+        gate->release();
+        QVERIFY(changed.wait());
+        QCOMPARE(namesIn(index.trackIndex()), QStringList { "slow" });
+        QVERIFY(!index.isBuilding());
+    }
+
+    void answersForQml()
+    {
+        Library lib = Library::from({ "Song A.mp3|Band|Record", "Song B.mp3|Band|Record" });
+        SearchIndex index(lib.reader());
+        QSignalSpy changed(&index, &SearchIndex::indexChanged);
+        index.rebuild(lib.tracks);
+        QVERIFY(changed.wait());
+
+        const QVariantMap r = index.search(QStringLiteral("  "));
+        QCOMPARE(r.value(QStringLiteral("tracks")).toList().size(), 0);
+
+        const QVariantMap hits = index.search(QStringLiteral("o"));
+        const QVariantList tracks = hits.value(QStringLiteral("tracks")).toList();
+        QCOMPARE(tracks.size(), 2);
+        const QVariantMap first = tracks.first().toMap();
+        QCOMPARE(first.value(QStringLiteral("name")).toString(), QStringLiteral("Song A"));
+        QCOMPARE(first.value(QStringLiteral("trackId")).toString(), trackjson::uuidText(lib.tracks.at(0).id));
+        QCOMPARE(first.value(QStringLiteral("url")).toUrl(), lib.tracks.at(0).url);
+        const QVariantMap album = hits.value(QStringLiteral("albums")).toList().value(0).toMap();
+        QCOMPARE(album.value(QStringLiteral("displayName")).toString(), QStringLiteral("Record"));
+        QCOMPARE(album.value(QStringLiteral("artist")).toString(), QStringLiteral("Band"));
+        QCOMPARE(album.value(QStringLiteral("trackCount")).toInt(), 2);
+        QCOMPARE(hits.value(QStringLiteral("artists")).toList().size(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSearchIndex)
+#include "tst_search_index.moc"
