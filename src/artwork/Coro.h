@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+// Small coroutine helpers shared by the artwork code.
+
+#include "CancelToken.h"
+
+#include <QCoro/QCoroTask>
+#include <QFutureWatcher>
+#include <QPointer>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <chrono>
+#include <coroutine>
+
+namespace artwork {
+
+// Awaits a function run on the global thread pool. The coroutine resumes on the
+// thread of `context` and only while `context` exists: a lookup whose owner is
+// gone is dropped (its frame leaks) instead of touching freed state.
+template<typename T>
+class PoolAwaiter
+{
+public:
+    PoolAwaiter(QObject *context, QFuture<T> future)
+        : m_context(context), m_future(std::move(future))
+    {
+    }
+
+    bool await_ready() const { return false; }
+
+    void await_suspend(std::coroutine_handle<> handle)
+    {
+        auto *watcher = new QFutureWatcher<T>(m_context);
+        QObject::connect(watcher, &QFutureWatcherBase::finished, watcher, [watcher, handle] {
+            watcher->deleteLater();
+            handle.resume();
+        });
+        watcher->setFuture(m_future);
+    }
+
+    T await_resume()
+    {
+        if constexpr (!std::is_void_v<T>)
+            return m_future.result();
+    }
+
+private:
+    QObject *m_context;
+    QFuture<T> m_future;
+};
+
+template<typename F>
+auto onPool(QObject *context, F &&function)
+{
+    using T = std::invoke_result_t<F>;
+    return PoolAwaiter<T>(context, QtConcurrent::run(std::forward<F>(function)));
+}
+
+// Sleeps on the monotonic clock; a cancelled token ends the sleep at once. The
+// interruption is no error: the caller looks at the token itself.
+QCoro::Task<> sleepFor(std::chrono::nanoseconds duration, CancelToken cancel);
+
+} // namespace artwork
