@@ -13,7 +13,7 @@
 #include <QPointer>
 #include <QStandardPaths>
 
-using artwork::onPool;
+using artwork::whenDone;
 
 namespace {
 
@@ -79,14 +79,16 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::diskCopy(std::optional<QString
 {
     if (!path)
         co_return std::nullopt;
-    co_return co_await onPool(this, [p = *path] { return artwork::loadImageFile(p); });
+    auto job = QtConcurrent::run([p = *path] { return artwork::loadImageFile(p); });
+    co_return co_await whenDone(this, job);
 }
 
 QCoro::Task<> ArtworkLoader::writeCopy(QImage image, std::optional<QString> path)
 {
     if (!path)
         co_return;
-    co_await onPool(this, [image, p = *path] { artwork::saveJPEG(image, p); });
+    auto job = QtConcurrent::run([image, p = *path] { artwork::saveJPEG(image, p); });
+    co_await whenDone(this, job);
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::artistImage(QString name, CancelToken cancel)
@@ -150,7 +152,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
         co_return std::nullopt;
 
     const QString path = file.toLocalFile();
-    std::optional<QImage> image = co_await onPool(this, [path]() -> std::optional<QImage> {
+    auto job = QtConcurrent::run([path]() -> std::optional<QImage> {
         // The folder's picture wins over the one inside the file.
         if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath()))
             return folder;
@@ -158,6 +160,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
             return artwork::decodeImage(*embedded);
         return std::nullopt;
     });
+    std::optional<QImage> image = co_await whenDone(this, job);
     if (image)
         remember(m_trackArtworkCache, file, *image);
     co_return image;
@@ -187,7 +190,8 @@ QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
     }
 
     const QString path = file.toLocalFile();
-    const TrackMetadata tags = co_await onPool(this, [path] { return readMetadata(path); });
+    auto job = QtConcurrent::run([path] { return readMetadata(path); });
+    const TrackMetadata tags = co_await whenDone(this, job);
     if (!self || cancel.isCancelled())
         co_return;
 

@@ -50,11 +50,15 @@ private:
     QFuture<T> m_future;
 };
 
-template<typename F>
-auto onPool(QObject *context, F &&function)
+// Start the pool job first, then await it:
+//     auto job = QtConcurrent::run([path] { return loadImageFile(path); });
+//     auto image = co_await artwork::whenDone(this, job);
+// never `co_await f([capture] {...})`: GCC 12 destroys the captures of a lambda
+// written inside a co_await expression twice.
+template<typename T>
+PoolAwaiter<T> whenDone(QObject *context, QFuture<T> future)
 {
-    using T = std::invoke_result_t<F>;
-    return PoolAwaiter<T>(context, QtConcurrent::run(std::forward<F>(function)));
+    return PoolAwaiter<T>(context, std::move(future));
 }
 
 // Sleeps on the monotonic clock; a cancelled token ends the sleep at once. The

@@ -33,7 +33,8 @@ QString encoded(const QString &text)
 
 QCoro::Task<std::optional<QImage>> decodeOffThread(QByteArray bytes)
 {
-    co_return co_await artwork::onPool(nullptr, [bytes] { return artwork::decodeImage(bytes); });
+    auto job = QtConcurrent::run([bytes] { return artwork::decodeImage(bytes); });
+    co_return co_await artwork::whenDone(nullptr, job);
 }
 
 // Fetches a picture: any answer that arrives is decoded, whatever its status.
