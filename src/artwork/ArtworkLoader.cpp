@@ -183,26 +183,31 @@ void ArtworkLoader::clear()
 QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
 {
     const QPointer<ArtworkLoader> self(this);
-    if (std::optional<QImage> own = co_await trackArtwork(file)) {
-        if (self && !cancel.isCancelled())
-            setImage(std::move(own));
+    std::optional<QImage> picture = co_await findPlayingPicture(file, cancel);
+    if (!self)
         co_return;
-    }
+    if (picture && !cancel.isCancelled())
+        setImage(std::move(picture));
+    Q_EMIT loadFinished();
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::findPlayingPicture(QUrl file, CancelToken cancel)
+{
+    if (std::optional<QImage> own = co_await trackArtwork(file))
+        co_return own;
 
     const QString path = file.toLocalFile();
     auto job = QtConcurrent::run([path] { return readMetadata(path); });
     const TrackMetadata tags = co_await whenDone(this, job);
-    if (!self || cancel.isCancelled())
-        co_return;
+    if (cancel.isCancelled())
+        co_return std::nullopt;
 
     // A song without artist or album tag is looked up with its title (or its
     // file name) in their place.
     const QString fallback = text::nonEmptyTrimmed(tags.title).value_or(text::displayName(path));
     const QString artist = text::nonEmptyTrimmed(tags.artist).value_or(fallback);
     const QString album = text::nonEmptyTrimmed(tags.album).value_or(fallback);
-    std::optional<QImage> picture = co_await albumArt(artist, album, cancel);
-    if (self && picture && !cancel.isCancelled())
-        setImage(std::move(picture));
+    co_return co_await albumArt(artist, album, cancel);
 }
 
 void ArtworkLoader::setImage(std::optional<QImage> image)

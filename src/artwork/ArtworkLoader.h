@@ -95,9 +95,12 @@ public:
 
 Q_SIGNALS:
     void imageChanged();
+    // Every load ends with this, found or not, cancelled or not.
+    void loadFinished();
 
 private:
     QCoro::Task<> runLoad(QUrl file, CancelToken cancel);
+    QCoro::Task<std::optional<QImage>> findPlayingPicture(QUrl file, CancelToken cancel);
     QCoro::Task<std::optional<QImage>> diskCopy(std::optional<QString> path);
     QCoro::Task<> writeCopy(QImage image, std::optional<QString> path);
     void setImage(std::optional<QImage> image);
