@@ -54,11 +54,12 @@ private:
 //     auto job = QtConcurrent::run([path] { return loadImageFile(path); });
 //     auto image = co_await artwork::whenDone(this, job);
 // never `co_await f([capture] {...})`: GCC 12 destroys the captures of a lambda
-// written inside a co_await expression twice.
+// written inside a co_await expression twice. For the same reason, pass named
+// values to the functions called in a co_await expression, not temporaries.
 template<typename T>
-PoolAwaiter<T> whenDone(QObject *context, QFuture<T> future)
+PoolAwaiter<T> whenDone(QObject *context, const QFuture<T> &future)
 {
-    return PoolAwaiter<T>(context, std::move(future));
+    return PoolAwaiter<T>(context, future);
 }
 
 // Sleeps on the monotonic clock; a cancelled token ends the sleep at once. The
