@@ -183,7 +183,7 @@ void ArtworkLoader::clear()
 QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
 {
     const QPointer<ArtworkLoader> self(this);
-    std::optional<QImage> picture = co_await findPlayingPicture(file, cancel);
+    std::optional<QImage> picture = co_await songPicture(file, std::nullopt, std::nullopt, cancel);
     if (!self)
         co_return;
     if (picture && !cancel.isCancelled())
@@ -191,7 +191,8 @@ QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
     Q_EMIT loadFinished();
 }
 
-QCoro::Task<std::optional<QImage>> ArtworkLoader::findPlayingPicture(QUrl file, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::optional<QString> artist,
+                                                              std::optional<QString> album, CancelToken cancel)
 {
     if (std::optional<QImage> own = co_await trackArtwork(file))
         co_return own;
@@ -205,9 +206,9 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::findPlayingPicture(QUrl file, 
     // A song without artist or album tag is looked up with its title (or its
     // file name) in their place.
     const QString fallback = text::nonEmptyTrimmed(tags.title).value_or(text::displayName(path));
-    const QString artist = text::nonEmptyTrimmed(tags.artist).value_or(fallback);
-    const QString album = text::nonEmptyTrimmed(tags.album).value_or(fallback);
-    co_return co_await albumArt(artist, album, cancel);
+    const QString albumArtist = artist.value_or(text::nonEmptyTrimmed(tags.artist).value_or(fallback));
+    const QString albumName = album.value_or(text::nonEmptyTrimmed(tags.album).value_or(fallback));
+    co_return co_await albumArt(albumArtist, albumName, cancel);
 }
 
 void ArtworkLoader::setImage(std::optional<QImage> image)

@@ -70,6 +70,13 @@ public:
                                                 CancelToken cancel = {});
     QCoro::Task<std::optional<QImage>> trackArtwork(QUrl file);
 
+    // The picture load() finds for a song: its own (trackArtwork), else the
+    // album's, looked up by its tags with the title (or file name) standing in
+    // for a missing artist or album. Names given here replace the tags.
+    QCoro::Task<std::optional<QImage>> songPicture(QUrl file, std::optional<QString> artist = std::nullopt,
+                                                   std::optional<QString> album = std::nullopt,
+                                                   CancelToken cancel = {});
+
     // Finds the picture of the song that starts playing and publishes it in
     // image(); cancels the previous load. The old picture stays until a new one
     // is found, and stays for good if none is.
@@ -100,7 +107,6 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<> runLoad(QUrl file, CancelToken cancel);
-    QCoro::Task<std::optional<QImage>> findPlayingPicture(QUrl file, CancelToken cancel);
     QCoro::Task<std::optional<QImage>> diskCopy(std::optional<QString> path);
     QCoro::Task<> writeCopy(QImage image, std::optional<QString> path);
     void setImage(std::optional<QImage> image);

@@ -10,6 +10,7 @@
 namespace cli {
 
 int scan(const QStringList &args);
+int artwork(const QStringList &args);
 
 // Prints a line to stderr.
 void error(const QString &message);

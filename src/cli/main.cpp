@@ -19,6 +19,9 @@ struct Command
 
 const Command commands[] = {
     {"scan", "scan DIR                    audio files below DIR, one path a line", cli::scan},
+    {"artwork", "artwork [--artist A] [--album B] [--file AUDIO] --out FILE.jpg\n"
+                "                              finds a picture the way the program does and writes it",
+     cli::artwork},
 };
 
 int usage()
