@@ -7,6 +7,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QTimer>
 
 namespace {
 
@@ -35,7 +36,6 @@ ArtworkSession::ArtworkSession(ArtworkServices services, Limits limits)
     , m_userAgent(m_services.userAgent())
     , m_manager(new QNetworkAccessManager)
 {
-    m_manager->setTransferTimeout(int(m_limits.timeout.count()));
 }
 
 ArtworkSession::ArtworkSession(ArtworkServices services)
@@ -93,6 +93,22 @@ QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl ur
                          if (received > cap || total > cap)
                              abandon(QStringLiteral("body over %1 bytes").arg(cap));
                      });
+    // Our own clock of silence rather than the manager's transfer time-out: that
+    // one is a coarse timer, which may give up most of a second early.
+    auto *silence = new QTimer(reply);
+    silence->setSingleShot(true);
+    silence->setTimerType(Qt::PreciseTimer);
+    silence->setInterval(m_limits.timeout);
+    const auto restart = [silence] { silence->start(); };
+    QObject::connect(silence, &QTimer::timeout, reply, [abandon, timeout = m_limits.timeout] {
+        abandon(QStringLiteral("nothing received for %1 ms").arg(timeout.count()));
+    });
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, silence, restart);
+    QObject::connect(reply, &QNetworkReply::downloadProgress, silence, restart);
+    QObject::connect(reply, &QNetworkReply::redirected, silence, restart);
+    QObject::connect(reply, &QNetworkReply::finished, silence, &QTimer::stop);
+    silence->start();
+
     if (CancelState *cancelState = cancel.state()) {
         QObject::connect(cancelState, &CancelState::cancelled, reply,
                          [abandon] { abandon(QStringLiteral("cancelled")); });
