@@ -57,6 +57,7 @@ ArtworkLoader::ArtworkLoader(Options options, QObject *parent)
     , m_throttler(std::make_unique<RequestThrottler>(options.throttleInterval))
     , m_artworkCache(qsizetype(options.artworkCacheBytes / 1024))
     , m_trackArtworkCache(qsizetype(options.trackCacheBytes / 1024))
+    , m_decodeMemo(std::make_shared<DecodeMemo>(options.decodeMemoBytes))
 {
 }
 
@@ -152,12 +153,12 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
         co_return std::nullopt;
 
     const QString path = file.toLocalFile();
-    auto job = QtConcurrent::run([path]() -> std::optional<QImage> {
+    auto job = QtConcurrent::run([path, memo = m_decodeMemo]() -> std::optional<QImage> {
         // The folder's picture wins over the one inside the file.
-        if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath()))
+        if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath(), memo.get()))
             return folder;
         if (std::optional<QByteArray> embedded = readEmbeddedArtwork(path))
-            return artwork::decodeImage(*embedded);
+            return memo->decode(*embedded);
         return std::nullopt;
     });
     std::optional<QImage> image = co_await whenDone(this, job);
@@ -233,9 +234,10 @@ void ArtworkLoader::clearMemoryCaches()
 {
     m_artworkCache.clear();
     m_trackArtworkCache.clear();
+    m_decodeMemo->clear();
 }
 
 qint64 ArtworkLoader::memoryCacheBytes() const
 {
-    return qint64(m_artworkCache.totalCost() + m_trackArtworkCache.totalCost()) * 1024;
+    return qint64(m_artworkCache.totalCost() + m_trackArtworkCache.totalCost()) * 1024 + m_decodeMemo->bytes();
 }

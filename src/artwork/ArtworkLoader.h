@@ -22,6 +22,7 @@
 
 #include "ArtworkSession.h"
 #include "CancelToken.h"
+#include "DecodeMemo.h"
 #include "RequestThrottler.h"
 #include "model/Track.h"
 
@@ -55,6 +56,9 @@ public:
         // Memory the two caches may hold; the least recently used pictures go first.
         qint64 artworkCacheBytes = 192LL * 1024 * 1024;
         qint64 trackCacheBytes = 96LL * 1024 * 1024;
+        // Decoded pictures beside songs and inside them, shared by the songs of
+        // one folder (see DecodeMemo).
+        qint64 decodeMemoBytes = 64LL * 1024 * 1024;
     };
 
     explicit ArtworkLoader(QObject *parent = nullptr);
@@ -95,6 +99,7 @@ public:
 
     // Drops every picture held in memory (memory pressure; tests).
     void clearMemoryCaches();
+    // What the caches hold (pictures shared between them counted each time).
     qint64 memoryCacheBytes() const;
 
     static QString artistKey(const QString &name);
@@ -116,6 +121,7 @@ private:
     std::unique_ptr<RequestThrottler> m_throttler;
     QCache<QString, QImage> m_artworkCache;
     QCache<QUrl, QImage> m_trackArtworkCache;
+    std::shared_ptr<DecodeMemo> m_decodeMemo;
     CancelToken m_task;
     std::optional<QImage> m_image;
     quint64 m_imageSerial = 0;

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "LocalArtwork.h"
 
+#include "DecodeMemo.h"
 #include "ImageCodec.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 
 #include <QDir>
-#include <QFile>
+#include <QSaveFile>
 #include <QFileInfo>
 
 namespace artwork {
@@ -72,13 +73,14 @@ std::optional<QString> albumCopyPath(const QString &musicFolder, const QString &
     return QDir(musicFolder).filePath(a + u'/' + b + QStringLiteral("/folder.jpg"));
 }
 
-std::optional<QImage> folderImage(const QString &directory)
+std::optional<QImage> folderImage(const QString &directory, DecodeMemo *memo)
 {
+    const auto load = [memo](const QString &path) { return memo ? memo->loadFile(path) : loadImageFile(path); };
     const QDir dir(directory);
     for (const char *name : wellKnownNames) {
         for (const char *ext : imageExtensions) {
             const QString path = dir.filePath(QLatin1StringView(name) + u'.' + QLatin1StringView(ext));
-            if (std::optional<QImage> image = loadImageFile(path))
+            if (std::optional<QImage> image = load(path))
                 return image;
         }
     }
@@ -87,7 +89,7 @@ std::optional<QImage> folderImage(const QString &directory)
     for (const QString &entry : entries) {
         if (!hasImageExtension(entry))
             continue;
-        if (std::optional<QImage> image = loadImageFile(dir.filePath(entry)))
+        if (std::optional<QImage> image = load(dir.filePath(entry)))
             return image;
     }
     return std::nullopt;
@@ -100,8 +102,11 @@ void saveJPEG(const QImage &image, const QString &path)
     const std::optional<QByteArray> bytes = encodeJpeg(image);
     if (!bytes)
         return;
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(*bytes) != bytes->size())
+    // Written aside and renamed into place: a lookup of the same picture running
+    // at the same moment must never read half a file (a truncated JPEG still
+    // decodes, as a picture with a grey bottom).
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit())
         qCDebug(lcArtwork) << "could not write" << path << file.errorString();
 }
 

@@ -9,6 +9,8 @@
 
 #include <optional>
 
+class DecodeMemo;
+
 namespace artwork {
 
 // A name made fit to be one folder name: each of / \ : * ? " < > | becomes "-",
@@ -28,11 +30,11 @@ std::optional<QString> albumCopyPath(const QString &musicFolder, const QString &
 // (folder, cover, album, front, artwork, albumart, each as .jpg, .jpeg, .png),
 // then any other .jpg/.jpeg/.png of the folder in name order, skipping hidden
 // files, the extension compared without regard to case. The first file that
-// decodes wins.
-std::optional<QImage> folderImage(const QString &directory);
+// decodes wins. With a memo, files decoded before are not decoded again.
+std::optional<QImage> folderImage(const QString &directory, DecodeMemo *memo = nullptr);
 
 // Writes the picture as a JPEG (quality 85), creating the missing folders.
-// Failures are logged and otherwise ignored; an existing file is overwritten.
+// Failures are logged and otherwise ignored; an existing file is replaced.
 void saveJPEG(const QImage &image, const QString &path);
 
 } // namespace artwork

@@ -252,6 +252,26 @@ private Q_SLOTS:
         QCOMPARE(m_server.requests().size(), 0);
     }
 
+    // The songs of one folder share one decoded picture; a changed file is decoded anew.
+    void oneDecodePerFolderPicture()
+    {
+        writeFile(m_songs.path(), QStringLiteral("cover.jpg"), jpegOf(red));
+        const QUrl a = QUrl::fromLocalFile(writeFile(m_songs.path(), QStringLiteral("a.mp3"), "x"));
+        const QUrl b = QUrl::fromLocalFile(writeFile(m_songs.path(), QStringLiteral("b.mp3"), "x"));
+        const QUrl c = QUrl::fromLocalFile(writeFile(m_songs.path(), QStringLiteral("c.mp3"), "x"));
+        ArtworkLoader loader(options());
+        const std::optional<QImage> first = QCoro::waitFor(loader.trackArtwork(a));
+        const std::optional<QImage> second = QCoro::waitFor(loader.trackArtwork(b));
+        QVERIFY(first && second);
+        QCOMPARE(first->constBits(), second->constBits());
+
+        writeFile(m_songs.path(), QStringLiteral("cover.jpg"),
+                  FakeWebServer::jpeg(FakeWebServer::solidImage(green, QSize(80, 80))));
+        const std::optional<QImage> third = QCoro::waitFor(loader.trackArtwork(c));
+        QVERIFY(looksLike(third, green));
+        QCOMPARE(third->size(), QSize(80, 80));
+    }
+
     void embeddedPicture()
     {
         if (!testsupport::haveTool(QStringLiteral("flac")) || !testsupport::haveTool(QStringLiteral("metaflac")))
