@@ -13,8 +13,22 @@ namespace artwork {
 
 namespace {
 
+// The formats pictures come in on the web and beside songs. Qt's plugins read
+// more (TGA, MNG, ICNS, XPM...), and each one is more code facing bytes from
+// strangers; those are refused.
+bool isWebFormat(const QByteArray &format)
+{
+    static const QByteArray formats[] = {"jpeg", "jpg", "png", "gif", "webp", "tiff", "tif", "bmp", "svg", "svgz"};
+    return std::find(std::begin(formats), std::end(formats), format) != std::end(formats);
+}
+
 std::optional<QImage> read(QImageReader &reader, const QString &what)
 {
+    const QByteArray format = reader.format().toLower();
+    if (!isWebFormat(format)) {
+        qCDebug(lcArtwork) << what << "refused: format" << format;
+        return std::nullopt;
+    }
     // The header's size when the format tells it without decoding; formats that
     // can't are still bounded by Qt's own allocation limit.
     const QSize size = reader.size();

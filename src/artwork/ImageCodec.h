@@ -17,8 +17,8 @@ namespace artwork {
 // 128 MiB of 32-bit pixels: a 6000 by 5000 photograph fits, a bomb does not.
 inline constexpr qint64 maxImagePixels = 128LL * 1024 * 1024 / 4;
 
-// The picture in the bytes (JPEG, PNG, GIF, SVG, whatever Qt's plugins read),
-// absent when they are not a decodable picture or too large.
+// The picture in the bytes (JPEG, PNG, GIF, WebP, TIFF, BMP or SVG), absent
+// when they are none of those, don't decode or are too large.
 std::optional<QImage> decodeImage(const QByteArray &bytes);
 
 // The same for a file; only regular files are opened (a FIFO named cover.jpg

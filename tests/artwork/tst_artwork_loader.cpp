@@ -9,7 +9,9 @@
 #include "tags/TagReader.h"
 
 #include <QCoro/QCoroTask>
+#include <QBuffer>
 #include <QDir>
+#include <QImageWriter>
 #include <QDirIterator>
 #include <QSignalSpy>
 #include <QStandardPaths>
@@ -155,6 +157,53 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QString, expected);
         QCOMPARE(artwork::sanitizedPathComponent(text), expected);
+    }
+
+    // Pictures in the formats of the web decode; other formats Qt could read,
+    // bombs and garbage do not.
+    void decodeFormats_data()
+    {
+        QTest::addColumn<QByteArray>("format");
+        QTest::addColumn<bool>("decodes");
+        QTest::newRow("jpeg") << QByteArray("jpg") << true;
+        QTest::newRow("png") << QByteArray("png") << true;
+        QTest::newRow("gif") << QByteArray("gif") << true;
+        QTest::newRow("bmp") << QByteArray("bmp") << true;
+        QTest::newRow("webp") << QByteArray("webp") << true;
+        QTest::newRow("tiff") << QByteArray("tiff") << true;
+        QTest::newRow("xpm") << QByteArray("xpm") << false;
+        QTest::newRow("tga") << QByteArray("tga") << false;
+        QTest::newRow("ppm") << QByteArray("ppm") << false;
+    }
+
+    void decodeFormats()
+    {
+        QFETCH(QByteArray, format);
+        QFETCH(bool, decodes);
+        QByteArray bytes;
+        if (format == "gif" || format == "tga") { // Qt writes neither
+            if (!testsupport::haveTool(QStringLiteral("convert")))
+                QSKIP("ImageMagick missing");
+            bytes = testsupport::run(QStringLiteral("convert"), {QStringLiteral("-size"), QStringLiteral("8x8"),
+                                                                 QStringLiteral("xc:red"), QString::fromLatin1(format + ":-")})
+                        .out;
+            QVERIFY(!bytes.isEmpty());
+        } else {
+            QBuffer buffer(&bytes);
+            buffer.open(QIODevice::WriteOnly);
+            if (!QImageWriter(&buffer, format).write(FakeWebServer::solidImage(red)))
+                QSKIP("no writer for this format here");
+        }
+        QCOMPARE(artwork::decodeImage(bytes).has_value(), decodes);
+    }
+
+    void decodeRefusals()
+    {
+        QVERIFY(!artwork::decodeImage(FakeWebServer::imageBomb(20000, 20000)));
+        QVERIFY(!artwork::decodeImage("GIF89a garbage"));
+        QVERIFY(!artwork::decodeImage(QByteArray()));
+        // Just inside the limit still decodes.
+        QVERIFY(artwork::decodeImage(FakeWebServer::png(FakeWebServer::solidImage(red, QSize(4000, 3000)))));
     }
 
     // Where copies go; a name that can't be a folder of its own gets none.
