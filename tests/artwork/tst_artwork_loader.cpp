@@ -85,9 +85,10 @@ class TestArtworkLoader : public QObject
     QHash<QByteArray, QColor> m_uploads;
     void serveUploads()
     {
-        m_server.on(QStringLiteral("upload"), [this](const FakeWebServer::Request &r) {
-            return m_uploads.contains(r.pathAndQuery) ? FakeWebServer::image(pngOf(m_uploads.value(r.pathAndQuery)))
-                                                      : FakeWebServer::status(404);
+        // A copy: the handler runs on the server's thread.
+        m_server.on(QStringLiteral("upload"), [uploads = m_uploads](const FakeWebServer::Request &r) {
+            return uploads.contains(r.pathAndQuery) ? FakeWebServer::image(pngOf(uploads.value(r.pathAndQuery)))
+                                                    : FakeWebServer::status(404);
         });
     }
 
@@ -111,6 +112,7 @@ class TestArtworkLoader : public QObject
     {
         m_server.reset(); // every service answers 404
         m_uploads.clear();
+        serveUploads();
     }
 
 private Q_SLOTS:
@@ -356,7 +358,7 @@ private Q_SLOTS:
         QCOMPARE(starts.size(), 4);
         for (int i = 1; i < starts.size(); ++i) {
             // The server's clock sees a few milliseconds of loopback jitter.
-            QVERIFY2(starts[i] - starts[i - 1] >= 0.98, qPrintable(QString::number(starts[i] - starts[i - 1])));
+            QVERIFY2(starts[i] - starts[i - 1] >= 0.99, qPrintable(QString::number(starts[i] - starts[i - 1])));
             QVERIFY2(starts[i] - starts[i - 1] < 1.3, qPrintable(QString::number(starts[i] - starts[i - 1])));
         }
         QCOMPARE(trail(m_server).first(),

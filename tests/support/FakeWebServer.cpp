@@ -63,48 +63,183 @@ QByteArray pngChunk(const char *type, const QByteArray &data)
 
 } // namespace
 
+// Lives on the server's thread: the listening socket and the connections.
+class FakeWebServer::Worker : public QObject
+{
+public:
+    explicit Worker(FakeWebServer *owner)
+        : m_owner(owner)
+    {
+    }
+
+    bool listen(quint16 port)
+    {
+        m_server = new QTcpServer(this);
+        // Many lookups at once open many connections.
+        m_server->setMaxPendingConnections(1000);
+        connect(m_server, &QTcpServer::newConnection, this, &Worker::onNewConnection);
+        if (!m_server->listen(QHostAddress::LocalHost, port)) {
+            delete m_server;
+            m_server = nullptr;
+            return false;
+        }
+        return true;
+    }
+
+    quint16 port() const { return m_server ? m_server->serverPort() : 0; }
+
+    void close()
+    {
+        delete m_server;
+        m_server = nullptr;
+        const QList<QTcpSocket *> sockets = m_connections;
+        m_connections.clear();
+        for (QTcpSocket *s : sockets) {
+            s->disconnect(this);
+            s->abort();
+            s->deleteLater();
+        }
+        setOpen();
+    }
+
+private:
+    void setOpen()
+    {
+        QMutexLocker lock(&m_owner->m_mutex);
+        m_owner->m_openConnections = int(m_connections.size());
+    }
+
+    void onNewConnection()
+    {
+        while (QTcpSocket *socket = m_server->nextPendingConnection()) {
+            m_connections.append(socket);
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
+            connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+                m_connections.removeOne(socket);
+                socket->deleteLater();
+                setOpen();
+            });
+        }
+        setOpen();
+    }
+
+    void onReadyRead(QTcpSocket *socket)
+    {
+        QByteArray buffer = socket->property("fakeBuffer").toByteArray() + socket->readAll();
+        const qsizetype end = buffer.indexOf("\r\n\r\n");
+        if (end < 0 || socket->property("fakeAnswered").toBool()) {
+            socket->setProperty("fakeBuffer", buffer);
+            return;
+        }
+        // One request per connection: every answer closes it.
+        socket->setProperty("fakeAnswered", true);
+        socket->setProperty("fakeBuffer", QByteArray());
+
+        const QList<QByteArray> lines = buffer.left(end).split('\n');
+        const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
+        Request request;
+        request.time = double(m_owner->m_clock.nsecsElapsed()) / 1e9;
+        request.target = requestLine.value(1);
+        for (qsizetype i = 1; i < lines.size(); ++i) {
+            const qsizetype colon = lines[i].indexOf(':');
+            if (colon > 0)
+                request.headers.insert(lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
+        }
+        const qsizetype second = request.target.indexOf('/', 1);
+        const qsizetype query = request.target.indexOf('?');
+        const qsizetype segmentEnd = second < 0 || (query >= 0 && query < second) ? query : second;
+        request.service = QString::fromUtf8(request.target.mid(1, segmentEnd < 0 ? -1 : segmentEnd - 1));
+        request.pathAndQuery = segmentEnd < 0 ? QByteArray("/") : request.target.mid(segmentEnd);
+
+        const Reply reply = m_owner->dispatch(std::move(request));
+        if (reply.kind == Reply::NeverAnswer)
+            return;
+        if (reply.delayMs > 0) {
+            const QPointer<QTcpSocket> guard(socket);
+            QTimer::singleShot(reply.delayMs, this, [this, guard, reply] {
+                if (guard && guard->state() == QAbstractSocket::ConnectedState)
+                    answer(guard, reply);
+            });
+            return;
+        }
+        answer(socket, reply);
+    }
+
+    void answer(QTcpSocket *socket, const Reply &reply)
+    {
+        QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) + "\r\n";
+        head += "Content-Type: " + reply.contentType + "\r\n";
+        for (const auto &[name, value] : reply.headers)
+            head += name + ": " + value + "\r\n";
+        head += "Connection: close\r\n";
+        if (reply.kind == Reply::Stream) {
+            if (reply.declareLength && reply.streamBytes >= 0)
+                head += "Content-Length: " + QByteArray::number(reply.streamBytes) + "\r\n";
+            head += "\r\n";
+            socket->setProperty("fakeRemaining", reply.streamBytes < 0 ? endlessLimit : reply.streamBytes);
+            connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { streamMore(socket); });
+            socket->write(head);
+            streamMore(socket);
+            return;
+        }
+        head += "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n";
+        socket->write(head + reply.body);
+        socket->disconnectFromHost();
+    }
+
+    void streamMore(QTcpSocket *socket)
+    {
+        if (socket->state() != QAbstractSocket::ConnectedState || socket->bytesToWrite() > chunkSize)
+            return;
+        const qint64 remaining = socket->property("fakeRemaining").toLongLong();
+        if (remaining <= 0) {
+            socket->disconnectFromHost();
+            return;
+        }
+        const qint64 n = std::min(remaining, chunkSize);
+        socket->setProperty("fakeRemaining", remaining - n);
+        socket->write(QByteArray(n, 'x'));
+    }
+
+    FakeWebServer *m_owner;
+    QTcpServer *m_server = nullptr;
+    QList<QTcpSocket *> m_connections;
+};
+
 FakeWebServer::FakeWebServer(QObject *parent)
     : QObject(parent)
 {
     m_clock.start();
+    m_worker = new Worker(this);
+    m_worker->moveToThread(&m_thread);
+    connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+    m_thread.start();
 }
 
 FakeWebServer::~FakeWebServer()
 {
     stop();
+    m_thread.quit();
+    m_thread.wait();
 }
 
 bool FakeWebServer::start()
 {
-    if (m_server)
-        return true;
-    m_server = new QTcpServer(this);
-    // Many lookups at once open many connections.
-    m_server->setMaxPendingConnections(1000);
-    connect(m_server, &QTcpServer::newConnection, this, &FakeWebServer::onNewConnection);
-    if (!m_server->listen(QHostAddress::LocalHost, m_port)) {
-        delete m_server;
-        m_server = nullptr;
-        return false;
-    }
-    m_port = m_server->serverPort();
-    return true;
+    bool listening = false;
+    QMetaObject::invokeMethod(
+        m_worker,
+        [this, &listening] {
+            listening = m_worker->port() != 0 || m_worker->listen(m_port);
+            if (listening)
+                m_port = m_worker->port();
+        },
+        Qt::BlockingQueuedConnection);
+    return listening;
 }
 
 void FakeWebServer::stop()
 {
-    if (m_server) {
-        m_server->close();
-        delete m_server;
-        m_server = nullptr;
-    }
-    const QList<QTcpSocket *> sockets = m_connections;
-    m_connections.clear();
-    for (QTcpSocket *s : sockets) {
-        s->disconnect(this);
-        s->abort();
-        s->deleteLater();
-    }
+    QMetaObject::invokeMethod(m_worker, [this] { m_worker->close(); }, Qt::BlockingQueuedConnection);
 }
 
 QString FakeWebServer::baseUrl() const
@@ -119,11 +254,13 @@ QString FakeWebServer::serviceUrl(const QString &service) const
 
 void FakeWebServer::on(const QString &service, Handler handler)
 {
+    QMutexLocker lock(&m_mutex);
     m_handlers.insert(service, std::move(handler));
 }
 
 void FakeWebServer::script(const QString &service, QList<Reply> replies)
 {
+    // Only ever touched on the server's thread.
     auto queue = std::make_shared<QList<Reply>>(std::move(replies));
     on(service, [queue](const Request &) {
         return queue->isEmpty() ? status(404) : queue->takeFirst();
@@ -132,109 +269,47 @@ void FakeWebServer::script(const QString &service, QList<Reply> replies)
 
 void FakeWebServer::reset()
 {
+    QMutexLocker lock(&m_mutex);
     m_handlers.clear();
+}
+
+FakeWebServer::Reply FakeWebServer::dispatch(Request request)
+{
+    Handler handler;
+    {
+        QMutexLocker lock(&m_mutex);
+        m_requests.append(request);
+        handler = m_handlers.value(request.service);
+    }
+    return handler ? handler(request) : status(404);
+}
+
+QList<FakeWebServer::Request> FakeWebServer::requests() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_requests;
 }
 
 QList<FakeWebServer::Request> FakeWebServer::requestsFor(const QString &service) const
 {
     QList<Request> out;
-    for (const Request &r : m_requests) {
+    for (const Request &r : requests()) {
         if (r.service == service)
             out.append(r);
     }
     return out;
 }
 
-void FakeWebServer::onNewConnection()
+void FakeWebServer::clearRequests()
 {
-    while (QTcpSocket *socket = m_server->nextPendingConnection()) {
-        m_connections.append(socket);
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_connections.removeOne(socket);
-            socket->deleteLater();
-        });
-    }
+    QMutexLocker lock(&m_mutex);
+    m_requests.clear();
 }
 
-void FakeWebServer::onReadyRead(QTcpSocket *socket)
+int FakeWebServer::openConnections() const
 {
-    QByteArray buffer = socket->property("fakeBuffer").toByteArray() + socket->readAll();
-    const qsizetype end = buffer.indexOf("\r\n\r\n");
-    if (end < 0 || socket->property("fakeAnswered").toBool()) {
-        socket->setProperty("fakeBuffer", buffer);
-        return;
-    }
-    // One request per connection: every answer closes it.
-    socket->setProperty("fakeAnswered", true);
-    socket->setProperty("fakeBuffer", QByteArray());
-
-    const QList<QByteArray> lines = buffer.left(end).split('\n');
-    const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
-    Request request;
-    request.time = double(m_clock.nsecsElapsed()) / 1e9;
-    request.target = requestLine.value(1);
-    for (qsizetype i = 1; i < lines.size(); ++i) {
-        const qsizetype colon = lines[i].indexOf(':');
-        if (colon > 0)
-            request.headers.insert(lines[i].left(colon).trimmed().toLower(), lines[i].mid(colon + 1).trimmed());
-    }
-    const qsizetype second = request.target.indexOf('/', 1);
-    const qsizetype query = request.target.indexOf('?');
-    const qsizetype segmentEnd = second < 0 || (query >= 0 && query < second) ? query : second;
-    request.service = QString::fromUtf8(request.target.mid(1, segmentEnd < 0 ? -1 : segmentEnd - 1));
-    request.pathAndQuery = segmentEnd < 0 ? QByteArray("/") : request.target.mid(segmentEnd);
-    m_requests.append(request);
-
-    const auto handler = m_handlers.constFind(request.service);
-    const Reply reply = handler != m_handlers.cend() ? (*handler)(request) : status(404);
-    if (reply.kind == Reply::NeverAnswer)
-        return;
-    if (reply.delayMs > 0) {
-        const QPointer<QTcpSocket> guard(socket);
-        QTimer::singleShot(reply.delayMs, this, [this, guard, reply] {
-            if (guard && guard->state() == QAbstractSocket::ConnectedState)
-                answer(guard, reply);
-        });
-        return;
-    }
-    answer(socket, reply);
-}
-
-void FakeWebServer::answer(QTcpSocket *socket, const Reply &reply)
-{
-    QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) + "\r\n";
-    head += "Content-Type: " + reply.contentType + "\r\n";
-    for (const auto &[name, value] : reply.headers)
-        head += name + ": " + value + "\r\n";
-    head += "Connection: close\r\n";
-    if (reply.kind == Reply::Stream) {
-        if (reply.declareLength && reply.streamBytes >= 0)
-            head += "Content-Length: " + QByteArray::number(reply.streamBytes) + "\r\n";
-        head += "\r\n";
-        socket->setProperty("fakeRemaining", reply.streamBytes < 0 ? endlessLimit : reply.streamBytes);
-        connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { streamMore(socket); });
-        socket->write(head);
-        streamMore(socket);
-        return;
-    }
-    head += "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n";
-    socket->write(head + reply.body);
-    socket->disconnectFromHost();
-}
-
-void FakeWebServer::streamMore(QTcpSocket *socket)
-{
-    if (socket->state() != QAbstractSocket::ConnectedState || socket->bytesToWrite() > chunkSize)
-        return;
-    const qint64 remaining = socket->property("fakeRemaining").toLongLong();
-    if (remaining <= 0) {
-        socket->disconnectFromHost();
-        return;
-    }
-    const qint64 n = std::min(remaining, chunkSize);
-    socket->setProperty("fakeRemaining", remaining - n);
-    socket->write(QByteArray(n, 'x'));
+    QMutexLocker lock(&m_mutex);
+    return m_openConnections;
 }
 
 FakeWebServer::Reply FakeWebServer::json(const QByteArray &body, int code)

@@ -8,15 +8,15 @@
 #include <QImage>
 #include <QList>
 #include <QMap>
+#include <QMutex>
 #include <QObject>
+#include <QThread>
 #include <QSize>
 #include <QString>
 
 #include <functional>
 #include <optional>
 
-class QTcpServer;
-class QTcpSocket;
 
 // A small HTTP/1.1 server on 127.0.0.1 that plays the web services for tests.
 // Each service lives under its own first path segment, so one server stands in
@@ -24,7 +24,9 @@ class QTcpSocket;
 // Cover Art Archive, "wiki" Wikipedia, "commons" Commons and "upload" the file
 // host their image links point to. Answers are scripted per service (in order,
 // or by a function of the request); every request is recorded with its arrival
-// time. Runs in the test's own event loop.
+// time. The server runs on a thread of its own, so the arrival times stay true
+// while the code under test keeps the test's thread busy; handlers are called
+// on that thread.
 class FakeWebServer : public QObject
 {
     Q_OBJECT
@@ -76,11 +78,11 @@ public:
     // Removes every script; unscripted services answer 404.
     void reset();
 
-    const QList<Request> &requests() const { return m_requests; }
+    QList<Request> requests() const;
     QList<Request> requestsFor(const QString &service) const;
-    void clearRequests() { m_requests.clear(); }
+    void clearRequests();
     // Connections that are open right now.
-    int openConnections() const { return int(m_connections.size()); }
+    int openConnections() const;
 
     // Answers.
     static Reply json(const QByteArray &body, int status = 200);
@@ -107,15 +109,18 @@ public:
     static QByteArray imageBomb(quint32 width = 50000, quint32 height = 50000);
 
 private:
-    void onNewConnection();
-    void onReadyRead(QTcpSocket *socket);
-    void answer(QTcpSocket *socket, const Reply &reply);
-    void streamMore(QTcpSocket *socket);
+    class Worker;
+    friend class Worker;
 
-    QTcpServer *m_server = nullptr;
+    // Called on the server's thread.
+    Reply dispatch(Request request);
+
+    QThread m_thread;
+    Worker *m_worker = nullptr;
     quint16 m_port = 0;
     QElapsedTimer m_clock;
+    mutable QMutex m_mutex; // guards what follows
     QHash<QString, Handler> m_handlers;
     QList<Request> m_requests;
-    QList<QTcpSocket *> m_connections;
+    int m_openConnections = 0;
 };
