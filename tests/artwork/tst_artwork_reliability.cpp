@@ -52,7 +52,8 @@ private Q_SLOTS:
     // 300 lookups started at once (an import's prefetch) all finish, each
     // starting no earlier than the slot the throttler booked for it, with the
     // memory caches inside their budget. The interval is shortened so the test
-    // takes seconds, not five minutes.
+    // takes seconds, not five minutes; the spacing at the real interval is
+    // checked in tst_artwork_loader.
     void threeHundredLookupsAtOnce()
     {
         const QByteArray picture = FakeWebServer::png(FakeWebServer::solidImage(Qt::darkCyan, QSize(300, 300)));
@@ -70,7 +71,7 @@ private Q_SLOTS:
             return FakeWebServer::image(picture);
         });
 
-        const auto interval = 20ms;
+        const auto interval = 40ms;
         ArtworkLoader::Options o;
         o.services = servicesOf(m_server);
         o.throttleInterval = interval;
@@ -105,8 +106,9 @@ private Q_SLOTS:
         std::sort(starts.begin(), starts.end());
         const double step = std::chrono::duration<double>(interval).count();
         for (int k = 1; k < starts.size(); ++k) {
-            // Never before its booked slot (a few ms of loopback jitter aside)...
-            QVERIFY2(starts[k] - starts[0] >= k * step - 0.005, qPrintable(QString::number(k)));
+            // Never before its booked slot. A request leaves through the busy
+            // event loop, which delays some (the first among them) by a few ms.
+            QVERIFY2(starts[k] - starts[0] >= k * step - 0.015, qPrintable(QString::number(k)));
         }
         // ...and not held back for long either.
         QVERIFY2(starts.last() - starts.first() < 299 * step + 2.0, qPrintable(QString::number(starts.last() - starts.first())));
