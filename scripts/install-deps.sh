@@ -10,6 +10,7 @@ packages=(
   libgtest-dev libbenchmark-dev
   # Qt 6
   qt6-base-dev qt6-declarative-dev qt6-svg-dev libxkbcommon-dev
+  qt6-image-formats-plugins  # WebP and TIFF pictures from the web services
   qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls
   qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-dialogs

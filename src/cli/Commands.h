@@ -21,6 +21,7 @@ int artists(const QStringList &args);
 
 // The songs below a folder as the library would hold them, in library order.
 QList<Track> libraryOf(const QString &folder);
+int artwork(const QStringList &args);
 
 // Prints a line to stderr.
 void error(const QString &message);

@@ -31,6 +31,9 @@ const Command commands[] = {
      cli::search},
     {"artists", "artists DIR                 artists and their songs below DIR, in display order, as JSON",
      cli::artists},
+    {"artwork", "artwork [--artist A] [--album B] [--file AUDIO] --out FILE.jpg\n"
+                "                              finds a picture the way the program does and writes it",
+     cli::artwork},
 };
 
 int usage()

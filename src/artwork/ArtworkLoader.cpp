@@ -1,0 +1,243 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ArtworkLoader.h"
+
+#include "Coro.h"
+#include "ImageCodec.h"
+#include "LocalArtwork.h"
+#include "OnlineArtwork.h"
+#include "model/Log.h"
+#include "model/TextUtil.h"
+#include "tags/TagReader.h"
+
+#include <QFileInfo>
+#include <QPointer>
+#include <QStandardPaths>
+
+using artwork::whenDone;
+
+namespace {
+
+// Cache costs are counted in KiB.
+qsizetype costOf(const QImage &image)
+{
+    return std::max<qsizetype>(1, (image.sizeInBytes() + 1023) / 1024);
+}
+
+template<typename Key>
+std::optional<QImage> cached(const QCache<Key, QImage> &cache, const Key &key)
+{
+    if (const QImage *image = cache.object(key))
+        return *image;
+    return std::nullopt;
+}
+
+template<typename Key>
+void remember(QCache<Key, QImage> &cache, const Key &key, const QImage &image)
+{
+    // A picture larger than the whole budget is simply not kept.
+    cache.insert(key, new QImage(image), costOf(image));
+}
+
+QString defaultMusicFolder()
+{
+    return QStandardPaths::standardLocations(QStandardPaths::MusicLocation).value(0);
+}
+
+} // namespace
+
+ArtworkLoader::ArtworkLoader(QObject *parent)
+    : ArtworkLoader(Options{}, parent)
+{
+}
+
+ArtworkLoader::ArtworkLoader(Options options, QObject *parent)
+    : QObject(parent)
+    , m_musicFolder(options.musicFolder.value_or(defaultMusicFolder()))
+    , m_session(std::make_shared<ArtworkSession>(options.services, options.limits))
+    , m_throttler(std::make_unique<RequestThrottler>(options.throttleInterval))
+    , m_artworkCache(qsizetype(options.artworkCacheBytes / 1024))
+    , m_trackArtworkCache(qsizetype(options.trackCacheBytes / 1024))
+    , m_decodeMemo(std::make_shared<DecodeMemo>(options.decodeMemoBytes))
+{
+}
+
+ArtworkLoader::~ArtworkLoader()
+{
+    m_task.cancel();
+}
+
+QString ArtworkLoader::artistKey(const QString &name)
+{
+    return QStringLiteral("artist:") + name;
+}
+
+QString ArtworkLoader::albumKey(const std::optional<QString> &artist, const std::optional<QString> &album)
+{
+    return QStringLiteral("album:") + artist.value_or(QString()) + u':' + album.value_or(QString());
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::diskCopy(std::optional<QString> path)
+{
+    if (!path)
+        co_return std::nullopt;
+    auto job = QtConcurrent::run([p = *path] { return artwork::loadImageFile(p); });
+    co_return co_await whenDone(this, job);
+}
+
+QCoro::Task<> ArtworkLoader::writeCopy(QImage image, std::optional<QString> path)
+{
+    if (!path)
+        co_return;
+    auto job = QtConcurrent::run([image, p = *path] { artwork::saveJPEG(image, p); });
+    co_await whenDone(this, job);
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::artistImage(QString name, CancelToken cancel)
+{
+    const QString key = artistKey(name);
+    if (std::optional<QImage> hit = cached(m_artworkCache, key))
+        co_return hit;
+
+    const QPointer<ArtworkLoader> self(this);
+    const std::optional<QString> path = artwork::artistCopyPath(m_musicFolder, name);
+    if (std::optional<QImage> copy = co_await diskCopy(path)) {
+        remember(m_artworkCache, key, *copy);
+        co_return copy;
+    }
+
+    co_await artwork::sleepFor(m_throttler->reserveSlot(), cancel);
+    if (!self || cancel.isCancelled())
+        co_return std::nullopt;
+
+    std::optional<QImage> image = co_await online::onlineArtistImage(m_session, name, cancel);
+    if (!self || !image)
+        co_return std::nullopt;
+    remember(m_artworkCache, key, *image);
+    co_await writeCopy(*image, path);
+    co_return image;
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::albumArt(std::optional<QString> artist,
+                                                           std::optional<QString> album, CancelToken cancel)
+{
+    const QString key = albumKey(artist, album);
+    if (std::optional<QImage> hit = cached(m_artworkCache, key))
+        co_return hit;
+
+    const QPointer<ArtworkLoader> self(this);
+    // Only a pair of names has a copy on disk.
+    const std::optional<QString> path =
+        artist && album ? artwork::albumCopyPath(m_musicFolder, *artist, *album) : std::nullopt;
+    if (std::optional<QImage> copy = co_await diskCopy(path)) {
+        remember(m_artworkCache, key, *copy);
+        co_return copy;
+    }
+
+    co_await artwork::sleepFor(m_throttler->reserveSlot(), cancel);
+    if (!self || cancel.isCancelled())
+        co_return std::nullopt;
+
+    std::optional<QImage> image = co_await online::onlineAlbumArt(m_session, artist, album, cancel);
+    if (!self || !image)
+        co_return std::nullopt;
+    remember(m_artworkCache, key, *image);
+    co_await writeCopy(*image, path);
+    co_return image;
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
+{
+    if (std::optional<QImage> hit = cached(m_trackArtworkCache, file))
+        co_return hit;
+    if (!file.isLocalFile())
+        co_return std::nullopt;
+
+    const QString path = file.toLocalFile();
+    auto job = QtConcurrent::run([path, memo = m_decodeMemo]() -> std::optional<QImage> {
+        // The folder's picture wins over the one inside the file.
+        if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath(), memo.get()))
+            return folder;
+        if (std::optional<QByteArray> embedded = readEmbeddedArtwork(path))
+            return memo->decode(*embedded);
+        return std::nullopt;
+    });
+    std::optional<QImage> image = co_await whenDone(this, job);
+    if (image)
+        remember(m_trackArtworkCache, file, *image);
+    co_return image;
+}
+
+void ArtworkLoader::load(const Track &track)
+{
+    m_task.cancel();
+    m_task = CancelToken::create();
+    runLoad(track.url, m_task);
+}
+
+void ArtworkLoader::clear()
+{
+    m_task.cancel();
+    m_task = CancelToken();
+    setImage(std::nullopt);
+}
+
+QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
+{
+    const QPointer<ArtworkLoader> self(this);
+    std::optional<QImage> picture = co_await songPicture(file, std::nullopt, std::nullopt, cancel);
+    if (!self)
+        co_return;
+    if (picture && !cancel.isCancelled())
+        setImage(std::move(picture));
+    Q_EMIT loadFinished();
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::optional<QString> artist,
+                                                              std::optional<QString> album, CancelToken cancel)
+{
+    if (std::optional<QImage> own = co_await trackArtwork(file))
+        co_return own;
+
+    const QString path = file.toLocalFile();
+    auto job = QtConcurrent::run([path] { return readMetadata(path); });
+    const TrackMetadata tags = co_await whenDone(this, job);
+    if (cancel.isCancelled())
+        co_return std::nullopt;
+
+    // A song without artist or album tag is looked up with its title (or its
+    // file name) in their place.
+    const QString fallback = text::nonEmptyTrimmed(tags.title).value_or(text::displayName(path));
+    const QString albumArtist = artist.value_or(text::nonEmptyTrimmed(tags.artist).value_or(fallback));
+    const QString albumName = album.value_or(text::nonEmptyTrimmed(tags.album).value_or(fallback));
+    co_return co_await albumArt(albumArtist, albumName, cancel);
+}
+
+void ArtworkLoader::setImage(std::optional<QImage> image)
+{
+    // The same cached picture again (another song of the album) is no change.
+    const auto keyOf = [](const std::optional<QImage> &i) { return i ? i->cacheKey() : 0; };
+    if (m_image.has_value() == image.has_value() && keyOf(m_image) == keyOf(image))
+        return;
+    m_image = std::move(image);
+    ++m_imageSerial;
+    Q_EMIT imageChanged();
+}
+
+QString ArtworkLoader::imageSource() const
+{
+    if (!m_image)
+        return {};
+    return QStringLiteral("image://artwork/playing/") + QString::number(m_imageSerial);
+}
+
+void ArtworkLoader::clearMemoryCaches()
+{
+    m_artworkCache.clear();
+    m_trackArtworkCache.clear();
+    m_decodeMemo->clear();
+}
+
+qint64 ArtworkLoader::memoryCacheBytes() const
+{
+    return qint64(m_artworkCache.totalCost() + m_trackArtworkCache.totalCost()) * 1024 + m_decodeMemo->bytes();
+}
