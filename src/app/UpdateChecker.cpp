@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr int requestTimeoutMs = 15000;
 constexpr qint64 feedSizeLimit = 4 * 1024 * 1024;
 
 // A version as parts: runs of digits become numbers, everything else words.
@@ -86,7 +85,7 @@ void UpdateChecker::check()
     Q_EMIT statusChanged();
 
     QNetworkRequest request(m_feedUrl);
-    request.setTransferTimeout(requestTimeoutMs);
+    request.setTransferTimeout(m_timeoutMs);
     request.setHeader(QNetworkRequest::UserAgentHeader,
                       QStringLiteral("Tarnwell/%1").arg(m_currentVersion));
     m_reply = m_network.get(request);

@@ -53,6 +53,9 @@ public:
     QString currentVersion() const { return m_currentVersion; }
     QUrl feedUrl() const { return m_feedUrl; }
 
+    // How long the feed may take (15 s).
+    void setRequestTimeout(int ms) { m_timeoutMs = ms; }
+
     // Starts a check; a check already running is left to finish.
     Q_INVOKABLE void check();
 
@@ -75,6 +78,7 @@ private:
     QPointer<QNetworkReply> m_reply;
     QString m_currentVersion;
     QUrl m_feedUrl;
+    int m_timeoutMs = 15000;
     Status m_status = Status::Idle;
     QString m_message;
     Release m_latest;
