@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+import QtQuick
+import QtTest
+import Tarnwell
+
+TestCase {
+    id: test
+    name: "MainWindow"
+    when: windowShown
+
+    property var window: null
+
+    function initTestCase() {
+        const component = Qt.createComponent("qrc:/Tarnwell/Main.qml")
+        compare(component.status, Component.Ready, component.errorString())
+        window = component.createObject(null)
+        verify(window !== null)
+        tryCompare(window, "visible", true)
+        waitForRendering(window.contentItem)
+    }
+
+    function cleanupTestCase() {
+        window.destroy()
+    }
+
+    function test_windowSizes() {
+        compare(window.width, 1060)
+        compare(window.height, 700)
+        compare(window.minimumWidth, 820)
+        compare(window.minimumHeight, 540)
+        compare(window.title, "Tarnwell")
+    }
+
+    function test_themeFollowsTheMainState() {
+        AppState.selectTheme(2)
+        compare(Theme.current, 2)
+        AppState.selectTheme(1)
+        compare(Theme.current, 1)
+    }
+
+    function test_aClickInTheContentClosesPopups() {
+        AppState.searchActive = true
+        AppState.searchText = "abc"
+        AppState.toggleThemePicker()
+        verify(AppState.showThemePicker)
+        // The test set-up stored a finished onboarding, so no welcome screen
+        // covers the content.
+        verify(AppState.didCompleteOnboarding)
+        mouseClick(window.contentItem, 500, 400)
+        verify(!AppState.showThemePicker)
+        verify(!AppState.searchActive)
+        compare(AppState.searchText, "")
+    }
+}
