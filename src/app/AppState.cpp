@@ -573,6 +573,7 @@ QVariantMap AppState::tagEditorMeta() const
 
 void AppState::showMessage(const QString &text, MessageAnimation animation, int clearAfterMs)
 {
+    qCDebug(lcApp) << "banner:" << text;
     setSuccessMessage(text, animation);
     // Never cancelled, and it clears whatever is shown when it fires.
     QTimer::singleShot(clearAfterMs, this, [this] { setSuccessMessage(QString(), MessageAnimation::Default); });

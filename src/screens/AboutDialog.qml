@@ -51,7 +51,7 @@ ShellDialog {
         width: parent.width
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.WordWrap
-        text: "Free software under the GNU General Public License, version 3 or later."
+        text: "Free software under the GNU GPL, version 3 or later."
         color: Theme.secondaryText
         font.family: Theme.uiFont
         font.pixelSize: 11

@@ -61,6 +61,15 @@ ApplicationWindow {
         pictureOpacity: AppState.backgroundOpacity
     }
 
+    // Screens that are built separately take their places here; until then a
+    // slot left empty takes no room.
+    //   sidebar        the sidebar (playlists, navigation)
+    //   nowPlayingBar  the bar at the bottom while a song is loaded
+    //   searchBar      the search field of the top bar
+    property Component sidebar: null
+    property Component nowPlayingBar: null
+    property Component searchBar: null
+
     ColumnLayout {
         anchors.fill: parent
         spacing: 0
@@ -69,29 +78,51 @@ ApplicationWindow {
             id: topBar
             Layout.fillWidth: true
             hasTracks: AppState.trackCount > 0
+            searchBar: window.searchBar
             onWordMarkClicked: AppState.goHomeFromWordMark()
             onHomeClicked: AppState.goHome()
             onThemeClicked: AppState.toggleThemePicker()
             onImportClicked: window.importFolder()
-            onMenuClicked: appMenu.popup(topBar.menuButton, topBar.menuButton.width - appMenu.width, topBar.menuButton.height + 4)
+            onMenuClicked: appMenu.popup(topBar.menuButton, topBar.menuButton.width - appMenu.width,
+                                         topBar.menuButton.height + 4)
             onContextMenuRequested: (position) => appMenu.popup(topBar, position.x, position.y)
         }
 
-        // The sidebar and the main area.
+        // The sidebar, a divider and the main area.
         Item {
             id: content
+            objectName: "content"
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            Loader {
-                id: mainArea
+            RowLayout {
                 anchors.fill: parent
-                sourceComponent: {
-                    switch (AppState.currentScreen) {
-                    case AppState.Home: return homeScreen
-                    case AppState.Untagged: return untaggedScreen
-                    case AppState.Artists: return artistsScreen
-                    default: return songsScreen
+                spacing: 0
+
+                Loader {
+                    id: sidebarSlot
+                    Layout.fillHeight: true
+                    active: window.sidebar !== null
+                    visible: active
+                    sourceComponent: window.sidebar
+                }
+                Rectangle {
+                    Layout.fillHeight: true
+                    Layout.preferredWidth: 1
+                    visible: sidebarSlot.active
+                    color: Theme.panelBackground
+                }
+                Loader {
+                    id: mainArea
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    sourceComponent: {
+                        switch (AppState.currentScreen) {
+                        case AppState.Home: return homeScreen
+                        case AppState.Untagged: return untaggedScreen
+                        case AppState.Artists: return artistsScreen
+                        default: return songsScreen
+                        }
                     }
                 }
             }
@@ -107,6 +138,17 @@ ApplicationWindow {
                 }
             }
         }
+
+        Loader {
+            Layout.fillWidth: true
+            active: AppState.hasPlayingTrack && window.nowPlayingBar !== null
+            visible: active
+            sourceComponent: window.nowPlayingBar
+        }
+    }
+
+    function songCount(count) {
+        return count + (count === 1 ? " song" : " songs")
     }
 
     Component {
@@ -114,14 +156,15 @@ ApplicationWindow {
         ScreenPlaceholder {
             title: "Home"
             subtitle: "Your music, right where you left it."
-            emptyText: AppState.trackCount > 0 ? "" : "Import music to get started"
+            emptyText: AppState.trackCount > 0 ? window.songCount(AppState.trackCount) + " in your library"
+                                               : "Import music to get started"
         }
     }
     Component {
         id: songsScreen
         ScreenPlaceholder {
             title: "All Songs"
-            subtitle: AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs")
+            subtitle: window.songCount(AppState.trackCount)
         }
     }
     Component {
@@ -147,10 +190,19 @@ ApplicationWindow {
     ThemePopup {
         id: themePopup
         objectName: "themePopup"
-        x: Math.min(topBar.themeButton.mapToItem(window.contentItem, 0, 0).x,
-                    window.contentItem.width - width - 12)
-        y: topBar.themeButton.mapToItem(window.contentItem, 0, 0).y + topBar.themeButton.height + 6
         open: AppState.showThemePicker
+
+        // Hangs below the theme button, inside the window.
+        function place() {
+            const button = topBar.themeButton.mapToItem(window.contentItem, 0, 0)
+            x = Math.max(12, Math.min(button.x, window.contentItem.width - width - 12))
+            y = button.y + topBar.themeButton.height + 6
+        }
+        onOpenChanged: if (open) place()
+        Connections {
+            target: window
+            function onWidthChanged() { themePopup.place() }
+        }
         selectedTheme: AppState.selectedTheme
         onThemeChosen: (index) => AppState.selectTheme(index)
     }
