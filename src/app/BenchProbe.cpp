@@ -8,6 +8,7 @@
 #include <QQuickWindow>
 
 #include <cstdio>
+#include <utility>
 
 BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
     : m_start(start)
@@ -18,6 +19,8 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
 
     if (mode == "first-frame") {
         connect(window, &QQuickWindow::frameSwapped, this, [this] {
+            if (std::exchange(m_reported, true))
+                return;
             const auto ms = std::chrono::duration<double, std::milli>(now() - m_start).count();
             std::printf("first-frame-ms-since-main %.1f\n", ms);
             std::printf("first-frame-epoch-ms %lld\n", QDateTime::currentMSecsSinceEpoch());

@@ -34,4 +34,5 @@ private:
     QTimer m_heartbeat;
     QElapsedTimer m_sinceTick;
     qint64 m_longestStallMs = 0;
+    bool m_reported = false;
 };
