@@ -12,7 +12,8 @@ ShellDialog {
     Image {
         anchors.horizontalCenter: parent.horizontalCenter
         source: "qrc:/Tarnwell/tarnwell.svg"
-        sourceSize: Qt.size(80, 80)
+        sourceSize.width: 80
+        sourceSize.height: 80
         width: 80
         height: 80
     }

@@ -147,24 +147,20 @@ ApplicationWindow {
         }
     }
 
-    function songCount(count) {
-        return count + (count === 1 ? " song" : " songs")
-    }
-
     Component {
         id: homeScreen
         ScreenPlaceholder {
             title: "Home"
             subtitle: "Your music, right where you left it."
-            emptyText: AppState.trackCount > 0 ? window.songCount(AppState.trackCount) + " in your library"
-                                               : "Import music to get started"
+            emptyText: AppState.trackCount === 0 ? "Import music to get started"
+                     : AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs") + " in your library"
         }
     }
     Component {
         id: songsScreen
         ScreenPlaceholder {
             title: "All Songs"
-            subtitle: window.songCount(AppState.trackCount)
+            subtitle: AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs")
         }
     }
     Component {
@@ -218,6 +214,7 @@ ApplicationWindow {
 
     FolderDialog {
         id: folderDialog
+        objectName: "folderDialog"
         title: "Import Music"
         acceptLabel: "Import Folder"
         currentFolder: Platform.StandardPaths.writableLocation(Platform.StandardPaths.MusicLocation)

@@ -31,6 +31,17 @@ TestCase {
         compare(window.title, "Tarnwell")
     }
 
+    function test_importAsksForOneFolder() {
+        const dialog = findChild(window, "folderDialog")
+        verify(dialog !== null)
+        compare(dialog.acceptLabel, "Import Folder")
+        window.importFolder()
+        tryCompare(dialog, "visible", true)
+        dialog.reject()
+        tryCompare(dialog, "visible", false)
+        compare(AppState.trackCount, 0)
+    }
+
     function test_themeFollowsTheMainState() {
         AppState.selectTheme(2)
         compare(Theme.current, 2)
