@@ -129,13 +129,9 @@ ApplicationWindow {
 
             // A click anywhere here also closes the search and the theme
             // popup; the click still reaches what is under it.
-            Item {
+            ClickWatcher {
                 anchors.fill: parent
-                TapHandler {
-                    gesturePolicy: TapHandler.DragThreshold
-                    grabPermissions: PointerHandler.ApprovesTakeOverByAnything
-                    onTapped: AppState.dismissPopups()
-                }
+                onClicked: AppState.dismissPopups()
             }
         }
 

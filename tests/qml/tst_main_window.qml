@@ -23,6 +23,18 @@ TestCase {
         window.destroy()
     }
 
+    // Stands in for a sidebar: something clickable inside the content area.
+    Component {
+        id: clickableSidebar
+        Rectangle {
+            objectName: "clickable"
+            implicitWidth: 200
+            property int clicks: 0
+            color: "transparent"
+            MouseArea { anchors.fill: parent; onClicked: parent.clicks += 1 }
+        }
+    }
+
     function test_windowSizes() {
         compare(window.width, 1060)
         compare(window.height, 700)
@@ -61,5 +73,31 @@ TestCase {
         verify(!AppState.showThemePicker)
         verify(!AppState.searchActive)
         compare(AppState.searchText, "")
+    }
+
+    function test_aClickOnThePopupKeepsItOpen() {
+        AppState.toggleThemePicker()
+        const popup = findChild(window.contentItem, "themePopup")
+        tryCompare(popup, "opacity", 1)
+        mouseClick(popup, 30, 12) // the header
+        verify(AppState.showThemePicker)
+        mouseClick(findChild(popup, "themeRow0"))
+        verify(!AppState.showThemePicker)
+        compare(AppState.selectedTheme, "sunrise")
+        AppState.selectTheme(1)
+    }
+
+    function test_theClickStillReachesTheContent() {
+        window.sidebar = clickableSidebar
+        const sidebar = findChild(window.contentItem, "clickable")
+        verify(sidebar !== null)
+        waitForRendering(window.contentItem)
+        AppState.toggleThemePicker()
+        verify(AppState.showThemePicker)
+        // Below the popup, which hangs near the top.
+        mouseClick(sidebar, 100, 500)
+        compare(sidebar.clicks, 1)
+        verify(!AppState.showThemePicker)
+        window.sidebar = null
     }
 }
