@@ -69,14 +69,19 @@ QUrl UpdateChecker::defaultFeedUrl()
     return QUrl(QStringLiteral(TARNWELL_UPDATE_FEED));
 }
 
+bool UpdateChecker::hasFeed() const
+{
+    const QString scheme = m_feedUrl.scheme();
+    return m_feedUrl.isValid()
+        && (scheme == QLatin1String("https") || scheme == QLatin1String("http") || scheme == QLatin1String("file"));
+}
+
 void UpdateChecker::check()
 {
     if (m_status == Status::Checking)
         return;
     m_latest = {};
-    if (!m_feedUrl.isValid() || m_feedUrl.isEmpty()
-        || (m_feedUrl.scheme() != QLatin1String("https") && m_feedUrl.scheme() != QLatin1String("http")
-            && m_feedUrl.scheme() != QLatin1String("file"))) {
+    if (!hasFeed()) {
         finish(Status::Failed, tr("Updates can't be checked: this build of Tarnwell has no update feed."));
         return;
     }

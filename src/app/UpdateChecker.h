@@ -28,6 +28,8 @@ class UpdateChecker : public QObject
     Q_PROPERTY(QString latestVersion READ latestVersion NOTIFY statusChanged)
     Q_PROPERTY(QUrl downloadUrl READ downloadUrl NOTIFY statusChanged)
     Q_PROPERTY(QString currentVersion READ currentVersion CONSTANT)
+    // This build knows where to look for updates.
+    Q_PROPERTY(bool hasFeed READ hasFeed CONSTANT)
 
 public:
     enum class Status { Idle, Checking, UpToDate, UpdateAvailable, Failed };
@@ -52,6 +54,7 @@ public:
     QUrl downloadUrl() const { return m_latest.downloadUrl; }
     QString currentVersion() const { return m_currentVersion; }
     QUrl feedUrl() const { return m_feedUrl; }
+    bool hasFeed() const;
 
     // How long the feed may take (15 s).
     void setRequestTimeout(int ms) { m_timeoutMs = ms; }

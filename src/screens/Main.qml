@@ -234,6 +234,7 @@ ApplicationWindow {
         status: AppState.updateChecker.status
         message: AppState.updateChecker.message
         downloadUrl: AppState.updateChecker.downloadUrl
+        canRetry: AppState.updateChecker.hasFeed
         onDownloadClicked: {
             Qt.openUrlExternally(downloadUrl)
             close()

@@ -12,6 +12,8 @@ ShellDialog {
     required property int status
     required property string message
     required property url downloadUrl
+    // Whether checking again could give another answer.
+    property bool canRetry: true
 
     readonly property bool checking: status === UpdateChecker.Checking
     readonly property bool updateAvailable: status === UpdateChecker.UpdateAvailable
@@ -59,7 +61,7 @@ ShellDialog {
         PillButton {
             text: "Try Again"
             quiet: true
-            visible: dialog.status === UpdateChecker.Failed
+            visible: dialog.status === UpdateChecker.Failed && dialog.canRetry
             onClicked: dialog.checkAgainClicked()
         }
         PillButton {

@@ -167,6 +167,7 @@ private Q_SLOTS:
     void noFeedSaysSo()
     {
         UpdateChecker checker(nullptr, QStringLiteral("0.1.0"), QUrl(QStringLiteral("not a feed")));
+        QVERIFY(!checker.hasFeed());
         checker.check();
         QCOMPARE(checker.status(), UpdateChecker::Status::Failed);
         QVERIFY(checker.message().contains(QStringLiteral("no update feed")));
