@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Renders the program's window to PNG files under BUILD/screenshots: the real
 # program under Xvfb with a generated sample library, once per theme, plus the
-# welcome screen, the theme popup, the banner, the menu and its dialogs.
+# welcome screen, the theme popup, the banner, the menu and its dialogs, and
+# the folder chooser.
 # Usage: scripts/screenshots.sh [BUILD]
 set -euo pipefail
 
@@ -154,4 +155,8 @@ click 1021 38
 click 940 113 # "Check for Updates..."
 sleep 1.2
 shot "update-noir"
+click 60 600 # closes the update dialog
+click 930 38 # "Import Music"
+sleep 0.8
+shot "import-dialog-noir"
 stop

@@ -42,21 +42,41 @@ QList<QUrl> foldersFrom(const QStringList &arguments)
 int main(int argc, char **argv)
 {
     const BenchProbe::Clock startTime = BenchProbe::now();
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setApplicationVersion(QStringLiteral(TARNWELL_VERSION));
-    QGuiApplication::setDesktopFileName(QStringLiteral("tarnwell"));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
+    QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
+    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TARNWELL_VERSION));
 
+    // The command line is read before the window system is asked for, so that
+    // --help and --version work without a display.
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Tarnwell plays the music in your own folders."));
-    parser.addHelpOption();
-    parser.addVersionOption();
+    const QCommandLineOption helpOption = parser.addHelpOption();
+    const QCommandLineOption versionOption = parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("folder"), QStringLiteral("Music folders to import at start."),
                                  QStringLiteral("[FOLDER...]"));
-    parser.process(app);
+    // Unknown options may be Qt's own (-platform, -style...): they are judged
+    // once QGuiApplication has taken those out.
+    parser.parse(arguments);
+    if (parser.isSet(helpOption)) {
+        QString help = parser.helpText();
+        help.replace(QStringLiteral("<executable_name>"), QStringLiteral("tarnwell"));
+        std::fputs(qPrintable(help), stdout);
+        return 0;
+    }
+    if (parser.isSet(versionOption)) {
+        std::printf("tarnwell %s\n", TARNWELL_VERSION);
+        return 0;
+    }
+
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("tarnwell"));
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
+    // Qt has taken its own options out of the arguments by now.
+    parser.process(QCoreApplication::arguments());
     const QList<QUrl> folders = foldersFrom(parser.positionalArguments());
 
     QFont font(QStringLiteral("Inter"));
