@@ -57,7 +57,7 @@ int hexDigit(QChar c)
 }
 
 // Reads a hexadecimal number from the start, with an optional 0x prefix; an
-// overflowing number saturates, as the platform scanner this mirrors does.
+// overflowing number saturates to all bits set rather than wrapping.
 std::uint64_t scanHex(QStringView s)
 {
     qsizetype i = 0;
