@@ -1,5 +1,162 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Renders the program's screens to PNG files under BUILD/screenshots.
+# Renders the program's window to PNG files under BUILD/screenshots: the real
+# program under Xvfb with a generated sample library, once per theme, plus the
+# welcome screen, the theme popup, the banner, the menu and its dialogs, and
+# the folder chooser.
+# Usage: scripts/screenshots.sh [BUILD]
 set -euo pipefail
-echo "screenshots: no screens to render yet"
+
+build=$(cd "${1:-build}" && pwd)
+app="$build/bin/tarnwell"
+out="$build/screenshots"
+for tool in Xvfb xdotool import sox; do
+  command -v "$tool" > /dev/null || { echo "screenshots: $tool is missing (make deps)" >&2; exit 1; }
+done
+[ -x "$app" ] || { echo "screenshots: build the program first ($app)" >&2; exit 1; }
+mkdir -p "$out"
+
+work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwell-shots.XXXXXX")
+xvfb_pid=""
+app_pid=""
+feed_pid=""
+cleanup() {
+  [ -n "$app_pid" ] && kill "$app_pid" 2> /dev/null || true
+  [ -n "$feed_pid" ] && kill "$feed_pid" 2> /dev/null || true
+  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
+  rm -rf "$work"
+}
+trap cleanup EXIT INT TERM
+
+# A private X server; it tells us its display number.
+exec 3> "$work/display"
+Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 -nolisten tcp > /dev/null 2>&1 &
+xvfb_pid=$!
+for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
+export DISPLAY=":$(cat "$work/display")"
+
+# The sample library: a few artists and albums of short tones.
+library="$work/Music"
+make_song() { # artist album track title
+  local dir="$library/$1/$2"
+  mkdir -p "$dir"
+  local file="$dir/$(printf '%02d' "$3") $4.flac"
+  sox -n -r 44100 -c 2 -b 16 "$file" synth 1 sine $((200 + 40 * $3)) 2> /dev/null
+  if command -v metaflac > /dev/null; then
+    metaflac --set-tag="ARTIST=$1" --set-tag="ALBUM=$2" --set-tag="TITLE=$4" "$file"
+  fi
+}
+i=0
+for title in "Morning Light" "Glass River" "Paper Boats" "Slow Tide"; do
+  i=$((i + 1)); make_song "Nadia Lund" "Harbour Songs" "$i" "$title"
+done
+i=0
+for title in "Northern Line" "Static Bloom" "Low Orbit"; do
+  i=$((i + 1)); make_song "The Quiet Hours" "Low Orbit" "$i" "$title"
+done
+i=0
+for title in "Copper Sky" "Fieldwork" "Kites" "Undertow" "Last Ferry"; do
+  i=$((i + 1)); make_song "Marisol Vey" "Fieldwork" "$i" "$title"
+done
+i=0
+for title in "Inland" "Salt"; do
+  i=$((i + 1)); make_song "Orlo" "Inland EP" "$i" "$title"
+done
+
+# An update feed on the loopback interface, announcing a newer version.
+mkdir -p "$work/feed"
+cat > "$work/feed/appcast.xml" << 'XML'
+<?xml version="1.0" encoding="utf-8"?>
+<rss version="2.0" xmlns:tw="https://tarnwell.org/appcast">
+  <channel><title>Tarnwell</title>
+    <item><title>Tarnwell 0.2.0</title>
+      <enclosure url="https://tarnwell.org/download/tarnwell-0.2.0.tar.xz" tw:version="0.2.0" type="application/x-xz"/>
+    </item>
+  </channel>
+</rss>
+XML
+port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+python3 -m http.server --bind 127.0.0.1 --directory "$work/feed" "$port" > /dev/null 2>&1 &
+feed_pid=$!
+
+export HOME="$work/home"
+export XDG_CONFIG_HOME="$HOME/.config" XDG_DATA_HOME="$HOME/.local/share" XDG_CACHE_HOME="$HOME/.cache"
+export XDG_RUNTIME_DIR="$work/runtime"
+mkdir -p "$XDG_CONFIG_HOME/Tarnwell" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
+chmod 700 "$XDG_RUNTIME_DIR"
+export TARNWELL_AUDIO_SINK="fakesink sync=true"
+export TARNWELL_UPDATE_FEED_URL="http://127.0.0.1:$port/appcast.xml"
+export QT_LOGGING_RULES="tarnwell.app.debug=true"
+unset DBUS_SESSION_BUS_ADDRESS
+
+window=""
+# start THEME ONBOARDED [FOLDER]: runs the program and waits for its window
+# (and for the import of FOLDER).
+start() {
+  printf '[General]\ndidCompleteOnboarding=%s\nselectedTheme=%s\n' "$2" "$1" > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
+  : > "$work/log"
+  if [ -n "${3:-}" ]; then "$app" "$3" 2> "$work/log" & else "$app" 2> "$work/log" & fi
+  app_pid=$!
+  window=""
+  for _ in $(seq 100); do
+    window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
+    [ -n "$window" ] && break
+    sleep 0.1
+  done
+  [ -n "$window" ] || { echo "screenshots: no window" >&2; cat "$work/log" >&2; exit 1; }
+  if [ -n "${3:-}" ]; then
+    for _ in $(seq 100); do grep -q 'imported' "$work/log" && break; sleep 0.1; done
+  fi
+  xdotool mousemove --window "$window" 1 690
+  sleep 1.2 # the welcome screen fades out in 0.7 s
+}
+stop() {
+  kill "$app_pid" 2> /dev/null || true
+  wait "$app_pid" 2> /dev/null || true
+  app_pid=""
+}
+shot() {
+  import -window "$window" "$out/$1.png"
+  echo "  $out/$1.png"
+}
+click() { # x y, in window coordinates
+  xdotool mousemove --window "$window" "$1" "$2" click 1
+  sleep 0.4
+}
+
+echo "screenshots:"
+for theme in noir sunrise light; do
+  start "$theme" true "$library"
+  shot "main-$theme"
+  # The theme button: the three dots left of "Import Music".
+  click 836 38
+  sleep 0.3
+  shot "theme-popup-$theme"
+  stop
+done
+
+start noir false
+shot "welcome-noir"
+stop
+
+start noir true "$library"
+# A song copied into a watched folder shows the banner once the folder settles.
+cp "$library/Orlo/Inland EP/01 Inland.flac" "$library/Orlo/Inland EP/03 Coastline.flac"
+for _ in $(seq 60); do grep -q 'banner: "1 new song added"' "$work/log" && break; sleep 0.1; done
+sleep 0.5
+shot "banner-noir"
+click 1021 38 # the menu button
+shot "menu-noir"
+click 940 82 # "About Tarnwell"
+sleep 0.6
+shot "about-noir"
+click 60 600 # outside the dialog, which closes it
+click 1021 38
+click 940 113 # "Check for Updates..."
+sleep 1.2
+shot "update-noir"
+click 60 600 # closes the update dialog
+click 930 38 # "Import Music"
+sleep 0.8
+shot "import-dialog-noir"
+stop

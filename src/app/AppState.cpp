@@ -1,7 +1,671 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 
-AppState::AppState(QObject *parent)
-    : QObject(parent)
+#include "model/Log.h"
+#include "model/TextUtil.h"
+#include "tags/TagReader.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QQmlEngine>
+#include <QTimer>
+#include <QtConcurrent>
+
+namespace {
+
+AppState *s_instance = nullptr;
+
+std::optional<QUuid> uuidFrom(const QString &text)
 {
+    return trackjson::parseUuid(text);
+}
+
+// A text field's value for a tag: empty means remove the tag.
+std::optional<QString> tagValue(const QString &text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional<QString>(text);
+}
+
+} // namespace
+
+AppState::AppState(QObject *parent)
+    : AppState(PlaylistStore::defaultSaveFile(), parent)
+{
+}
+
+AppState::AppState(const QString &playlistFile, QObject *parent)
+    : QObject(parent)
+    , m_playlistStore(playlistFile)
+    , m_keyPressFilter([this](const KeyPressFilter::KeyPress &press) { return handleKeyPress(press); })
+    , m_recentArtists(m_preferences.recentArtists())
+{
+    // Prefetch work yields to everything else: the GUI thread, the index build
+    // and tag reads for what is on screen.
+    m_backgroundPool.setThreadPriority(QThread::LowPriority);
+    m_backgroundPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount() - 1));
+    connectServices();
+}
+
+AppState::~AppState()
+{
+    m_prefetch.cancel();
+    m_backgroundPool.clear();
+    m_backgroundPool.waitForDone();
+    if (s_instance == this)
+        s_instance = nullptr;
+}
+
+AppState *AppState::create(QQmlEngine *engine, QJSEngine *)
+{
+    if (s_instance) {
+        QQmlEngine::setObjectOwnership(s_instance, QQmlEngine::CppOwnership);
+        return s_instance;
+    }
+    // An engine without a program around it (a Qt Quick test): it owns this one.
+    return new AppState(engine);
+}
+
+void AppState::setInstance(AppState *state)
+{
+    s_instance = state;
+}
+
+QString AppState::version()
+{
+    return QStringLiteral(TARNWELL_VERSION);
+}
+
+bool AppState::hasGlobalMenu()
+{
+    // Qt exports menus to a global menu bar through this registrar.
+    static const bool available = [] {
+        QDBusConnectionInterface *bus = QDBusConnection::sessionBus().interface();
+        return bus && bus->isServiceRegistered(QStringLiteral("com.canonical.AppMenu.Registrar")).value();
+    }();
+    return available;
+}
+
+void AppState::connectServices()
+{
+    connect(&m_folderMonitor, &FolderMonitor::discoveredURLsChanged, this,
+            [this] { addDiscoveredFiles(m_folderMonitor.discoveredURLs()); });
+    connect(&m_background, &BackgroundFade::shownSourceChanged, this, &AppState::backgroundSourceChanged);
+    connect(&m_background, &BackgroundFade::opacityChanged, this, &AppState::backgroundOpacityChanged);
+    // Activating the search closes the theme popup.
+    connect(this, &AppState::searchActiveChanged, this, [this] {
+        if (m_searchActive)
+            setShowThemePicker(false);
+    });
+}
+
+// ---- Library ----------------------------------------------------------------
+
+std::optional<Track> AppState::trackById(const QUuid &id) const
+{
+    const auto it = m_trackPositions.constFind(id);
+    if (it != m_trackPositions.cend())
+        return m_tracks.at(*it);
+    for (const Playlist &p : m_playlistStore.playlists()) {
+        for (const Track &t : p.tracks) {
+            if (t.id == id)
+                return t;
+        }
+    }
+    return std::nullopt;
+}
+
+void AppState::appendTracks(const QList<QUrl> &urls)
+{
+    if (urls.isEmpty())
+        return;
+    const auto first = int(m_tracks.size());
+    m_tracks.reserve(m_tracks.size() + urls.size());
+    for (const QUrl &url : urls) {
+        Track track = Track::create(url);
+        m_trackPositions.insert(track.id, m_tracks.size());
+        m_trackUrls.insert(url);
+        m_tracks.append(std::move(track));
+    }
+    Q_EMIT tracksAppended(first, int(urls.size()));
+    Q_EMIT tracksChanged();
+}
+
+void AppState::importFolder(const QUrl &folder)
+{
+    if (!folder.isLocalFile()) {
+        qCWarning(lcApp) << "not a local folder, not imported:" << folder;
+        return;
+    }
+    m_importQueue.append(folder);
+    startNextImport();
+}
+
+void AppState::importFolders(const QList<QUrl> &folders)
+{
+    for (const QUrl &folder : folders)
+        importFolder(folder);
+}
+
+void AppState::startNextImport()
+{
+    if (m_importRunning || m_importQueue.isEmpty())
+        return;
+    const QUrl folder = m_importQueue.takeFirst();
+    m_importRunning = true;
+    Q_EMIT importingChanged();
+    // A large folder takes a while to list; the window stays responsive.
+    QtConcurrent::run([folder] { return scanFolder(folder); })
+        .then(this, [this, folder](const QList<QUrl> &found) { finishImport(folder, found); });
+}
+
+void AppState::finishImport(const QUrl &folder, const QList<QUrl> &found)
+{
+    const QList<QUrl> fresh = import::freshFiles(found, m_trackUrls);
+    appendTracks(fresh);
+    if (!m_tracks.isEmpty()) {
+        if (!m_preferences.didCompleteOnboarding()) {
+            m_preferences.setDidCompleteOnboarding(true);
+            Q_EMIT didCompleteOnboardingChanged();
+        }
+        startArtworkPrefetch(m_tracks);
+        rebuildSearchIndex();
+    }
+    m_folderMonitor.watch(folder, m_trackUrls);
+    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found.size() << " audio files, "
+                            << fresh.size() << " new";
+
+    m_importRunning = false;
+    Q_EMIT folderImported(folder, int(fresh.size()));
+    if (m_importQueue.isEmpty())
+        Q_EMIT importingChanged();
+    else
+        startNextImport();
+}
+
+void AppState::addDiscoveredFiles(const QList<QUrl> &urls)
+{
+    if (urls.isEmpty())
+        return;
+    const QList<QUrl> fresh = import::freshFiles(urls, m_trackUrls);
+    if (fresh.isEmpty()) {
+        m_folderMonitor.clearDiscoveredURLs();
+        return;
+    }
+    const auto first = m_tracks.size();
+    appendTracks(fresh);
+    m_folderMonitor.setKnownURLs(m_trackUrls);
+    m_folderMonitor.clearDiscoveredURLs();
+    startArtworkPrefetch(m_tracks.mid(first));
+    rebuildSearchIndex();
+    showMessage(import::discoveredMessage(fresh.size()), MessageAnimation::Default, discoveredMessageMs);
+}
+
+void AppState::startArtworkPrefetch(const QList<Track> &songs)
+{
+    m_prefetch.cancel();
+    const quint64 generation = ++m_prefetchGeneration;
+    QStringList paths;
+    paths.reserve(songs.size());
+    for (const Track &song : songs)
+        paths.append(song.path());
+
+    using Tags = std::pair<std::optional<QString>, std::optional<QString>>;
+    m_prefetch = QtConcurrent::mapped(&m_backgroundPool, std::move(paths), [](const QString &path) -> Tags {
+        const TrackMetadata meta = readMetadata(path);
+        return {meta.artist, meta.album};
+    });
+    m_prefetch.then(this, [this, generation](QFuture<Tags> done) {
+        if (generation != m_prefetchGeneration || done.isCanceled())
+            return;
+        import::PrefetchPlan plan;
+        for (const Tags &tags : done.results())
+            plan.add(tags.first, tags.second);
+        qCDebug(lcApp).nospace() << "artwork prefetch: " << plan.artists().size() << " artists, "
+                                 << plan.albums().size() << " albums";
+        Q_EMIT prefetchPlanned(plan.artists(), int(plan.albums().size()));
+        requestPrefetchPictures(plan);
+    });
+}
+
+// ---- Preferences --------------------------------------------------------------
+
+void AppState::recordRecentArtist(const QString &artist)
+{
+    if (artist.isEmpty())
+        return;
+    QStringList updated = Preferences::withRecentArtist(m_recentArtists, artist);
+    m_preferences.setRecentArtists(updated);
+    if (updated == m_recentArtists)
+        return;
+    m_recentArtists = std::move(updated);
+    Q_EMIT recentArtistsChanged();
+}
+
+void AppState::selectTheme(int themeIndex)
+{
+    const QList<AppTheme> themes = palette::allThemes();
+    if (themeIndex < 0 || themeIndex >= themes.size())
+        return;
+    const QString raw = palette::rawValue(themes[themeIndex]);
+    const bool changed = raw != m_preferences.selectedTheme();
+    m_preferences.setSelectedTheme(raw);
+    if (changed)
+        Q_EMIT selectedThemeChanged();
+    setShowThemePicker(false);
+}
+
+// ---- Navigation ---------------------------------------------------------------
+
+QString AppState::selectedPlaylistID() const
+{
+    return m_selectedPlaylistID ? trackjson::uuidText(*m_selectedPlaylistID) : QString();
+}
+
+AppState::Screen AppState::currentScreen() const
+{
+    return m_currentScreen;
+}
+
+void AppState::updateCurrentScreen()
+{
+    const Screen screen = m_showingHome ? Screen::Home
+        : m_showingUntagged             ? Screen::Untagged
+        : m_showingArtists              ? Screen::Artists
+                                        : Screen::Songs;
+    if (screen == m_currentScreen)
+        return;
+    m_currentScreen = screen;
+    Q_EMIT currentScreenChanged();
+}
+
+void AppState::setShowingHome(bool on)
+{
+    if (m_showingHome == on)
+        return;
+    m_showingHome = on;
+    Q_EMIT showingHomeChanged();
+    updateCurrentScreen();
+}
+
+void AppState::setShowingArtists(bool on)
+{
+    if (m_showingArtists == on)
+        return;
+    m_showingArtists = on;
+    Q_EMIT showingArtistsChanged();
+    updateCurrentScreen();
+}
+
+void AppState::setShowingUntagged(bool on)
+{
+    if (m_showingUntagged == on)
+        return;
+    m_showingUntagged = on;
+    Q_EMIT showingUntaggedChanged();
+    updateCurrentScreen();
+}
+
+void AppState::setShowingCreate(bool on)
+{
+    if (m_showingCreate == on)
+        return;
+    m_showingCreate = on;
+    Q_EMIT showingCreateChanged();
+}
+
+void AppState::setSelectedPlaylistID(const QString &id)
+{
+    const std::optional<QUuid> parsed = uuidFrom(id);
+    if (!parsed && !id.isEmpty())
+        qCWarning(lcApp) << "not a playlist identifier:" << id;
+    if (parsed == m_selectedPlaylistID)
+        return;
+    m_selectedPlaylistID = parsed;
+    Q_EMIT selectedPlaylistIDChanged();
+}
+
+void AppState::setSelectedArtistName(const QString &name)
+{
+    if (m_selectedArtistName == name)
+        return;
+    m_selectedArtistName = name;
+    Q_EMIT selectedArtistNameChanged();
+}
+
+void AppState::setSelectedArtistAlbum(const QString &album)
+{
+    if (m_selectedArtistAlbum == album)
+        return;
+    m_selectedArtistAlbum = album;
+    Q_EMIT selectedArtistAlbumChanged();
+}
+
+void AppState::setShowThemePicker(bool on)
+{
+    if (m_showThemePicker == on)
+        return;
+    m_showThemePicker = on;
+    Q_EMIT showThemePickerChanged();
+}
+
+void AppState::setSearchText(const QString &text)
+{
+    if (m_searchText == text)
+        return;
+    m_searchText = text;
+    Q_EMIT searchTextChanged();
+}
+
+void AppState::setSearchActive(bool on)
+{
+    if (m_searchActive == on)
+        return;
+    m_searchActive = on;
+    Q_EMIT searchActiveChanged();
+}
+
+void AppState::goHome()
+{
+    goHomeFromWordMark();
+    setShowThemePicker(false);
+}
+
+void AppState::goHomeFromWordMark()
+{
+    setShowingHome(true);
+    setShowingArtists(false);
+    setShowingUntagged(false);
+    setSelectedPlaylistID({});
+    setSelectedArtistName({});
+    setSelectedArtistAlbum({});
+}
+
+void AppState::showAllArtists()
+{
+    setShowingHome(false);
+    setShowingArtists(true);
+    setShowingUntagged(false);
+    setSelectedPlaylistID({});
+    setSelectedArtistName({});
+}
+
+void AppState::openArtist(const QString &artist)
+{
+    dismissSearch();
+    setShowingHome(false);
+    setShowingArtists(true);
+    setShowingUntagged(false);
+    setSelectedPlaylistID({});
+    setSelectedArtistName(artist);
+    setSelectedArtistAlbum({});
+}
+
+void AppState::openAlbum(const QString &artist, const QString &album)
+{
+    dismissSearch();
+    setShowingHome(false);
+    setShowingArtists(true);
+    setShowingUntagged(false);
+    setSelectedPlaylistID({});
+    setSelectedArtistName(artist);
+    setSelectedArtistAlbum(album);
+}
+
+void AppState::dismissSearch()
+{
+    setSearchText(QString());
+    setSearchActive(false);
+}
+
+void AppState::dismissPopups()
+{
+    if (m_searchActive)
+        dismissSearch();
+    if (m_showThemePicker)
+        setShowThemePicker(false);
+}
+
+void AppState::toggleThemePicker()
+{
+    setShowThemePicker(!m_showThemePicker);
+}
+
+// ---- Playlists ----------------------------------------------------------------
+
+QString AppState::draggingTrackId() const
+{
+    return m_draggingTrack ? trackjson::uuidText(m_draggingTrack->id) : QString();
+}
+
+void AppState::beginDrag(const QString &trackId)
+{
+    const std::optional<QUuid> id = uuidFrom(trackId);
+    if (!id)
+        return;
+    if (const std::optional<Track> track = trackById(*id))
+        setDraggingTrack(track);
+}
+
+void AppState::setDraggingTrack(const std::optional<Track> &track)
+{
+    if (track == m_draggingTrack)
+        return;
+    m_draggingTrack = track;
+    Q_EMIT draggingTrackChanged();
+    // Never cancelled: it forgets whatever drag is current when it fires.
+    if (track)
+        QTimer::singleShot(dragResetMs, this, [this] { setDraggingTrack(std::nullopt); });
+}
+
+void AppState::dropOnPlaylist(const QString &trackId, const QString &playlistId)
+{
+    const std::optional<QUuid> tid = uuidFrom(trackId);
+    const std::optional<QUuid> pid = uuidFrom(playlistId);
+    const std::optional<Track> track = tid ? trackById(*tid) : std::nullopt;
+    if (!track) {
+        setDraggingTrack(std::nullopt);
+        return;
+    }
+    dropOnPlaylist(*track, pid.value_or(QUuid()));
+}
+
+void AppState::dropOnPlaylist(const Track &track, const QUuid &playlistId)
+{
+    setDraggingTrack(std::nullopt);
+    const bool added = m_playlistStore.addTrack(track, playlistId);
+    const Playlist *playlist = m_playlistStore.playlist(playlistId);
+    const QString name = playlist ? playlist->name : QStringLiteral("playlist");
+    showMessage((added ? QStringLiteral("Added to ") : QStringLiteral("Already in ")) + name,
+                MessageAnimation::Spring, playlistMessageMs);
+}
+
+void AppState::createPlaylistFromPanel(const QString &name)
+{
+    m_playlistStore.createPlaylist(name);
+    setShowingCreate(false);
+}
+
+void AppState::cancelCreatePlaylist()
+{
+    setShowingCreate(false);
+}
+
+// ---- Tag editor ---------------------------------------------------------------
+
+void AppState::openTagEditor(const QString &trackId)
+{
+    const std::optional<QUuid> id = uuidFrom(trackId);
+    if (const std::optional<Track> track = id ? trackById(*id) : std::nullopt)
+        openTagEditor(*track);
+}
+
+void AppState::openTagEditor(const Track &track)
+{
+    // The tags are read on the pool; only the latest request opens the editor.
+    const quint64 request = ++m_tagEditorRequest;
+    QtConcurrent::run([path = track.path()] { return readMetadata(path); })
+        .then(this, [this, request, track](const TrackMetadata &meta) {
+            if (request == m_tagEditorRequest)
+                setTagEditor(track, meta);
+        });
+}
+
+void AppState::closeTagEditor()
+{
+    ++m_tagEditorRequest;
+    setTagEditor(std::nullopt, std::nullopt);
+}
+
+void AppState::setTagEditor(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta)
+{
+    const bool same = track == m_tagEditorTrack && !meta && !m_tagEditorMeta;
+    m_tagEditorTrack = track;
+    m_tagEditorMeta = meta;
+    if (!same)
+        Q_EMIT tagEditorChanged();
+}
+
+void AppState::saveSingleTrackTags(const QString &title, const QString &artist, const QString &album,
+                                   const QString &trackId)
+{
+    const std::optional<QUuid> id = uuidFrom(trackId);
+    const std::optional<Track> track = id ? trackById(*id) : std::nullopt;
+    if (!track) {
+        closeTagEditor();
+        return;
+    }
+    QtConcurrent::run(&AppState::writeTags, *track, tagValue(title), tagValue(artist), tagValue(album))
+        .then(this, [this](bool written) {
+            closeTagEditor();
+            if (written)
+                showMessage(QStringLiteral("Tags saved"), MessageAnimation::Default, tagsSavedMessageMs);
+        });
+}
+
+QString AppState::tagEditorTrackId() const
+{
+    return m_tagEditorTrack ? trackjson::uuidText(m_tagEditorTrack->id) : QString();
+}
+
+QString AppState::tagEditorFileName() const
+{
+    return m_tagEditorTrack ? text::displayName(m_tagEditorTrack->path()) : QString();
+}
+
+QVariantMap AppState::tagEditorMeta() const
+{
+    QVariantMap map;
+    if (!m_tagEditorMeta)
+        return map;
+    const auto put = [&map](const char *key, const std::optional<QString> &value) {
+        if (value)
+            map.insert(QLatin1String(key), *value);
+    };
+    put("title", m_tagEditorMeta->title);
+    put("artist", m_tagEditorMeta->artist);
+    put("album", m_tagEditorMeta->album);
+    put("genre", m_tagEditorMeta->genre);
+    return map;
+}
+
+// ---- Banner -------------------------------------------------------------------
+
+void AppState::showMessage(const QString &text, MessageAnimation animation, int clearAfterMs)
+{
+    qCDebug(lcApp) << "banner:" << text;
+    setSuccessMessage(text, animation);
+    // Never cancelled, and it clears whatever is shown when it fires.
+    QTimer::singleShot(clearAfterMs, this, [this] { setSuccessMessage(QString(), MessageAnimation::Default); });
+}
+
+void AppState::setSuccessMessage(const QString &text, MessageAnimation animation)
+{
+    if (text == m_successMessage)
+        return;
+    m_successMessage = text;
+    // A clearing keeps the animation the text came with.
+    if (!text.isEmpty())
+        m_messageAnimation = animation;
+    Q_EMIT successMessageChanged();
+}
+
+// ---- Playback -----------------------------------------------------------------
+
+void AppState::setPlayingTrack(const std::optional<Track> &track)
+{
+    if (track == m_playingTrack)
+        return;
+    m_playingTrack = track;
+    Q_EMIT playingTrackChanged();
+    onPlayingTrackChanged();
+}
+
+void AppState::onPlayingTrackChanged()
+{
+    refreshNowPlaying();
+    if (m_playingTrack) {
+        loadArtwork(*m_playingTrack);
+        if (const std::optional<QString> artist = artistForTrack(m_playingTrack->id))
+            recordRecentArtist(*artist);
+    } else {
+        clearArtwork();
+    }
+}
+
+// ---- Seams --------------------------------------------------------------------
+// Each of these is where a service that is built separately connects; until it
+// does, they do nothing.
+
+void AppState::refreshNowPlaying()
+{
+    // The playback controller publishes the now-playing information (MPRIS).
+}
+
+bool AppState::handleKeyPress(const KeyPressFilter::KeyPress &)
+{
+    // The playback controller's space-bar decision answers here.
+    return false;
+}
+
+void AppState::loadArtwork(const Track &)
+{
+    // artworkLoader.load(track); its published picture arrives through
+    // onArtworkImageChanged().
+}
+
+void AppState::clearArtwork()
+{
+    // Cancels the artwork loader's task and clears its picture, which fades the
+    // background out through onArtworkImageChanged().
+}
+
+void AppState::onArtworkImageChanged(const QUrl &imageSource)
+{
+    m_background.show(imageSource);
+}
+
+void AppState::requestPrefetchPictures(const import::PrefetchPlan &)
+{
+    // artworkLoader.artistImage(name) for every artist, then
+    // artworkLoader.albumArt(artist, album) for every album, at background
+    // priority and cancelled by the next prefetch.
+}
+
+void AppState::rebuildSearchIndex()
+{
+    // The search index rebuilds itself from a snapshot of tracks.
+}
+
+std::optional<QString> AppState::artistForTrack(const QUuid &) const
+{
+    // The search index answers the artist of an indexed song.
+    return std::nullopt;
+}
+
+bool AppState::writeTags(const Track &, const std::optional<QString> &, const std::optional<QString> &,
+                         const std::optional<QString> &)
+{
+    // saveTags(track, title, artist, album) from the tag writer.
+    return false;
 }

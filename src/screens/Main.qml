@@ -1,14 +1,263 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The window. The only place that talks to AppState: it reads the main state,
+// hands values to the screens and turns their signals into AppState calls.
 import QtQuick
+import QtQuick.Controls
+import QtQuick.Dialogs
+import QtQuick.Layouts
 import QtQuick.Window
+import Qt.labs.platform as Platform
+import Tarnwell
 
-Window {
+ApplicationWindow {
     id: window
+
     width: 1060
     height: 700
     minimumWidth: 820
     minimumHeight: 540
     visible: true
     title: "Tarnwell"
-    color: "#0E0E10"
+    color: Theme.windowBackground
+
+    // Menus, text fields and dialogs of the controls style follow the theme.
+    palette {
+        window: Theme.raisedBackground
+        windowText: Theme.primaryText
+        base: Theme.windowBackground
+        alternateBase: Theme.panelBackground
+        text: Theme.primaryText
+        button: Theme.subtleFill
+        buttonText: Theme.primaryText
+        highlight: Theme.accent
+        highlightedText: Theme.onAccentText
+        placeholderText: Theme.secondaryText
+        mid: Theme.border
+        light: Theme.panelBackground
+        dark: Theme.border
+        toolTipBase: Theme.raisedBackground
+        toolTipText: Theme.primaryText
+    }
+
+    Binding { target: Theme; property: "current"; value: AppState.currentTheme }
+
+    Component.onCompleted: {
+        x = Screen.virtualX + Math.max(0, (Screen.desktopAvailableWidth - width) / 2)
+        y = Screen.virtualY + Math.max(0, (Screen.desktopAvailableHeight - height) / 2)
+    }
+
+    function importFolder() {
+        folderDialog.open()
+    }
+
+    function checkForUpdates() {
+        AppState.updateChecker.check()
+        updateDialog.open()
+    }
+
+    WindowBackground {
+        anchors.fill: parent
+        source: AppState.backgroundSource
+        pictureOpacity: AppState.backgroundOpacity
+    }
+
+    // Screens that are built separately take their places here; until then a
+    // slot left empty takes no room.
+    //   sidebar        the sidebar (playlists, navigation)
+    //   nowPlayingBar  the bar at the bottom while a song is loaded
+    //   searchBar      the search field of the top bar
+    property Component sidebar: null
+    property Component nowPlayingBar: null
+    property Component searchBar: null
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        TopBar {
+            id: topBar
+            Layout.fillWidth: true
+            hasTracks: AppState.trackCount > 0
+            searchBar: window.searchBar
+            onWordMarkClicked: AppState.goHomeFromWordMark()
+            onHomeClicked: AppState.goHome()
+            onThemeClicked: AppState.toggleThemePicker()
+            onImportClicked: window.importFolder()
+            onMenuClicked: appMenu.popup(topBar.menuButton, topBar.menuButton.width - appMenu.width,
+                                         topBar.menuButton.height + 4)
+            onContextMenuRequested: (position) => appMenu.popup(topBar, position.x, position.y)
+        }
+
+        // The sidebar, a divider and the main area.
+        Item {
+            id: content
+            objectName: "content"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+
+            RowLayout {
+                anchors.fill: parent
+                spacing: 0
+
+                Loader {
+                    id: sidebarSlot
+                    Layout.fillHeight: true
+                    active: window.sidebar !== null
+                    visible: active
+                    sourceComponent: window.sidebar
+                }
+                Rectangle {
+                    Layout.fillHeight: true
+                    Layout.preferredWidth: 1
+                    visible: sidebarSlot.active
+                    color: Theme.panelBackground
+                }
+                Loader {
+                    id: mainArea
+                    Layout.fillWidth: true
+                    Layout.fillHeight: true
+                    sourceComponent: {
+                        switch (AppState.currentScreen) {
+                        case AppState.Home: return homeScreen
+                        case AppState.Untagged: return untaggedScreen
+                        case AppState.Artists: return artistsScreen
+                        default: return songsScreen
+                        }
+                    }
+                }
+            }
+
+            // A click anywhere here also closes the search and the theme
+            // popup; the click still reaches what is under it.
+            ClickWatcher {
+                anchors.fill: parent
+                onClicked: AppState.dismissPopups()
+            }
+        }
+
+        Loader {
+            Layout.fillWidth: true
+            active: AppState.hasPlayingTrack && window.nowPlayingBar !== null
+            visible: active
+            sourceComponent: window.nowPlayingBar
+        }
+    }
+
+    Component {
+        id: homeScreen
+        ScreenPlaceholder {
+            title: "Home"
+            subtitle: "Your music, right where you left it."
+            emptyText: AppState.trackCount === 0 ? "Import music to get started"
+                     : AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs") + " in your library"
+        }
+    }
+    Component {
+        id: songsScreen
+        ScreenPlaceholder {
+            title: "All Songs"
+            subtitle: AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs")
+        }
+    }
+    Component {
+        id: artistsScreen
+        ScreenPlaceholder { title: "All Artists"; subtitle: "" }
+    }
+    Component {
+        id: untaggedScreen
+        ScreenPlaceholder { title: "Untagged Songs"; subtitle: "" }
+    }
+
+    MessageBanner {
+        id: banner
+        objectName: "messageBanner"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: banner.bottomMargin
+        text: AppState.successMessage
+        spring: AppState.successMessageAnimation === AppState.Spring
+        raised: AppState.hasPlayingTrack
+    }
+
+    ThemePopup {
+        id: themePopup
+        objectName: "themePopup"
+        open: AppState.showThemePicker
+
+        // Hangs below the theme button, inside the window.
+        function place() {
+            const button = topBar.themeButton.mapToItem(window.contentItem, 0, 0)
+            x = Math.max(12, Math.min(button.x, window.contentItem.width - width - 12))
+            y = button.y + topBar.themeButton.height + 6
+        }
+        onOpenChanged: if (open) place()
+        Connections {
+            target: window
+            function onWidthChanged() { themePopup.place() }
+        }
+        selectedTheme: AppState.selectedTheme
+        onThemeChosen: (index) => AppState.selectTheme(index)
+    }
+
+    // Above everything until the first import that brings songs.
+    WelcomePlaceholder {
+        anchors.fill: parent
+        visible: opacity > 0
+        opacity: AppState.didCompleteOnboarding ? 0 : 1
+        Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        onImportClicked: window.importFolder()
+    }
+
+    FolderDialog {
+        id: folderDialog
+        objectName: "folderDialog"
+        title: "Import Music"
+        acceptLabel: "Import Folder"
+        currentFolder: Platform.StandardPaths.writableLocation(Platform.StandardPaths.MusicLocation)
+        onAccepted: AppState.importFolder(selectedFolder)
+    }
+
+    AppMenu {
+        id: appMenu
+        onAboutTriggered: aboutDialog.open()
+        onCheckForUpdatesTriggered: window.checkForUpdates()
+        onQuitTriggered: Qt.quit()
+    }
+
+    AboutDialog {
+        id: aboutDialog
+        version: AppState.version
+    }
+
+    UpdateDialog {
+        id: updateDialog
+        status: AppState.updateChecker.status
+        message: AppState.updateChecker.message
+        downloadUrl: AppState.updateChecker.downloadUrl
+        canRetry: AppState.updateChecker.hasFeed
+        onDownloadClicked: {
+            Qt.openUrlExternally(downloadUrl)
+            close()
+        }
+        onCheckAgainClicked: AppState.updateChecker.check()
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Quit]
+        onActivated: Qt.quit()
+    }
+
+    // Desktops with a global menu bar show the same commands there.
+    Loader {
+        active: AppState.hasGlobalMenu
+        sourceComponent: Platform.MenuBar {
+            Platform.Menu {
+                title: "Tarnwell"
+                Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
+                Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
+                Platform.MenuSeparator {}
+                Platform.MenuItem { text: "Quit Tarnwell"; onTriggered: Qt.quit() }
+            }
+        }
+    }
 }

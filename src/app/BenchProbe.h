@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+
+class AppState;
+class QQuickWindow;
+
+// Measurements for bench/, switched on by TARNWELL_BENCH (otherwise it does
+// nothing):
+//   first-frame   prints the time from start to the first frame, then quits
+//   import-stall  prints the longest time the GUI thread did not run its event
+//                 loop while the command-line folders were imported and the
+//                 work that follows ran, then quits
+class BenchProbe : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Clock = std::chrono::steady_clock::time_point;
+    static Clock now() { return std::chrono::steady_clock::now(); }
+
+    BenchProbe(Clock start, QQuickWindow *window, AppState *state);
+
+private:
+    void tick();
+    void finishStallMeasure();
+
+    Clock m_start;
+    QTimer m_heartbeat;
+    QElapsedTimer m_sinceTick;
+    qint64 m_longestStallMs = 0;
+    bool m_reported = false;
+};

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QCoreApplication>
+#include <QQmlEngine>
+#include <QQmlEngineExtensionPlugin>
+#include <QSettings>
+#include <QtQuickTest>
+
+Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
+
+class Setup : public QObject
+{
+    Q_OBJECT
+
+public Q_SLOTS:
+    void applicationAvailable()
+    {
+        QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
+        QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
+        QSettings settings;
+        settings.clear();
+        settings.setValue(QStringLiteral("didCompleteOnboarding"), true);
+    }
+
+    void qmlEngineAvailable(QQmlEngine *engine) { engine->addImportPath(QStringLiteral("qrc:/")); }
+};
+
+QUICK_TEST_MAIN_WITH_SETUP(tarnwell_qml, Setup)
+#include "tst_qml.moc"
