@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Renders the program's window to PNG files under BUILD/screenshots: the real
-# program under Xvfb with a generated sample library, once per theme, plus the
-# welcome screen, the theme popup, the banner, the menu and its dialogs, and
-# the folder chooser.
+# program under Xvfb with a generated sample library. The states to render are
+# in scripts/shots/*.sh, one file per group of screens.
 # Usage: scripts/screenshots.sh [BUILD]
 set -euo pipefail
 
@@ -125,38 +124,9 @@ click() { # x y, in window coordinates
 }
 
 echo "screenshots:"
-for theme in noir sunrise light; do
-  start "$theme" true "$library"
-  shot "main-$theme"
-  # The theme button: the three dots left of "Import Music".
-  click 836 38
-  sleep 0.3
-  shot "theme-popup-$theme"
-  stop
+# Each file under shots/ renders the states of a group of screens, in name
+# order, with the functions above.
+for part in "$(dirname "${BASH_SOURCE[0]}")"/shots/*.sh; do
+  # shellcheck source=/dev/null
+  source "$part"
 done
-
-start noir false
-shot "welcome-noir"
-stop
-
-start noir true "$library"
-# A song copied into a watched folder shows the banner once the folder settles.
-cp "$library/Orlo/Inland EP/01 Inland.flac" "$library/Orlo/Inland EP/03 Coastline.flac"
-for _ in $(seq 60); do grep -q 'banner: "1 new song added"' "$work/log" && break; sleep 0.1; done
-sleep 0.5
-shot "banner-noir"
-click 1021 38 # the menu button
-shot "menu-noir"
-click 940 82 # "About Tarnwell"
-sleep 0.6
-shot "about-noir"
-click 60 600 # outside the dialog, which closes it
-click 1021 38
-click 940 113 # "Check for Updates..."
-sleep 1.2
-shot "update-noir"
-click 60 600 # closes the update dialog
-click 930 38 # "Import Music"
-sleep 0.8
-shot "import-dialog-noir"
-stop
