@@ -3,7 +3,9 @@
 
 #include "model/Log.h"
 #include "model/TextUtil.h"
+#include "playback/SpaceBar.h"
 #include "tags/TagReader.h"
+#include "tags/TagWriter.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -38,6 +40,8 @@ AppState::AppState(const QString &playlistFile, QObject *parent)
     : QObject(parent)
     , m_playlistStore(playlistFile)
     , m_keyPressFilter([this](const KeyPressFilter::KeyPress &press) { return handleKeyPress(press); })
+    , m_controller(m_player, [this] { return currentQueue(); })
+    , m_mpris(m_player, m_controller)
     , m_recentArtists(m_preferences.recentArtists())
 {
     // Prefetch work yields to everything else: the GUI thread, the index build
@@ -49,7 +53,9 @@ AppState::AppState(const QString &playlistFile, QObject *parent)
 
 AppState::~AppState()
 {
-    m_prefetch.cancel();
+    m_prefetchPictures.cancel();
+    m_mpris.unregisterFromBus();
+    cancelPrefetch();
     m_backgroundPool.clear();
     m_backgroundPool.waitForDone();
     if (s_instance == this)
@@ -92,6 +98,19 @@ void AppState::connectServices()
             [this] { addDiscoveredFiles(m_folderMonitor.discoveredURLs()); });
     connect(&m_background, &BackgroundFade::shownSourceChanged, this, &AppState::backgroundSourceChanged);
     connect(&m_background, &BackgroundFade::opacityChanged, this, &AppState::backgroundOpacityChanged);
+    m_controller.setChangeListener([this](unsigned changes) { onPlaybackChanged(changes); });
+    connect(&m_player, &AudioPlayer::finishTickChanged, this, &AppState::playNext);
+    connect(&m_player, &AudioPlayer::isPlayingChanged, this, [this] {
+        Q_EMIT isPlayingChanged();
+        refreshNowPlaying();
+    });
+    connect(&m_artworkLoader, &ArtworkLoader::imageChanged, this, &AppState::onArtworkImageChanged);
+
+    // The queue follows the library, the selection and the playlists.
+    connect(this, &AppState::tracksChanged, this, &AppState::currentQueueChanged);
+    connect(this, &AppState::selectedPlaylistIDChanged, this, &AppState::currentQueueChanged);
+    connect(&m_playlistStore, &PlaylistStore::playlistsChanged, this, &AppState::currentQueueChanged);
+
     // Activating the search closes the theme popup.
     connect(this, &AppState::searchActiveChanged, this, [this] {
         if (m_searchActive)
@@ -203,29 +222,42 @@ void AppState::addDiscoveredFiles(const QList<QUrl> &urls)
 
 void AppState::startArtworkPrefetch(const QList<Track> &songs)
 {
-    m_prefetch.cancel();
-    const quint64 generation = ++m_prefetchGeneration;
+    cancelPrefetch();
     QStringList paths;
     paths.reserve(songs.size());
     for (const Track &song : songs)
         paths.append(song.path());
 
-    using Tags = std::pair<std::optional<QString>, std::optional<QString>>;
-    m_prefetch = QtConcurrent::mapped(&m_backgroundPool, std::move(paths), [](const QString &path) -> Tags {
-        const TrackMetadata meta = readMetadata(path);
-        return {meta.artist, meta.album};
-    });
-    m_prefetch.then(this, [this, generation](QFuture<Tags> done) {
-        if (generation != m_prefetchGeneration || done.isCanceled())
+    // A watcher rather than QFuture::then(): this Qt frees a mapped future's
+    // state under a continuation that still refers to it.
+    m_prefetch = new QFutureWatcher<PrefetchTags>(this);
+    QFutureWatcher<PrefetchTags> *watcher = m_prefetch;
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        if (watcher != m_prefetch || watcher->isCanceled())
             return;
+        m_prefetch = nullptr;
         import::PrefetchPlan plan;
-        for (const Tags &tags : done.results())
+        for (const PrefetchTags &tags : watcher->future().results())
             plan.add(tags.first, tags.second);
         qCDebug(lcApp).nospace() << "artwork prefetch: " << plan.artists().size() << " artists, "
                                  << plan.albums().size() << " albums";
         Q_EMIT prefetchPlanned(plan.artists(), int(plan.albums().size()));
         requestPrefetchPictures(plan);
     });
+    watcher->setFuture(QtConcurrent::mapped(&m_backgroundPool, std::move(paths), [](const QString &path) {
+        const TrackMetadata meta = readMetadata(path);
+        return PrefetchTags{meta.artist, meta.album};
+    }));
+}
+
+void AppState::cancelPrefetch()
+{
+    if (!m_prefetch)
+        return;
+    m_prefetch->cancel();
+    m_prefetch->deleteLater();
+    m_prefetch = nullptr;
 }
 
 // ---- Preferences --------------------------------------------------------------
@@ -601,71 +633,149 @@ void AppState::setPlayingTrack(const std::optional<Track> &track)
     onPlayingTrackChanged();
 }
 
+QString AppState::playingTrackId() const
+{
+    return m_playingTrack ? trackjson::uuidText(m_playingTrack->id) : QString();
+}
+
+QString AppState::playingTrackName() const
+{
+    return m_playingTrack ? text::displayName(m_playingTrack->path()) : QString();
+}
+
+QList<Track> AppState::currentQueue() const
+{
+    return playbackQueue(m_selectedPlaylistID, m_playlistStore.playlists(), m_tracks);
+}
+
+void AppState::playTrack(const QString &trackId)
+{
+    const std::optional<QUuid> id = uuidFrom(trackId);
+    if (const std::optional<Track> track = id ? trackById(*id) : std::nullopt)
+        playTrack(*track);
+}
+
+void AppState::playTrack(const Track &track)
+{
+    m_controller.playTrack(track);
+}
+
+void AppState::togglePlayPause()
+{
+    m_controller.togglePlayPause();
+}
+
+void AppState::playNext()
+{
+    m_controller.playNext();
+}
+
+void AppState::playPrevious()
+{
+    m_controller.playPrevious();
+}
+
+void AppState::toggleShuffle()
+{
+    m_controller.toggleShuffle();
+}
+
+void AppState::seek(double fraction)
+{
+    m_controller.seek(fraction);
+}
+
+bool AppState::registerMediaControls()
+{
+    return m_mpris.registerOnBus();
+}
+
+void AppState::onPlaybackChanged(unsigned changes)
+{
+    if (changes & PlaybackController::ShuffleChanged)
+        Q_EMIT isShuffledChanged();
+    if (changes & PlaybackController::HistoryChanged)
+        Q_EMIT historyChanged();
+    if (changes & PlaybackController::PlayingTrackChanged)
+        setPlayingTrack(m_controller.playingTrack());
+}
+
 void AppState::onPlayingTrackChanged()
 {
     refreshNowPlaying();
     if (m_playingTrack) {
-        loadArtwork(*m_playingTrack);
+        m_artworkLoader.load(*m_playingTrack);
         if (const std::optional<QString> artist = artistForTrack(m_playingTrack->id))
             recordRecentArtist(*artist);
     } else {
-        clearArtwork();
+        m_artworkLoader.clear();
     }
 }
 
-// ---- Seams --------------------------------------------------------------------
-// Each of these is where a service that is built separately connects; until it
-// does, they do nothing.
-
 void AppState::refreshNowPlaying()
 {
-    // The playback controller publishes the now-playing information (MPRIS).
+    m_mpris.updateNowPlaying();
 }
 
-bool AppState::handleKeyPress(const KeyPressFilter::KeyPress &)
+bool AppState::handleKeyPress(const KeyPressFilter::KeyPress &press)
 {
-    // The playback controller's space-bar decision answers here.
-    return false;
+    if (!spaceBarTogglesPlayback(press.key, press.modifiers, press.textInputFocused))
+        return false;
+    // Holding the bar down toggles once.
+    if (!press.autoRepeat)
+        togglePlayPause();
+    return true;
 }
 
-void AppState::loadArtwork(const Track &)
+void AppState::onArtworkImageChanged()
 {
-    // artworkLoader.load(track); its published picture arrives through
-    // onArtworkImageChanged().
+    m_background.show(playingArtworkSource());
+    m_mpris.setArtwork(m_artworkLoader.image().value_or(QImage()));
+    Q_EMIT playingArtworkChanged();
 }
 
-void AppState::clearArtwork()
+// ---- Pictures and search ------------------------------------------------------
+
+void AppState::requestPrefetchPictures(const import::PrefetchPlan &plan)
 {
-    // Cancels the artwork loader's task and clears its picture, which fades the
-    // background out through onArtworkImageChanged().
+    m_prefetchPictures.cancel();
+    m_prefetchPictures = CancelToken::create();
+    fetchPictures(plan, m_prefetchPictures);
 }
 
-void AppState::onArtworkImageChanged(const QUrl &imageSource)
+QCoro::Task<> AppState::fetchPictures(import::PrefetchPlan plan, CancelToken cancel)
 {
-    m_background.show(imageSource);
-}
-
-void AppState::requestPrefetchPictures(const import::PrefetchPlan &)
-{
-    // artworkLoader.artistImage(name) for every artist, then
-    // artworkLoader.albumArt(artist, album) for every album, at background
-    // priority and cancelled by the next prefetch.
+    // Every lookup of a phase is started at once; the loader's throttler sets
+    // the pace of the network requests. The next phase waits for all of them.
+    const QPointer<AppState> self(this);
+    std::vector<QCoro::Task<std::optional<QImage>>> lookups;
+    lookups.reserve(plan.artists().size());
+    for (const QString &artist : plan.artists())
+        lookups.push_back(m_artworkLoader.artistImage(artist, cancel));
+    for (auto &lookup : lookups)
+        co_await lookup;
+    if (!self || cancel.isCancelled())
+        co_return;
+    lookups.clear();
+    lookups.reserve(plan.albums().size());
+    for (const import::PrefetchPlan::Album &album : plan.albums())
+        lookups.push_back(m_artworkLoader.albumArt(album.artist, album.album, cancel));
+    for (auto &lookup : lookups)
+        co_await lookup;
 }
 
 void AppState::rebuildSearchIndex()
 {
-    // The search index rebuilds itself from a snapshot of tracks.
+    m_searchIndex.rebuild(m_tracks);
 }
 
-std::optional<QString> AppState::artistForTrack(const QUuid &) const
+std::optional<QString> AppState::artistForTrack(const QUuid &trackId) const
 {
-    // The search index answers the artist of an indexed song.
-    return std::nullopt;
+    return m_searchIndex.artistForTrack(trackId);
 }
 
-bool AppState::writeTags(const Track &, const std::optional<QString> &, const std::optional<QString> &,
-                         const std::optional<QString> &)
+bool AppState::writeTags(const Track &track, const std::optional<QString> &title,
+                         const std::optional<QString> &artist, const std::optional<QString> &album)
 {
-    // saveTags(track, title, artist, album) from the tag writer.
-    return false;
+    return saveTags(track.path(), title, artist, album);
 }

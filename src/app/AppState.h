@@ -14,9 +14,10 @@
 //     │                 ─► currentScreen; theme popup; search text and activity
 //     ├── successMessage ── the banner; every text clears itself after 2-3 s
 //     ├── PlaylistStore, FolderMonitor, UpdateChecker, BackgroundFade
-//     └── seams for the services that join later: AudioPlayer and the playback
-//         controller, ArtworkLoader, the search index, the tag writer (see the
-//         "Seams" sections below)
+//     ├── AudioPlayer ◄── PlaybackController (queue: currentQueue) ──► playingTrack
+//     │     finishTick ─► playNext; MprisService follows both (media keys)
+//     ├── ArtworkLoader ── picture of the playing song ─► BackgroundFade, MPRIS
+//     └── SearchIndex ── rebuilt after every import; artistForTrack
 //
 // Screens never see this object: Main.qml reads it and hands values and
 // callbacks to them. Everything here lives on the GUI thread; file work runs on
@@ -32,8 +33,15 @@
 #include "model/PlaylistStore.h"
 #include "model/Track.h"
 #include "model/TrackMetadata.h"
+#include "artwork/ArtworkLoader.h"
+#include "artwork/CancelToken.h"
+#include "browse/SearchIndex.h"
+#include "playback/AudioPlayer.h"
+#include "playback/MprisService.h"
+#include "playback/PlaybackController.h"
 
 #include <QFuture>
+#include <QFutureWatcher>
 #include <QHash>
 #include <QList>
 #include <QObject>
@@ -42,6 +50,8 @@
 #include <QUrl>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
+
+#include <QCoro/QCoroTask>
 
 #include <optional>
 
@@ -97,6 +107,16 @@ class AppState : public QObject
     // Playback, as far as the shell needs it (the banner sits higher while the
     // now-playing bar is shown).
     Q_PROPERTY(bool hasPlayingTrack READ hasPlayingTrack NOTIFY playingTrackChanged)
+    Q_PROPERTY(QString playingTrackId READ playingTrackId NOTIFY playingTrackChanged)
+    // The file name without its extension.
+    Q_PROPERTY(QString playingTrackName READ playingTrackName NOTIFY playingTrackChanged)
+    // The picture of the playing song (image://artwork/playing/<n>); empty while none.
+    Q_PROPERTY(QUrl playingArtworkSource READ playingArtworkSource NOTIFY playingArtworkChanged)
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
+    Q_PROPERTY(bool isShuffled READ isShuffled NOTIFY isShuffledChanged)
+    // currentTime and duration, in seconds.
+    Q_PROPERTY(AudioPlayer *player READ player CONSTANT)
+    Q_PROPERTY(SearchIndex *searchIndex READ searchIndex CONSTANT)
 
     // The window background picture and its opacity (0...1).
     Q_PROPERTY(QUrl backgroundSource READ backgroundSource NOTIFY backgroundSourceChanged)
@@ -230,6 +250,35 @@ public:
     // Playback -----------------------------------------------------------
     bool hasPlayingTrack() const { return m_playingTrack.has_value(); }
     const std::optional<Track> &playingTrack() const { return m_playingTrack; }
+    QString playingTrackId() const;
+    QString playingTrackName() const;
+    QUrl playingArtworkSource() const { return QUrl(m_artworkLoader.imageSource()); }
+    bool isPlaying() const { return m_player.isPlaying(); }
+    bool isShuffled() const { return m_controller.isShuffled(); }
+    AudioPlayer *player() { return &m_player; }
+    PlaybackController &controller() { return m_controller; }
+    // The songs next and previous walk through: the selected playlist's, else
+    // the library.
+    QList<Track> currentQueue() const;
+
+    // A song of the library or of a playlist (by id) starts from the top.
+    Q_INVOKABLE void playTrack(const QString &trackId);
+    void playTrack(const Track &track);
+    Q_INVOKABLE void togglePlayPause();
+    Q_INVOKABLE void playNext();
+    Q_INVOKABLE void playPrevious();
+    Q_INVOKABLE void toggleShuffle();
+    // Jumps to that share (0...1) of the song.
+    Q_INVOKABLE void seek(double fraction);
+
+    // Media keys and now-playing clients on the session bus (the program
+    // calls it; tests without a bus don't).
+    bool registerMediaControls();
+    MprisService &mpris() { return m_mpris; }
+
+    // Pictures and search ----------------------------------------------------
+    ArtworkLoader &artworkLoader() { return m_artworkLoader; }
+    SearchIndex *searchIndex() { return &m_searchIndex; }
 
     // Background ---------------------------------------------------------
     QUrl backgroundSource() const { return m_background.shownSource(); }
@@ -270,6 +319,11 @@ Q_SIGNALS:
     void draggingTrackChanged();
     void tagEditorChanged();
     void playingTrackChanged();
+    void playingArtworkChanged();
+    void isPlayingChanged();
+    void isShuffledChanged();
+    void historyChanged();
+    void currentQueueChanged();
     void backgroundSourceChanged();
     void backgroundOpacityChanged();
 
@@ -279,40 +333,35 @@ private:
     void startNextImport();
     void finishImport(const QUrl &folder, const QList<QUrl> &found);
     void startArtworkPrefetch(const QList<Track> &songs);
+    void cancelPrefetch();
     void setSuccessMessage(const QString &text, MessageAnimation animation);
     void setPlayingTrack(const std::optional<Track> &track);
     void updateCurrentScreen();
     void setTagEditor(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);
 
-    // ---- Seam: AudioPlayer and the playback controller ----------------------
-    // They join as members here. The controller sets playingTrack through
-    // setPlayingTrack(); the player's finishTick calls playNext and its
-    // isPlaying change refreshes the now-playing information.
+    // The controller reports what one of its operations changed.
+    void onPlaybackChanged(unsigned changes);
     void onPlayingTrackChanged();
     void refreshNowPlaying();
-    // The space-bar decision of the playback controller; true when it handled
-    // the key press. Until playback joins, no key is handled.
+    // The space bar toggles playback unless the user is typing; true when the
+    // key press was handled.
     bool handleKeyPress(const KeyPressFilter::KeyPress &press);
 
-    // ---- Seam: ArtworkLoader ------------------------------------------------
-    // The loader's published picture of the playing song becomes the window
-    // background through onArtworkImageChanged(); the prefetch hands its
-    // deduplicated requests (artists first, then albums) to
-    // requestPrefetchPictures(), which runs them at background priority.
-    void loadArtwork(const Track &track);
-    void clearArtwork();
-    void onArtworkImageChanged(const QUrl &imageSource);
+    void onArtworkImageChanged();
+    // Artists first, then albums; the next prefetch cancels these.
     void requestPrefetchPictures(const import::PrefetchPlan &plan);
+    QCoro::Task<> fetchPictures(import::PrefetchPlan plan, CancelToken cancel);
 
-    // ---- Seam: search index --------------------------------------------------
     void rebuildSearchIndex();
-    std::optional<QString> artistForTrack(const QUuid &trackId) const;
 
-    // ---- Seam: tag writer -----------------------------------------------------
+public:
+    std::optional<QString> artistForTrack(const QUuid &trackId) const;
     // Writes title, artist and album into the song's file (absent = remove);
-    // true when the file was written. Runs on the thread pool.
+    // true when the file was written. Any thread.
     static bool writeTags(const Track &track, const std::optional<QString> &title,
                           const std::optional<QString> &artist, const std::optional<QString> &album);
+
+private:
 
     // Services
     Preferences m_preferences;
@@ -321,6 +370,12 @@ private:
     UpdateChecker m_updateChecker;
     BackgroundFade m_background;
     KeyPressFilter m_keyPressFilter;
+    AudioPlayer m_player;
+    PlaybackController m_controller;
+    MprisService m_mpris;
+    ArtworkLoader m_artworkLoader;
+    SearchIndex m_searchIndex;
+    CancelToken m_prefetchPictures;
 
     // Library
     QList<Track> m_tracks;
@@ -331,8 +386,8 @@ private:
 
     // Artwork prefetch: low-priority threads, at most one prefetch current.
     QThreadPool m_backgroundPool;
-    QFuture<std::pair<std::optional<QString>, std::optional<QString>>> m_prefetch;
-    quint64 m_prefetchGeneration = 0;
+    using PrefetchTags = std::pair<std::optional<QString>, std::optional<QString>>;
+    QFutureWatcher<PrefetchTags> *m_prefetch = nullptr;
 
     // Preferences mirrored in memory
     QStringList m_recentArtists;

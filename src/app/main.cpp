@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
+#include "artwork/ArtworkImageProvider.h"
 #include "BenchProbe.h"
+
+#include "model/Log.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -92,6 +95,7 @@ int main(int argc, char **argv)
     app.installEventFilter(state.keyPressFilter());
 
     QQmlApplicationEngine engine;
+    engine.addImageProvider(QStringLiteral("artwork"), new ArtworkImageProvider(&state.artworkLoader()));
     QObject::connect(&engine, &QQmlApplicationEngine::objectCreationFailed, &app,
                      [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     engine.load(QUrl(QStringLiteral("qrc:/Tarnwell/Main.qml")));
@@ -99,6 +103,17 @@ int main(int argc, char **argv)
         return 1;
 
     auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
+    if (window) {
+        state.mpris().setCanRaise(true);
+        QObject::connect(&state.mpris(), &MprisService::raiseRequested, window, [window] {
+            window->show();
+            window->raise();
+            window->requestActivate();
+        });
+    }
+    // Media keys work without a session bus too, just not from outside.
+    if (!state.registerMediaControls())
+        qCInfo(lcApp) << "no media keys: the session bus is not available";
     BenchProbe probe(startTime, window, &state);
     // Folders from the command line are imported once the window is up.
     if (window && !folders.isEmpty()) {

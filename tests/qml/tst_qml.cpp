@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "AppState.h"
+#include "artwork/ArtworkImageProvider.h"
+
 #include <QCoreApplication>
 #include <QQmlEngine>
 #include <QQmlEngineExtensionPlugin>
@@ -21,7 +24,14 @@ public Q_SLOTS:
         settings.setValue(QStringLiteral("didCompleteOnboarding"), true);
     }
 
-    void qmlEngineAvailable(QQmlEngine *engine) { engine->addImportPath(QStringLiteral("qrc:/")); }
+    // Each test file gets its own engine, main state and picture provider.
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->addImportPath(QStringLiteral("qrc:/"));
+        auto *state = new AppState(engine);
+        AppState::setInstance(state);
+        engine->addImageProvider(QStringLiteral("artwork"), new ArtworkImageProvider(&state->artworkLoader()));
+    }
 };
 
 QUICK_TEST_MAIN_WITH_SETUP(tarnwell_qml, Setup)
