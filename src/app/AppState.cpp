@@ -136,17 +136,28 @@ std::optional<Track> AppState::trackById(const QUuid &id) const
 
 void AppState::appendTracks(const QList<QUrl> &urls)
 {
-    if (urls.isEmpty())
+    QList<Track> tracks;
+    tracks.reserve(urls.size());
+    for (const QUrl &url : urls)
+        tracks.append(Track::create(url));
+    appendTracks(std::move(tracks));
+}
+
+void AppState::appendTracks(QList<Track> tracks)
+{
+    if (tracks.isEmpty())
         return;
     const auto first = int(m_tracks.size());
-    m_tracks.reserve(m_tracks.size() + urls.size());
-    for (const QUrl &url : urls) {
-        Track track = Track::create(url);
+    m_tracks.reserve(m_tracks.size() + tracks.size());
+    m_trackPositions.reserve(m_tracks.size() + tracks.size());
+    m_trackUrls.reserve(m_tracks.size() + tracks.size());
+    ++m_trackUrlsGeneration;
+    for (Track &track : tracks) {
         m_trackPositions.insert(track.id, m_tracks.size());
-        m_trackUrls.insert(url);
+        m_trackUrls.insert(track.url);
         m_tracks.append(std::move(track));
     }
-    Q_EMIT tracksAppended(first, int(urls.size()));
+    Q_EMIT tracksAppended(first, int(tracks.size()));
     Q_EMIT tracksChanged();
 }
 
@@ -173,15 +184,29 @@ void AppState::startNextImport()
     const QUrl folder = m_importQueue.takeFirst();
     m_importRunning = true;
     Q_EMIT importingChanged();
-    // A large folder takes a while to list; the window stays responsive.
-    QtConcurrent::run([folder] { return scanFolder(folder); })
-        .then(this, [this, folder](const QList<QUrl> &found) { finishImport(folder, found); });
+    // A large folder takes a while to list, and ten thousand new songs take a
+    // while to sort out and name: the window stays responsive meanwhile.
+    const quint64 knownGeneration = m_trackUrlsGeneration;
+    QtConcurrent::run([folder, known = m_trackUrls] {
+        ScannedFolder scanned;
+        scanned.found = scanFolder(folder);
+        const QList<QUrl> fresh = import::freshFiles(scanned.found, known);
+        scanned.fresh.reserve(fresh.size());
+        for (const QUrl &url : fresh)
+            scanned.fresh.append(Track::create(url));
+        return scanned;
+    }).then(this, [this, folder, knownGeneration](ScannedFolder scanned) {
+        // Songs the folder monitor added meanwhile are not added twice.
+        if (knownGeneration != m_trackUrlsGeneration)
+            scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
+        finishImport(folder, scanned.found.size(), std::move(scanned.fresh));
+    });
 }
 
-void AppState::finishImport(const QUrl &folder, const QList<QUrl> &found)
+void AppState::finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh)
 {
-    const QList<QUrl> fresh = import::freshFiles(found, m_trackUrls);
-    appendTracks(fresh);
+    const auto added = fresh.size();
+    appendTracks(std::move(fresh));
     if (!m_tracks.isEmpty()) {
         if (!m_preferences.didCompleteOnboarding()) {
             m_preferences.setDidCompleteOnboarding(true);
@@ -191,11 +216,11 @@ void AppState::finishImport(const QUrl &folder, const QList<QUrl> &found)
         rebuildSearchIndex();
     }
     m_folderMonitor.watch(folder, m_trackUrls);
-    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found.size() << " audio files, "
-                            << fresh.size() << " new";
+    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found << " audio files, " << added
+                            << " new";
 
     m_importRunning = false;
-    Q_EMIT folderImported(folder, int(fresh.size()));
+    Q_EMIT folderImported(folder, int(added));
     if (m_importQueue.isEmpty())
         Q_EMIT importingChanged();
     else

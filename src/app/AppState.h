@@ -329,9 +329,16 @@ Q_SIGNALS:
 
 private:
     void connectServices();
+    struct ScannedFolder
+    {
+        QList<QUrl> found;
+        // The songs of `found` not in the library when the scan began.
+        QList<Track> fresh;
+    };
     void appendTracks(const QList<QUrl> &urls);
+    void appendTracks(QList<Track> tracks);
     void startNextImport();
-    void finishImport(const QUrl &folder, const QList<QUrl> &found);
+    void finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh);
     void startArtworkPrefetch(const QList<Track> &songs);
     void cancelPrefetch();
     void setSuccessMessage(const QString &text, MessageAnimation animation);
@@ -380,6 +387,8 @@ private:
     // Library
     QList<Track> m_tracks;
     QSet<QUrl> m_trackUrls;
+    // Counts the appends, so a scan knows whether its view of m_trackUrls is old.
+    quint64 m_trackUrlsGeneration = 0;
     QHash<QUuid, qsizetype> m_trackPositions;
     QList<QUrl> m_importQueue;
     bool m_importRunning = false;
