@@ -3,6 +3,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
+#include <QMutex>
 
 #include <atomic>
 
@@ -11,6 +13,25 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace {
+
+// Flushes done so far, per file system: a file written before a flush of its
+// file system began is durable once that flush returns.
+struct FlushClock
+{
+    QMutex mutex;
+    QHash<dev_t, quint64> completed;
+    quint64 ticks = 0;
+};
+
+FlushClock &flushClock()
+{
+    static FlushClock clock;
+    return clock;
+}
+
+} // namespace
 
 namespace tagio::faults {
 
@@ -200,6 +221,9 @@ bool AtomicReplace::write(QByteArrayView data)
         return fail(QStringLiteral("no temporary file"), EBADF);
     if (!writeAll(m_fd, data.data(), data.size()))
         return fail(QStringLiteral("cannot write %1").arg(m_tempPath), errno);
+    FlushClock &clock = flushClock();
+    QMutexLocker lock(&clock.mutex);
+    m_writtenAt = clock.ticks;
     return true;
 }
 
@@ -207,7 +231,7 @@ bool AtomicReplace::commit()
 {
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
-    if (tagio::faults::shouldFail(tagio::faults::syncFile) || ::fsync(m_fd) != 0)
+    if (m_flushData && (tagio::faults::shouldFail(tagio::faults::syncFile) || ::fsync(m_fd) != 0))
         return fail(QStringLiteral("cannot flush %1 to disk").arg(m_tempPath), errno);
     if (::close(m_fd) != 0) {
         m_fd = -1;
@@ -222,6 +246,32 @@ bool AtomicReplace::commit()
     // The rename itself is durable only once the folder is on disk.
     if (m_syncFolder)
         syncFolder(QFileInfo(m_target).absolutePath());
+    return true;
+}
+
+bool AtomicReplace::flushFileSystem()
+{
+    if (m_fd < 0)
+        return fail(QStringLiteral("no temporary file"), EBADF);
+    struct stat st;
+    if (::fstat(m_fd, &st) != 0)
+        return fail(QStringLiteral("cannot look at %1").arg(m_tempPath), errno);
+    FlushClock &clock = flushClock();
+    {
+        QMutexLocker lock(&clock.mutex);
+        if (clock.completed.value(st.st_dev) > m_writtenAt)
+            return true;
+    }
+    quint64 startedAt;
+    {
+        QMutexLocker lock(&clock.mutex);
+        startedAt = ++clock.ticks;
+    }
+    if (tagio::faults::shouldFail(tagio::faults::syncFile) || ::syncfs(m_fd) != 0)
+        return fail(QStringLiteral("cannot flush %1 to disk").arg(m_tempPath), errno);
+    QMutexLocker lock(&clock.mutex);
+    quint64 &done = clock.completed[st.st_dev];
+    done = std::max(done, startedAt);
     return true;
 }
 

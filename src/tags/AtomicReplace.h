@@ -31,6 +31,13 @@ public:
     // replaces many files in it and flushes the folder once at the end.
     void setSyncFolder(bool sync) { m_syncFolder = sync; }
 
+    // Leaves the flush of the new contents to the caller, who writes many
+    // files and flushes them together with flushFileSystem() before commit().
+    void setFlushData(bool flush) { m_flushData = flush; }
+    // Flushes the file system that holds the temporary file, unless a flush of
+    // the same file system since this file was written made it durable already.
+    bool flushFileSystem();
+
     // Why the last step failed, for the log and the command line.
     QString errorString() const { return m_error; }
 
@@ -43,6 +50,9 @@ private:
     int m_fd = -1;
     bool m_committed = false;
     bool m_syncFolder = true;
+    bool m_flushData = true;
+    // The flush clock when the contents were written (see flushFileSystem).
+    quint64 m_writtenAt = 0;
     QString m_error;
 };
 

@@ -2,6 +2,9 @@
 #include "TagWriter.h"
 
 #include "AtomicReplace.h"
+
+#include <memory>
+#include <vector>
 #include "ContainerWriter.h"
 #include "FlacMetadata.h"
 #include "MetadataWriter.h"
@@ -150,47 +153,80 @@ QString lowerSuffix(const QString &path)
 
 namespace {
 
-SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
+// A save that has written its new file next to the old one and waits for the
+// flush to disk and the rename.
+struct PendingSave
+{
+    PendingSave(SaveResult result)
+        : done(std::move(result))
+    {
+    }
+    PendingSave(std::unique_ptr<AtomicReplace> r)
+        : replace(std::move(r))
+    {
+    }
+    std::optional<SaveResult> done;
+    std::unique_ptr<AtomicReplace> replace;
+};
+
+// Everything up to the rename; `flushData` off leaves the flush to the caller.
+PendingSave prepare(const QString &path, const TagEdit &edit, bool syncFolder, bool flushData)
 {
     const QString suffix = lowerSuffix(path);
     const bool ours = suffix == u"flac" || suffix == u"mp3";
     if (!ours && !container::canWrite(suffix))
-        return { false,
+        return { SaveResult { false,
             QStringLiteral("%1: %2").arg(
-                path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat)) };
+                path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat)) } };
 
     // A file the user made read-only stays as it is, although replacing it by
     // rename in a writable folder would work.
     if (const QFileInfo info(path); info.exists() && !info.isWritable())
-        return { false, QStringLiteral("%1 is read-only").arg(path) };
+        return { SaveResult { false, QStringLiteral("%1 is read-only").arg(path) } };
     QString why;
     const auto data = readWholeFile(path, &why);
     if (!data)
-        return { false, why };
+        return { SaveResult { false, why } };
     if (edit.keepsEverything())
-        return { true, {} };
+        return { SaveResult { true, {} } };
 
     if (!ours) {
         const QString failure = container::writeFile(path, suffix, *data, edit, syncFolder);
-        return { failure.isEmpty(), failure };
+        return { SaveResult { failure.isEmpty(), failure } };
     }
 
     const MetadataWriter::Result result = suffix == u"flac" ? MetadataWriter::writeFLACTags(*data, edit)
                                                             : MetadataWriter::writeID3Tags(*data, edit);
     if (!result)
-        return { false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error)) };
+        return { SaveResult { false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error)) } };
     if (*result.data == *data)
-        return { true, {} };
+        return { SaveResult { true, {} } };
     const QString failure
         = suffix == u"flac" ? verifyFlac(*data, *result.data, edit) : verifyId3(*data, *result.data, edit);
     if (!failure.isEmpty())
-        return { false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure) };
+        return { SaveResult { false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure) } };
 
-    AtomicReplace replace(path);
-    replace.setSyncFolder(syncFolder);
-    if (!replace.create() || !replace.write(*result.data) || !replace.commit())
-        return { false, replace.errorString() };
+    auto replace = std::make_unique<AtomicReplace>(path);
+    replace->setSyncFolder(syncFolder);
+    replace->setFlushData(flushData);
+    if (!replace->create() || !replace->write(*result.data))
+        return { SaveResult { false, replace->errorString() } };
+    return PendingSave(std::move(replace));
+}
+
+SaveResult commit(PendingSave &pending)
+{
+    if (pending.done)
+        return *pending.done;
+    if (!pending.replace->commit())
+        return { false, pending.replace->errorString() };
     return { true, {} };
+}
+
+SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
+{
+    PendingSave pending = prepare(path, edit, syncFolder, true);
+    return commit(pending);
 }
 
 } // namespace
@@ -202,13 +238,34 @@ SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
 
 QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
 {
+    // Files are saved in groups: each new file of a group is written beside its
+    // old one, one flush of the file system makes them all durable, and only then
+    // are they renamed over the old files. Every file is still old or new, whole,
+    // at every moment, at the cost of one flush per group instead of per file.
+    constexpr qsizetype groupFiles = 32;
+    constexpr qint64 groupBytes = 128LL * 1024 * 1024;
     QList<SaveResult> results;
+    results.reserve(paths.size());
     QStringList folders;
-    for (const QString &path : paths) {
-        results.append(save(path, edit, false));
-        const QString folder = QFileInfo(path).canonicalPath();
-        if (results.last() && !folders.contains(folder))
-            folders.append(folder);
+    for (qsizetype start = 0; start < paths.size();) {
+        std::vector<PendingSave> group;
+        qint64 bytes = 0;
+        for (; start < paths.size() && qsizetype(group.size()) < groupFiles && bytes < groupBytes; ++start) {
+            group.push_back(prepare(paths.at(start), edit, false, false));
+            if (group.back().replace)
+                bytes += QFileInfo(paths.at(start)).size();
+        }
+        for (PendingSave &pending : group) {
+            if (pending.replace && !pending.replace->flushFileSystem())
+                pending.done = SaveResult { false, pending.replace->errorString() };
+        }
+        for (qsizetype i = 0; i < qsizetype(group.size()); ++i) {
+            const QString &path = paths.at(start - qsizetype(group.size()) + i);
+            results.append(commit(group[i]));
+            const QString folder = QFileInfo(path).canonicalPath();
+            if (results.last() && !folders.contains(folder))
+                folders.append(folder);
+        }
     }
     for (const QString &folder : folders)
         syncFolder(folder);

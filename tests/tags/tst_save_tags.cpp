@@ -83,6 +83,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<int>("step");
         QTest::addColumn<int>("err");
+        QTest::addColumn<bool>("batch");
         struct Format
         {
             const char *name;
@@ -103,10 +104,12 @@ private Q_SLOTS:
             { "flush to disk fails", faults::syncFile, EIO },
             { "rename fails", faults::renameFile, EXDEV },
         };
-        for (const Format &f : formats) {
-            for (const Fault &fault : list)
-                QTest::addRow("%s, %s", f.name, fault.what)
-                    << QString::fromLatin1(f.name) << f.bytes << int(fault.step) << fault.err;
+        for (const bool batch : { false, true }) {
+            for (const Format &f : formats) {
+                for (const Fault &fault : list)
+                    QTest::addRow("%s, %s%s", f.name, fault.what, batch ? ", in a batch" : "")
+                        << QString::fromLatin1(f.name) << f.bytes << int(fault.step) << fault.err << batch;
+            }
         }
     }
 
@@ -116,7 +119,11 @@ private Q_SLOTS:
         QFETCH(QByteArray, bytes);
         QFETCH(int, step);
         QFETCH(int, err);
+        QFETCH(bool, batch);
         const QString path = testsupport::writeFile(m_folder, name, bytes);
+        // In a batch, the fault hits the first file; the second one is saved.
+        const QString other
+            = batch ? testsupport::writeFile(m_folder, QStringLiteral("other-") + name, bytes) : QString();
         const QStringList before = listing(m_folder);
 
         // Without root, the permission faults are real.
@@ -129,8 +136,12 @@ private Q_SLOTS:
             faults::inject(faults::Step(step), 1, err);
         faults::setPartialWriteBytes(bytes.size() / 2);
 
-        const SaveResult r = saveTagsWithReason(path, edit);
+        const SaveResult r = batch ? saveTags(QStringList { path, other }, edit).constFirst()
+                                   : saveTagsWithReason(path, edit);
         QVERIFY(!r.saved);
+        // A folder that cannot be written refuses the second file too.
+        if (batch && !(real && step == faults::createTemporary))
+            QCOMPARE(readMetadata(other).title, std::optional<QString>(QStringLiteral("new")));
         QVERIFY(!r.reason.isEmpty());
         ::chmod(QFile::encodeName(path).constData(), 0644);
         ::chmod(QFile::encodeName(m_folder).constData(), 0755);
