@@ -159,9 +159,11 @@ void MprisService::setArtwork(const QImage &image)
         removeArtFile();
         return;
     }
-    QString dir = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (dir.isEmpty())
-        dir = QDir::tempPath();
+    // In the program's data folder, the one place besides the Music folder
+    // that it writes to.
+    const QString dir = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
+    if (dir.isEmpty() || !QDir().mkpath(dir))
+        return;
     // A new name for each picture: clients cache pictures by URL.
     const QString path = QDir(dir).filePath(
         QStringLiteral("tarnwell-now-playing-%1-%2.jpg").arg(QCoreApplication::applicationPid()).arg(serial));
