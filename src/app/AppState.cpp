@@ -338,37 +338,25 @@ void AppState::updateCurrentScreen()
 
 void AppState::setShowingHome(bool on)
 {
-    if (m_showingHome == on)
-        return;
-    m_showingHome = on;
-    Q_EMIT showingHomeChanged();
-    updateCurrentScreen();
+    if (assign(m_showingHome, on, &AppState::showingHomeChanged))
+        updateCurrentScreen();
 }
 
 void AppState::setShowingArtists(bool on)
 {
-    if (m_showingArtists == on)
-        return;
-    m_showingArtists = on;
-    Q_EMIT showingArtistsChanged();
-    updateCurrentScreen();
+    if (assign(m_showingArtists, on, &AppState::showingArtistsChanged))
+        updateCurrentScreen();
 }
 
 void AppState::setShowingUntagged(bool on)
 {
-    if (m_showingUntagged == on)
-        return;
-    m_showingUntagged = on;
-    Q_EMIT showingUntaggedChanged();
-    updateCurrentScreen();
+    if (assign(m_showingUntagged, on, &AppState::showingUntaggedChanged))
+        updateCurrentScreen();
 }
 
 void AppState::setShowingCreate(bool on)
 {
-    if (m_showingCreate == on)
-        return;
-    m_showingCreate = on;
-    Q_EMIT showingCreateChanged();
+    assign(m_showingCreate, on, &AppState::showingCreateChanged);
 }
 
 void AppState::setSelectedPlaylistID(const QString &id)
@@ -384,42 +372,27 @@ void AppState::setSelectedPlaylistID(const QString &id)
 
 void AppState::setSelectedArtistName(const QString &name)
 {
-    if (m_selectedArtistName == name)
-        return;
-    m_selectedArtistName = name;
-    Q_EMIT selectedArtistNameChanged();
+    assign(m_selectedArtistName, name, &AppState::selectedArtistNameChanged);
 }
 
 void AppState::setSelectedArtistAlbum(const QString &album)
 {
-    if (m_selectedArtistAlbum == album)
-        return;
-    m_selectedArtistAlbum = album;
-    Q_EMIT selectedArtistAlbumChanged();
+    assign(m_selectedArtistAlbum, album, &AppState::selectedArtistAlbumChanged);
 }
 
 void AppState::setShowThemePicker(bool on)
 {
-    if (m_showThemePicker == on)
-        return;
-    m_showThemePicker = on;
-    Q_EMIT showThemePickerChanged();
+    assign(m_showThemePicker, on, &AppState::showThemePickerChanged);
 }
 
 void AppState::setSearchText(const QString &text)
 {
-    if (m_searchText == text)
-        return;
-    m_searchText = text;
-    Q_EMIT searchTextChanged();
+    assign(m_searchText, text, &AppState::searchTextChanged);
 }
 
 void AppState::setSearchActive(bool on)
 {
-    if (m_searchActive == on)
-        return;
-    m_searchActive = on;
-    Q_EMIT searchActiveChanged();
+    assign(m_searchActive, on, &AppState::searchActiveChanged);
 }
 
 void AppState::goHome()

@@ -344,6 +344,16 @@ private:
     void setSuccessMessage(const QString &text, MessageAnimation animation);
     void setPlayingTrack(const std::optional<Track> &track);
     void updateCurrentScreen();
+    // Sets a field and signals the change; false when it had that value.
+    template<typename T>
+    bool assign(T &field, const T &value, void (AppState::*changed)())
+    {
+        if (field == value)
+            return false;
+        field = value;
+        Q_EMIT(this->*changed)();
+        return true;
+    }
     void setTagEditor(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);
 
     // The controller reports what one of its operations changed.
