@@ -49,11 +49,9 @@ cleanup() {
   rm -rf "$work"
 }
 trap cleanup EXIT INT TERM
-exec 3> "$work/display"
-Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 -nolisten tcp > /dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
-export DISPLAY=":$(cat "$work/display")"
+# shellcheck source=/dev/null
+source "$(dirname "${BASH_SOURCE[0]}")/../scripts/lib/xvfb.sh"
+start_xvfb "$work"
 export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share"
 export XDG_RUNTIME_DIR="$work/runtime" TARNWELL_AUDIO_SINK="fakesink sync=true"
 mkdir -p "$XDG_CONFIG_HOME/Tarnwell" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"

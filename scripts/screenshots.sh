@@ -27,12 +27,9 @@ cleanup() {
 }
 trap cleanup EXIT INT TERM
 
-# A private X server; it tells us its display number.
-exec 3> "$work/display"
-Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 -nolisten tcp > /dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
-export DISPLAY=":$(cat "$work/display")"
+# shellcheck source=/dev/null
+source "$(dirname "${BASH_SOURCE[0]}")/lib/xvfb.sh"
+start_xvfb "$work"
 
 # The sample library: a few artists and albums of short tones.
 library="$work/Music"

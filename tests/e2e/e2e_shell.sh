@@ -30,11 +30,9 @@ fail() {
   exit 1
 }
 
-exec 3> "$work/display"
-Xvfb -displayfd 3 -noreset -screen 0 1280x800x24 -nolisten tcp > /dev/null 2>&1 &
-xvfb_pid=$!
-for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
-export DISPLAY=":$(cat "$work/display")"
+# shellcheck source=/dev/null
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/lib/xvfb.sh"
+start_xvfb "$work"
 export QT_QPA_PLATFORM=xcb
 export QT_LOGGING_RULES="tarnwell.app.debug=true"
 
