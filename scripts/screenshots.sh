@@ -123,7 +123,9 @@ click() { # x y, in window coordinates
 echo "screenshots:"
 # Each file under shots/ renders the states of a group of screens, in name
 # order, with the functions above.
+# SHOTS=songs renders only the groups whose file name contains "songs".
 for part in "$(dirname "${BASH_SOURCE[0]}")"/shots/*.sh; do
+  [[ "$(basename "$part")" == *"${SHOTS:-}"* ]] || continue
   # shellcheck source=/dev/null
   source "$part"
 done

@@ -110,6 +110,8 @@ void AppState::connectServices()
     connect(this, &AppState::tracksChanged, this, &AppState::currentQueueChanged);
     connect(this, &AppState::selectedPlaylistIDChanged, this, &AppState::currentQueueChanged);
     connect(&m_playlistStore, &PlaylistStore::playlistsChanged, this, &AppState::currentQueueChanged);
+    connect(&m_playlistStore, &PlaylistStore::playlistsChanged, this, &AppState::playlistsChanged);
+    connect(this, &AppState::currentQueueChanged, this, [this] { m_queueModel.setTracks(currentQueue()); });
 
     // Activating the search closes the theme popup.
     connect(this, &AppState::searchActiveChanged, this, [this] {
@@ -730,6 +732,54 @@ void AppState::onArtworkImageChanged()
     m_background.show(playingArtworkSource());
     m_mpris.setArtwork(m_artworkLoader.image().value_or(QImage()));
     Q_EMIT playingArtworkChanged();
+}
+
+// ---- Song list and sidebar ----------------------------------------------------
+
+QString AppState::queueTitle() const
+{
+    const Playlist *playlist = m_selectedPlaylistID ? m_playlistStore.playlist(*m_selectedPlaylistID) : nullptr;
+    return playlist ? playlist->name : QStringLiteral("All Songs");
+}
+
+bool AppState::showingPlaylist() const
+{
+    return m_selectedPlaylistID && m_playlistStore.playlist(*m_selectedPlaylistID);
+}
+
+QVariantList AppState::playlistList() const
+{
+    QVariantList list;
+    for (const Playlist &p : m_playlistStore.playlists()) {
+        list.append(QVariantMap{{QStringLiteral("id"), trackjson::uuidText(p.id)},
+                                {QStringLiteral("name"), p.name},
+                                {QStringLiteral("count"), int(p.tracks.size())}});
+    }
+    return list;
+}
+
+void AppState::showAllSongs()
+{
+    setSelectedPlaylistID({});
+    setShowingArtists(false);
+    setShowingUntagged(false);
+    setShowingHome(false);
+}
+
+void AppState::showUntaggedSongs()
+{
+    setShowingUntagged(true);
+    setShowingArtists(false);
+    setShowingHome(false);
+    setSelectedPlaylistID({});
+}
+
+void AppState::selectPlaylist(const QString &playlistId)
+{
+    setSelectedPlaylistID(playlistId);
+    setShowingArtists(false);
+    setShowingUntagged(false);
+    setShowingHome(false);
 }
 
 // ---- Pictures and search ------------------------------------------------------

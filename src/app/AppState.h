@@ -28,6 +28,7 @@
 #include "LibraryImport.h"
 #include "Palette.h"
 #include "Preferences.h"
+#include "TrackListModel.h"
 #include "UpdateChecker.h"
 #include "library/FolderMonitor.h"
 #include "model/PlaylistStore.h"
@@ -117,6 +118,13 @@ class AppState : public QObject
     // currentTime and duration, in seconds.
     Q_PROPERTY(AudioPlayer *player READ player CONSTANT)
     Q_PROPERTY(SearchIndex *searchIndex READ searchIndex CONSTANT)
+
+    // The song list: the current queue, its heading and whether it is a playlist.
+    Q_PROPERTY(TrackListModel *queueModel READ queueModel CONSTANT)
+    Q_PROPERTY(QString queueTitle READ queueTitle NOTIFY currentQueueChanged)
+    Q_PROPERTY(bool showingPlaylist READ showingPlaylist NOTIFY currentQueueChanged)
+    // The sidebar's playlists, in the store's order: [{id, name, count}].
+    Q_PROPERTY(QVariantList playlists READ playlistList NOTIFY playlistsChanged)
 
     // The window background picture and its opacity (0...1).
     Q_PROPERTY(QUrl backgroundSource READ backgroundSource NOTIFY backgroundSourceChanged)
@@ -276,6 +284,17 @@ public:
     bool registerMediaControls();
     MprisService &mpris() { return m_mpris; }
 
+    // Song list and sidebar ---------------------------------------------------
+    TrackListModel *queueModel() { return &m_queueModel; }
+    // The selected playlist's name, else "All Songs".
+    QString queueTitle() const;
+    bool showingPlaylist() const;
+    QVariantList playlistList() const;
+    // The sidebar's entries.
+    Q_INVOKABLE void showAllSongs();
+    Q_INVOKABLE void showUntaggedSongs();
+    Q_INVOKABLE void selectPlaylist(const QString &playlistId);
+
     // Pictures and search ----------------------------------------------------
     ArtworkLoader &artworkLoader() { return m_artworkLoader; }
     SearchIndex *searchIndex() { return &m_searchIndex; }
@@ -324,6 +343,7 @@ Q_SIGNALS:
     void isShuffledChanged();
     void historyChanged();
     void currentQueueChanged();
+    void playlistsChanged();
     void backgroundSourceChanged();
     void backgroundOpacityChanged();
 
@@ -392,6 +412,7 @@ private:
     MprisService m_mpris;
     ArtworkLoader m_artworkLoader;
     SearchIndex m_searchIndex;
+    TrackListModel m_queueModel;
     CancelToken m_prefetchPictures;
 
     // Library

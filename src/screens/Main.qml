@@ -66,8 +66,8 @@ ApplicationWindow {
     //   sidebar        the sidebar (playlists, navigation)
     //   nowPlayingBar  the bar at the bottom while a song is loaded
     //   searchBar      the search field of the top bar
-    property Component sidebar: null
-    property Component nowPlayingBar: null
+    property Component sidebar: sidebarComponent
+    property Component nowPlayingBar: nowPlayingComponent
     property Component searchBar: null
 
     ColumnLayout {
@@ -154,9 +154,53 @@ ApplicationWindow {
     }
     Component {
         id: songsScreen
-        ScreenPlaceholder {
-            title: "All Songs"
-            subtitle: AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs")
+        SongListView {
+            objectName: "songListView"
+            title: AppState.queueTitle
+            isPlaylist: AppState.showingPlaylist
+            model: AppState.queueModel
+            playingTrackId: AppState.playingTrackId
+            playing: AppState.isPlaying
+            onImportClicked: window.importFolder()
+            onPlayRequested: (trackId) => AppState.playTrack(trackId)
+            onPauseRequested: AppState.togglePlayPause()
+            onEditRequested: (trackId) => AppState.openTagEditor(trackId)
+            onDragStarted: (trackId) => AppState.beginDrag(trackId)
+        }
+    }
+    Component {
+        id: sidebarComponent
+        Sidebar {
+            objectName: "sidebar"
+            playlists: AppState.playlists
+            selectedPlaylistID: AppState.selectedPlaylistID
+            showingArtists: AppState.showingArtists
+            showingUntagged: AppState.showingUntagged
+            showingHome: AppState.showingHome
+            draggingTrackId: AppState.draggingTrackId
+            onAllArtistsClicked: AppState.showAllArtists()
+            onAllSongsClicked: AppState.showAllSongs()
+            onUntaggedClicked: AppState.showUntaggedSongs()
+            onPlaylistClicked: (playlistId) => AppState.selectPlaylist(playlistId)
+            onCreateClicked: AppState.showingCreate = true
+            onDropped: (trackId, playlistId) => AppState.dropOnPlaylist(trackId, playlistId)
+        }
+    }
+    Component {
+        id: nowPlayingComponent
+        NowPlayingBar {
+            objectName: "nowPlayingBar"
+            name: AppState.playingTrackName
+            pictureSource: AppState.playingArtworkSource
+            currentTime: AppState.player.currentTime
+            duration: AppState.player.duration
+            playing: AppState.isPlaying
+            shuffled: AppState.isShuffled
+            onSeekRequested: (fraction) => AppState.seek(fraction)
+            onShuffleClicked: AppState.toggleShuffle()
+            onPreviousClicked: AppState.playPrevious()
+            onPlayPauseClicked: AppState.togglePlayPause()
+            onNextClicked: AppState.playNext()
         }
     }
     Component {
@@ -177,6 +221,30 @@ ApplicationWindow {
         text: AppState.successMessage
         spring: AppState.successMessageAnimation === AppState.Spring
         raised: AppState.hasPlayingTrack
+    }
+
+    // The create-playlist panel over a dimmed window.
+    Item {
+        id: createLayer
+        anchors.fill: parent
+        visible: opacity > 0
+        opacity: AppState.showingCreate ? 1 : 0
+        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Rectangle {
+            anchors.fill: parent
+            color: "#000000"
+            opacity: 0.35
+            TapHandler { onTapped: AppState.cancelCreatePlaylist() }
+        }
+        Loader {
+            anchors.centerIn: parent
+            active: AppState.showingCreate
+            sourceComponent: CreatePlaylistPanel {
+                objectName: "createPlaylistPanel"
+                onCreateRequested: (name) => AppState.createPlaylistFromPanel(name)
+                onCancelRequested: AppState.cancelCreatePlaylist()
+            }
+        }
     }
 
     ThemePopup {

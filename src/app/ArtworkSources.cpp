@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ArtworkSources.h"
+
+#include "artwork/ArtworkSource.h"
+
+namespace {
+
+std::optional<QString> present(const QString &text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional<QString>(text);
+}
+
+} // namespace
+
+QUrl ArtworkSources::track(const QString &path, const QString &fallbackArtist, const QString &fallbackAlbum)
+{
+    if (path.isEmpty())
+        return {};
+    return artworksource::track(path, present(fallbackArtist), present(fallbackAlbum));
+}
+
+QUrl ArtworkSources::album(const QString &artist, const QString &album)
+{
+    return artworksource::album(present(artist), present(album));
+}
+
+QUrl ArtworkSources::artist(const QString &name)
+{
+    return name.isEmpty() ? QUrl() : artworksource::artist(name);
+}

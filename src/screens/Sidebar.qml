@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The sidebar: "All Artists", "All Songs", "Untagged Songs", then the
+// playlists, which take songs dropped on them.
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Controls
+import Tarnwell
+
+Rectangle {
+    id: sidebar
+
+    // [{id, name, count}], in the store's order.
+    property var playlists: []
+    property string selectedPlaylistID: ""
+    property bool showingArtists: false
+    property bool showingUntagged: false
+    property bool showingHome: false
+    // The id of the song being dragged from a song list; empty when none.
+    property string draggingTrackId: ""
+
+    signal allArtistsClicked()
+    signal allSongsClicked()
+    signal untaggedClicked()
+    signal playlistClicked(string playlistId)
+    signal createClicked()
+    signal dropped(string trackId, string playlistId)
+
+    implicitWidth: 220
+    color: "transparent"
+
+    Flickable {
+        anchors.fill: parent
+        anchors.margins: 12
+        contentHeight: column.implicitHeight
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+
+        Column {
+            id: column
+            width: parent.width
+            spacing: 2
+
+            SidebarEntry {
+                objectName: "allArtistsEntry"
+                width: parent.width
+                symbol: "person.2"
+                label: "All Artists"
+                selected: sidebar.showingArtists
+                onClicked: sidebar.allArtistsClicked()
+            }
+            SidebarEntry {
+                objectName: "allSongsEntry"
+                width: parent.width
+                symbol: "music.note.list"
+                label: "All Songs"
+                selected: sidebar.selectedPlaylistID === "" && !sidebar.showingArtists
+                          && !sidebar.showingUntagged && !sidebar.showingHome
+                onClicked: sidebar.allSongsClicked()
+            }
+            SidebarEntry {
+                objectName: "untaggedEntry"
+                width: parent.width
+                symbol: "tag.slash"
+                label: "Untagged Songs"
+                selected: sidebar.showingUntagged
+                onClicked: sidebar.untaggedClicked()
+            }
+
+            Item { width: 1; height: 10 }
+            Rectangle { width: parent.width; height: 1; color: Theme.panelBackground }
+            Item { width: 1; height: 10 }
+
+            Item {
+                width: parent.width
+                height: 30
+                Text {
+                    anchors.left: parent.left
+                    anchors.leftMargin: 6
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "Playlists"
+                    font.pixelSize: 14
+                    font.weight: Font.DemiBold
+                    font.letterSpacing: 2
+                    color: Theme.primaryText
+                }
+                Rectangle {
+                    id: createButton
+                    objectName: "createPlaylistButton"
+                    anchors.right: parent.right
+                    anchors.rightMargin: 4
+                    anchors.verticalCenter: parent.verticalCenter
+                    width: 24
+                    height: 24
+                    radius: 6
+                    color: createHover.hovered ? Theme.buttonFillHover : Theme.buttonFill
+                    Behavior on color { ColorAnimation { duration: Theme.hoverDuration } }
+                    SymbolIcon {
+                        anchors.centerIn: parent
+                        name: "plus"
+                        size: 12
+                        font.weight: Font.DemiBold
+                        color: Theme.onAccentText
+                    }
+                    HoverHandler { id: createHover; cursorShape: Qt.PointingHandCursor }
+                    TapHandler { onTapped: sidebar.createClicked() }
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "New Playlist"
+                }
+            }
+
+            Repeater {
+                model: sidebar.playlists
+                delegate: PlaylistRow {
+                    required property var modelData
+                    width: column.width
+                    playlistId: modelData.id
+                    name: modelData.name
+                    isSelected: sidebar.selectedPlaylistID === modelData.id
+                    draggingTrackId: sidebar.draggingTrackId
+                    onClicked: sidebar.playlistClicked(playlistId)
+                    onDropped: (trackId) => sidebar.dropped(trackId, playlistId)
+                }
+            }
+        }
+    }
+}

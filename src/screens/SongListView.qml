@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The songs of the library or of one playlist: a header with the title and
+// count ("All Songs" and "Import Music", or a playlist's name and "Drop songs
+// here"), then a lazily built list of rows.
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Controls
+import Tarnwell
+
+Item {
+    id: screen
+
+    required property string title
+    required property bool isPlaylist
+    required property var model
+    property string playingTrackId: ""
+    property bool playing: false
+
+    readonly property alias list: list
+
+    signal importClicked()
+    signal playRequested(string trackId)
+    signal pauseRequested()
+    signal editRequested(string trackId)
+    signal dragStarted(string trackId)
+
+    Item {
+        id: header
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        anchors.leftMargin: 28
+        anchors.rightMargin: 28
+        anchors.topMargin: 12
+        height: 58
+
+        Column {
+            anchors.left: parent.left
+            anchors.right: trailing.left
+            anchors.rightMargin: 12
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 4
+            Text {
+                objectName: "listTitle"
+                width: parent.width
+                text: screen.title
+                elide: Text.ElideRight
+                color: Theme.primaryText
+                font.pixelSize: 26
+                font.weight: Font.Thin
+                font.letterSpacing: 1
+                Accessible.role: Accessible.Heading
+            }
+            Text {
+                objectName: "listCount"
+                text: SongFormat.songCount(list.count)
+                color: Theme.secondaryText
+                font.pixelSize: 12
+                font.weight: Font.Light
+                font.letterSpacing: 1
+            }
+        }
+
+        Item {
+            id: trailing
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            width: screen.isPlaylist ? dropHint.implicitWidth : importButton.implicitWidth
+            height: parent.height
+
+            ImportButton {
+                id: importButton
+                objectName: "listImportButton"
+                anchors.verticalCenter: parent.verticalCenter
+                anchors.right: parent.right
+                visible: !screen.isPlaylist
+                onClicked: screen.importClicked()
+            }
+            Row {
+                id: dropHint
+                objectName: "dropHint"
+                anchors.verticalCenter: parent.verticalCenter
+                anchors.right: parent.right
+                visible: screen.isPlaylist
+                spacing: 6
+                SymbolIcon {
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: "waveform"
+                    size: 14
+                    font.weight: Font.ExtraLight
+                    color: Theme.secondaryText
+                }
+                Text {
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: "Drop songs here"
+                    font.pixelSize: 12
+                    font.weight: Font.Light
+                    font.letterSpacing: 1
+                    color: Theme.secondaryText
+                }
+            }
+        }
+    }
+
+    ListView {
+        id: list
+        objectName: "songList"
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors.leftMargin: 14
+        anchors.rightMargin: 14
+        anchors.topMargin: 8
+        clip: true
+        model: screen.model
+        reuseItems: true
+        cacheBuffer: 400
+        // Rows are dragged towards the playlists, so the list scrolls with the
+        // wheel and the scroll bar rather than by dragging.
+        interactive: false
+        boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+
+        WheelHandler {
+            onWheel: (event) => {
+                const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
+                const bottom = Math.max(list.originY, list.originY + list.contentHeight - list.height)
+                list.contentY = Math.max(list.originY, Math.min(bottom, list.contentY - step))
+            }
+        }
+
+        delegate: TrackRow {
+            required property int index
+            width: ListView.view.width - scrollBar.width
+            number: index + 1
+            isActive: trackId === screen.playingTrackId
+            isPlaying: isActive && screen.playing
+            onPlayRequested: screen.playRequested(trackId)
+            onPauseRequested: screen.pauseRequested()
+            onEditRequested: screen.editRequested(trackId)
+            onDragStarted: screen.dragStarted(trackId)
+        }
+    }
+}
