@@ -20,7 +20,8 @@ Item {
     property string fallbackArtist: ""
     property string fallbackAlbum: ""
 
-    readonly property bool hovered: hover.hovered
+    // The buttons' mouse areas keep the row hovered while they hold the mouse.
+    readonly property bool hovered: hover.hovered || pauseArea.containsMouse || editArea.containsMouse
     readonly property alias duration: info.duration
     readonly property alias artist: info.artist
     readonly property bool dragging: dragHandler.active
@@ -107,9 +108,16 @@ Item {
                 name: "pause.fill"
                 size: 13
                 color: Theme.brand
-                TapHandler { onTapped: row.pauseRequested() }
                 Accessible.role: Accessible.Button
                 Accessible.name: "Pause"
+            }
+            // A mouse area, so the click stops here and doesn't also play the row.
+            MouseArea {
+                id: pauseArea
+                anchors.fill: parent
+                visible: row.isPlaying
+                hoverEnabled: true
+                onClicked: row.pauseRequested()
             }
         }
 
@@ -156,7 +164,7 @@ Item {
                 width: 26
                 height: 22
                 radius: 5
-                color: editHover.hovered ? Theme.subtleFill : Theme.panelBackground
+                color: editArea.containsMouse ? Theme.subtleFill : Theme.panelBackground
                 SymbolIcon {
                     anchors.centerIn: parent
                     name: "pencil"
@@ -164,8 +172,12 @@ Item {
                     font.weight: Font.Medium
                     color: Theme.secondaryText
                 }
-                HoverHandler { id: editHover }
-                TapHandler { onTapped: row.editRequested() }
+                MouseArea {
+                    id: editArea
+                    anchors.fill: parent
+                    hoverEnabled: true
+                    onClicked: row.editRequested()
+                }
                 Accessible.role: Accessible.Button
                 Accessible.name: "Edit tags"
             }

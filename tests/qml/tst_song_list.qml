@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+import QtQuick
+import QtTest
+import Tarnwell
+
+Item {
+    id: root
+    width: 900
+    height: 560
+
+    ListModel {
+        id: songs
+        ListElement { trackId: "11111111-1111-1111-1111-111111111111"; name: "First"; path: "/nowhere/First.flac" }
+        ListElement { trackId: "22222222-2222-2222-2222-222222222222"; name: "Second"; path: "/nowhere/Second.flac" }
+        ListElement { trackId: "33333333-3333-3333-3333-333333333333"; name: "Third"; path: "/nowhere/Third.flac" }
+    }
+
+    Row {
+        anchors.fill: parent
+        Sidebar {
+            id: sidebar
+            width: 220
+            height: parent.height
+            playlists: [{ id: "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", name: "Road", count: 0 }]
+        }
+        SongListView {
+            id: list
+            width: parent.width - sidebar.width
+            height: parent.height
+            title: "All Songs"
+            isPlaylist: false
+            model: songs
+        }
+    }
+
+    ProgressBar {
+        id: progress
+        x: 100
+        y: 520
+        width: 400
+        value: 0
+    }
+
+    // What the program does when a row starts a drag: it holds the song.
+    property bool holdDrags: false
+    Connections {
+        target: list
+        function onDragStarted(trackId) {
+            if (root.holdDrags)
+                sidebar.draggingTrackId = trackId
+        }
+    }
+
+    SignalSpy { id: played; target: list; signalName: "playRequested" }
+    SignalSpy { id: paused; target: list; signalName: "pauseRequested" }
+    SignalSpy { id: edited; target: list; signalName: "editRequested" }
+    SignalSpy { id: dragged; target: list; signalName: "dragStarted" }
+    SignalSpy { id: dropped; target: sidebar; signalName: "dropped" }
+    SignalSpy { id: seeks; target: progress; signalName: "seekRequested" }
+
+    Component {
+        id: panelComponent
+        CreatePlaylistPanel {}
+    }
+
+    TestCase {
+        name: "SongList"
+        when: windowShown
+
+        function find(item, objectName) {
+            const stack = [item]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (it.objectName === objectName && it.visible)
+                    return it
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
+            return null
+        }
+
+        function row(i) {
+            list.list.positionViewAtIndex(i, ListView.Beginning)
+            return list.list.itemAtIndex(i)
+        }
+
+        function init() {
+            for (const spy of [played, paused, edited, dragged, dropped, seeks])
+                spy.clear()
+            list.playingTrackId = ""
+            list.playing = false
+            sidebar.draggingTrackId = ""
+            root.holdDrags = false
+            mouseMove(root, 899, 559)
+        }
+
+        function test_clickPlaysTheRow() {
+            const second = row(1)
+            mouseClick(second, 200, second.height / 2)
+            compare(played.count, 1)
+            compare(played.signalArguments[0][0], "22222222-2222-2222-2222-222222222222")
+        }
+
+        function test_indexCellFollowsHoverAndPlayback() {
+            const first = row(0)
+            verify(find(first, "rowNumber") !== null)
+            mouseMove(first, 200, first.height / 2)
+            tryVerify(() => first.hovered)
+            verify(find(first, "rowNumber") === null)
+            verify(find(first, "editButton") !== null)
+
+            list.playingTrackId = "11111111-1111-1111-1111-111111111111"
+            list.playing = true
+            const pause = find(first, "pauseButton")
+            verify(pause !== null)
+            // The button takes clicks once the row has drawn its new state.
+            waitForRendering(first)
+            mouseClick(pause)
+            compare(paused.count, 1)
+            compare(played.count, 0)
+
+            // A paused current song shows its number again, in the active colour.
+            list.playing = false
+            mouseMove(root, 899, 559)
+            tryVerify(() => !first.hovered)
+            const number = find(first, "rowNumber")
+            verify(number !== null)
+            compare(number.color, Theme.brand)
+        }
+
+        function test_pencilAsksForTheEditor() {
+            const third = row(2)
+            mouseMove(third, 200, third.height / 2)
+            tryVerify(() => third.hovered)
+            mouseClick(find(third, "editButton"))
+            compare(edited.count, 1)
+            compare(edited.signalArguments[0][0], "33333333-3333-3333-3333-333333333333")
+            compare(played.count, 0)
+        }
+
+        function dragFirstRowToRoad() {
+            const first = row(0)
+            mousePress(first, 200, first.height / 2)
+            for (let step = 1; step <= 10; ++step)
+                mouseMove(first, 200 - step * 40, first.height / 2 + step * 10)
+            const road = find(sidebar, "playlistRowBody").parent
+            const inRoad = road.mapToItem(first, 40, road.height / 2)
+            mouseMove(first, inRoad.x, inRoad.y)
+            tryVerify(() => road.isTargeted)
+            compare(find(road, "playlistSymbol").name, "plus.circle.fill")
+            mouseRelease(first, inRoad.x, inRoad.y)
+            return road
+        }
+
+        function test_dropAddsTheDraggedSong() {
+            root.holdDrags = true
+            const road = dragFirstRowToRoad()
+            compare(dragged.count, 1)
+            compare(dropped.count, 1)
+            compare(dropped.signalArguments[0][0], "11111111-1111-1111-1111-111111111111")
+            compare(dropped.signalArguments[0][1], "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA")
+            tryVerify(() => !road.isTargeted)
+        }
+
+        function test_dropWithoutADragIsRefused() {
+            // Nothing holds the song (as after the 5 s reset).
+            const road = dragFirstRowToRoad()
+            compare(dragged.count, 1)
+            compare(dropped.count, 0)
+            tryVerify(() => !road.isTargeted)
+        }
+
+        function test_progressBarSeeksToTheShareClicked_data() {
+            return [
+                { tag: "three quarters", x: 300, share: 0.75 },
+                { tag: "start", x: 0, share: 0 },
+            ]
+        }
+
+        function test_progressBarSeeksToTheShareClicked(data) {
+            mouseClick(progress, data.x, progress.height / 2)
+            compare(seeks.count, 1)
+            fuzzyCompare(seeks.signalArguments[0][0], data.share, 0.001)
+        }
+
+        function test_progressBarClampsADrag() {
+            mousePress(progress, 200, 8)
+            mouseMove(progress, 600, 8)
+            mouseMove(progress, -50, 8)
+            mouseRelease(progress, -50, 8)
+            const shares = seeks.signalArguments.map(a => a[0])
+            compare(shares[0], 0.5)
+            verify(shares.indexOf(1) >= 0)
+            compare(shares[shares.length - 1], 0)
+            compare(find(progress, "progressFill").width, 0)
+        }
+
+        function test_formatTime_data() {
+            return [
+                { tag: "zero", seconds: 0, text: "0:00" },
+                { tag: "fraction dropped", seconds: 59.9, text: "0:59" },
+                { tag: "past an hour", seconds: 75 * 60 + 3, text: "75:03" },
+                { tag: "negative", seconds: -4, text: "0:00" },
+                { tag: "not a number", seconds: NaN, text: "0:00" },
+                { tag: "infinite", seconds: Infinity, text: "0:00" },
+            ]
+        }
+
+        function test_formatTime(data) {
+            compare(SongFormat.formatTime(data.seconds), data.text)
+        }
+
+        function test_headerCountsSongs_data() {
+            return [
+                { tag: "none", count: 0, text: "0 songs" },
+                { tag: "one", count: 1, text: "1 song" },
+                { tag: "two", count: 2, text: "2 songs" },
+            ]
+        }
+
+        function test_headerCountsSongs(data) {
+            compare(SongFormat.songCount(data.count), data.text)
+        }
+
+        function test_playlistHeaderOffersTheDropHint() {
+            list.isPlaylist = true
+            verify(find(list, "dropHint") !== null)
+            verify(find(list, "listImportButton") === null)
+            list.isPlaylist = false
+            verify(find(list, "dropHint") === null)
+        }
+
+        function test_createPanelTrimsAndCancels() {
+            const panel = createTemporaryObject(panelComponent, root)
+            let names = []
+            let cancels = 0
+            panel.createRequested.connect(n => names.push(n))
+            panel.cancelRequested.connect(() => ++cancels)
+            const field = find(panel, "playlistNameField")
+            tryVerify(() => field.activeFocus)
+
+            keyClick(Qt.Key_Space)
+            keyClick(Qt.Key_Space)
+            keyClick(Qt.Key_Return)
+            compare(names.length, 0)
+            verify(!panel.canCreate)
+
+            for (const c of "Chill ")
+                keyClick(c === " " ? Qt.Key_Space : c)
+            keyClick(Qt.Key_Return)
+            compare(names, ["Chill"])
+
+            keyClick(Qt.Key_Escape)
+            compare(cancels, 1)
+            compare(names.length, 1)
+        }
+    }
+}
