@@ -84,7 +84,19 @@ echo "ok: \"1 new song added\" is shown at the bottom (lime share $banner)"
 # Space toggles playback, which MPRIS reports. Without the player on the bus
 # there is nothing to toggle yet.
 if command -v playerctl > /dev/null && playerctl -l 2> /dev/null | grep -q tarnwell; then
+  # "All Songs" in the sidebar, then a click on the first song plays it.
+  xdotool mousemove --window "$window" 70 130 click 1
+  sleep 0.5
+  xdotool mousemove --window "$window" 500 175 click 1
+  for _ in $(seq 30); do
+    [ "$(playerctl -p tarnwell status 2> /dev/null)" = Playing ] && break
+    sleep 0.1
+  done
   before=$(playerctl -p tarnwell status 2> /dev/null || echo none)
+  [ "$before" = Playing ] || fail "a click on the first song did not play it ($before)"
+  title=$(playerctl -p tarnwell metadata xesam:title 2> /dev/null || true)
+  [ "$title" = "01 First" ] || fail "MPRIS shows the title \"$title\", not \"01 First\""
+  echo "ok: a click on the first song plays \"$title\""
   xdotool windowfocus --sync "$window" 2> /dev/null || true
   xdotool key --window "$window" space
   after=""
@@ -93,7 +105,7 @@ if command -v playerctl > /dev/null && playerctl -l 2> /dev/null | grep -q tarnw
     [ "$after" != "$before" ] && break
     sleep 0.1
   done
-  [ "$after" != "$before" ] || fail "Space did not change the playback status ($before)"
+  [ "$after" = Paused ] || fail "Space did not pause playback ($before -> $after)"
   echo "ok: Space toggled playback ($before -> $after)"
 else
   echo "note: no MPRIS player on the bus; the Space check waits for playback"
