@@ -113,6 +113,25 @@ void AppState::connectServices()
     connect(&m_playlistStore, &PlaylistStore::playlistsChanged, this, &AppState::playlistsChanged);
     connect(this, &AppState::currentQueueChanged, this, [this] { m_queueModel.setTracks(currentQueue()); });
 
+    // The artists screen groups the library anew each time it is opened.
+    connect(this, &AppState::currentScreenChanged, this, [this] {
+        if (m_currentScreen == Screen::Artists)
+            m_artists.load(m_tracks);
+    });
+    connect(&m_artists, &ArtistListModel::loaded, this, &AppState::updateArtistDetail);
+    connect(&m_artists, &ArtistListModel::isLoadingChanged, this, &AppState::showingArtistDetailChanged);
+    connect(this, &AppState::selectedArtistNameChanged, this, &AppState::updateArtistDetail);
+    connect(this, &AppState::selectedArtistAlbumChanged, this,
+            [this] { m_artistDetail.setSelectedAlbum(m_selectedArtistAlbum); });
+    connect(&m_artistDetail, &ArtistDetail::selectedAlbumChanged, this,
+            [this] {
+                // A load starts from no album; the selection kept here is put back when it ends.
+                if (!m_artistDetail.isLoading())
+                    setSelectedArtistAlbum(m_artistDetail.selectedAlbum());
+            });
+    connect(&m_artistDetail, &ArtistDetail::loaded, this,
+            [this] { m_artistDetail.setSelectedAlbum(m_selectedArtistAlbum); });
+
     // Activating the search closes the theme popup.
     connect(this, &AppState::searchActiveChanged, this, [this] {
         if (m_searchActive)
@@ -780,6 +799,33 @@ void AppState::selectPlaylist(const QString &playlistId)
     setShowingArtists(false);
     setShowingUntagged(false);
     setShowingHome(false);
+}
+
+// ---- Artists ------------------------------------------------------------------
+
+bool AppState::showingArtistDetail() const
+{
+    return !m_artists.isLoading() && m_artists.indexOf(m_selectedArtistName) >= 0;
+}
+
+void AppState::updateArtistDetail()
+{
+    Q_EMIT showingArtistDetailChanged();
+    if (m_artists.isLoading() || m_artists.indexOf(m_selectedArtistName) < 0)
+        return;
+    m_artistDetail.load(m_selectedArtistName, m_artists.tracksOf(m_selectedArtistName));
+}
+
+void AppState::selectAlbum(const QString &album)
+{
+    if (const std::optional<Track> first = m_artistDetail.selectAlbum(album))
+        playTrack(*first);
+}
+
+void AppState::backToArtists()
+{
+    setSelectedArtistName({});
+    setSelectedArtistAlbum({});
 }
 
 // ---- Pictures and search ------------------------------------------------------

@@ -36,6 +36,8 @@
 #include "model/TrackMetadata.h"
 #include "artwork/ArtworkLoader.h"
 #include "artwork/CancelToken.h"
+#include "browse/ArtistDetail.h"
+#include "browse/ArtistListModel.h"
 #include "browse/SearchIndex.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
@@ -123,6 +125,11 @@ class AppState : public QObject
     Q_PROPERTY(TrackListModel *queueModel READ queueModel CONSTANT)
     Q_PROPERTY(QString queueTitle READ queueTitle NOTIFY currentQueueChanged)
     Q_PROPERTY(bool showingPlaylist READ showingPlaylist NOTIFY currentQueueChanged)
+    // The artists screen: the grid, and the detail of the selected artist
+    // when the grid has that artist.
+    Q_PROPERTY(ArtistListModel *artists READ artists CONSTANT)
+    Q_PROPERTY(ArtistDetail *artistDetail READ artistDetail CONSTANT)
+    Q_PROPERTY(bool showingArtistDetail READ showingArtistDetail NOTIFY showingArtistDetailChanged)
     // The sidebar's playlists, in the store's order: [{id, name, count}].
     Q_PROPERTY(QVariantList playlists READ playlistList NOTIFY playlistsChanged)
 
@@ -295,6 +302,15 @@ public:
     Q_INVOKABLE void showUntaggedSongs();
     Q_INVOKABLE void selectPlaylist(const QString &playlistId);
 
+    // Artists -------------------------------------------------------------------
+    ArtistListModel *artists() { return &m_artists; }
+    ArtistDetail *artistDetail() { return &m_artistDetail; }
+    bool showingArtistDetail() const;
+    // Selects an album of the shown artist and plays its first song.
+    Q_INVOKABLE void selectAlbum(const QString &album);
+    // From an artist back to the grid.
+    Q_INVOKABLE void backToArtists();
+
     // Pictures and search ----------------------------------------------------
     ArtworkLoader &artworkLoader() { return m_artworkLoader; }
     SearchIndex *searchIndex() { return &m_searchIndex; }
@@ -344,6 +360,7 @@ Q_SIGNALS:
     void historyChanged();
     void currentQueueChanged();
     void playlistsChanged();
+    void showingArtistDetailChanged();
     void backgroundSourceChanged();
     void backgroundOpacityChanged();
 
@@ -390,6 +407,8 @@ private:
     QCoro::Task<> fetchPictures(import::PrefetchPlan plan, CancelToken cancel);
 
     void rebuildSearchIndex();
+    // The artist detail follows the selected artist once the grid has loaded.
+    void updateArtistDetail();
 
 public:
     std::optional<QString> artistForTrack(const QUuid &trackId) const;
@@ -413,6 +432,8 @@ private:
     ArtworkLoader m_artworkLoader;
     SearchIndex m_searchIndex;
     TrackListModel m_queueModel;
+    ArtistListModel m_artists;
+    ArtistDetail m_artistDetail;
     CancelToken m_prefetchPictures;
 
     // Library

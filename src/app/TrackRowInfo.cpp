@@ -23,7 +23,7 @@ void TrackRowInfo::setPath(const QString &path)
     if (path.isEmpty())
         return;
     QPointer<TrackRowInfo> self(this);
-    QtConcurrent::run([path] { return readTrackInfo(path); }).then(this, [self, request](const TrackInfo &info) {
+    QtConcurrent::run([path] { return readTrackInfo(path); }).then(this, [self, request](const FileTags &info) {
         if (!self || request != self->m_request)
             return;
         const double seconds = info.duration.value_or(0);

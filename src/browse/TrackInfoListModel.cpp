@@ -38,6 +38,8 @@ QVariant TrackInfoListModel::data(const QModelIndex &index, int role) const
         return text::displayName(info.track.path());
     case AlbumRole:
         return info.album.value_or(QString());
+    case PathRole:
+        return info.track.path();
     default:
         return {};
     }
@@ -45,5 +47,5 @@ QVariant TrackInfoListModel::data(const QModelIndex &index, int role) const
 
 QHash<int, QByteArray> TrackInfoListModel::roleNames() const
 {
-    return { { TrackIdRole, "trackId" }, { UrlRole, "url" }, { NameRole, "name" }, { AlbumRole, "album" } };
+    return { { TrackIdRole, "trackId" }, { UrlRole, "url" }, { NameRole, "name" }, { AlbumRole, "album" }, { PathRole, "path" } };
 }

@@ -12,7 +12,7 @@ class TrackInfoListModel : public QAbstractListModel
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
-    enum Role { TrackIdRole = Qt::UserRole + 1, UrlRole, NameRole, AlbumRole };
+    enum Role { TrackIdRole = Qt::UserRole + 1, UrlRole, NameRole, AlbumRole, PathRole };
 
     explicit TrackInfoListModel(QObject *parent = nullptr);
 

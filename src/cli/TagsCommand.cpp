@@ -18,7 +18,7 @@ int cli::tags(const QStringList &args)
     for (const QString &arg : args) {
         const QFileInfo file(arg);
         const QString path = file.absoluteFilePath();
-        const TrackInfo info = readTrackInfo(path);
+        const FileTags info = readTrackInfo(path);
         // Reading never fails; only a file with nothing to show is looked at.
         if (info.metadata.isEmpty() && !info.duration && !file.isFile()) {
             error(QStringLiteral("%1: no such file").arg(arg));

@@ -145,11 +145,11 @@ ApplicationWindow {
 
     Component {
         id: homeScreen
-        ScreenPlaceholder {
-            title: "Home"
-            subtitle: "Your music, right where you left it."
-            emptyText: AppState.trackCount === 0 ? "Import music to get started"
-                     : AppState.trackCount + (AppState.trackCount === 1 ? " song" : " songs") + " in your library"
+        HomeView {
+            objectName: "homeView"
+            recentArtists: AppState.recentArtists
+            allArtists: AppState.searchIndex.allArtistNames
+            onArtistSelected: (name) => AppState.openArtist(name)
         }
     }
     Component {
@@ -205,7 +205,22 @@ ApplicationWindow {
     }
     Component {
         id: artistsScreen
-        ScreenPlaceholder { title: "All Artists"; subtitle: "" }
+        ArtistsView {
+            objectName: "artistsView"
+            artists: AppState.artists
+            detail: AppState.artistDetail
+            showingDetail: AppState.showingArtistDetail
+            playingTrackId: AppState.playingTrackId
+            playing: AppState.isPlaying
+            onArtistSelected: (name) => AppState.selectedArtistName = name
+            onBackClicked: AppState.backToArtists()
+            onAlbumSelected: (album) => AppState.selectAlbum(album)
+            onShowAllClicked: AppState.selectedArtistAlbum = ""
+            onPlayRequested: (trackId) => AppState.playTrack(trackId)
+            onPauseRequested: AppState.togglePlayPause()
+            onEditRequested: (trackId) => AppState.openTagEditor(trackId)
+            onDragStarted: (trackId) => AppState.beginDrag(trackId)
+        }
     }
     Component {
         id: untaggedScreen

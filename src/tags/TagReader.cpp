@@ -41,7 +41,7 @@ std::optional<double> readDuration(const QString &path)
     return container::read(path, suffix, container::wantDuration).duration;
 }
 
-TrackInfo readTrackInfo(const QString &path)
+FileTags readTrackInfo(const QString &path)
 {
     const QString suffix = lowerSuffix(path);
     if (suffix == u"flac") {

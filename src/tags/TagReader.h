@@ -40,9 +40,9 @@ std::optional<QByteArray> readEmbeddedArtwork(const QString &path);
 std::optional<double> readDuration(const QString &path);
 
 // Tags and duration from one opening of the file (what a song row shows).
-struct TrackInfo
+struct FileTags
 {
     TrackMetadata metadata;
     std::optional<double> duration;
 };
-TrackInfo readTrackInfo(const QString &path);
+FileTags readTrackInfo(const QString &path);

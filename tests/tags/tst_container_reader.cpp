@@ -238,7 +238,7 @@ private Q_SLOTS:
         const caf::Info parsed = caf::parse(file);
         QCOMPARE(fieldsOf(container::metadataFromItems(parsed.items)), expected);
         const QString path = testsupport::writeFile(m_dir.path(), QStringLiteral("c.caf"), file);
-        const TrackInfo info = readTrackInfo(path);
+        const FileTags info = readTrackInfo(path);
         QCOMPARE(fieldsOf(info.metadata), expected);
         QCOMPARE(info.duration.value_or(-1), duration);
         QVERIFY(!readEmbeddedArtwork(path));

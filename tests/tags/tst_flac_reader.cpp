@@ -238,7 +238,7 @@ private Q_SLOTS:
             build::flacFile({ { 0, streamInfo }, { 4, build::vorbisBody({ "TITLE=t" }) } }));
         const auto duration = readDuration(path);
         QCOMPARE(duration.value_or(-1.0), expected);
-        const TrackInfo info = readTrackInfo(path);
+        const FileTags info = readTrackInfo(path);
         QCOMPARE(info.duration.value_or(-1.0), expected);
         QCOMPARE(info.metadata.title, std::optional<QString>(QStringLiteral("t")));
     }

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// One artist: back to the grid, the albums, and the songs (of the selected
+// album, or all of them).
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Controls
+import Tarnwell
+
+Item {
+    id: screen
+
+    required property var detail         // ArtistDetail
+    property string playingTrackId: ""
+    property bool playing: false
+
+    signal backClicked()
+    signal albumSelected(string album)
+    signal showAllClicked()
+    signal playRequested(string trackId)
+    signal pauseRequested()
+    signal editRequested(string trackId)
+    signal dragStarted(string trackId)
+
+    Column {
+        id: header
+        x: 28
+        y: 12
+        width: parent.width - 56
+        spacing: 8
+
+        Row {
+            objectName: "backButton"
+            spacing: 6
+            SymbolIcon {
+                anchors.verticalCenter: parent.verticalCenter
+                name: "chevron.left"
+                size: 12
+                font.weight: Font.DemiBold
+                color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
+            }
+            Text {
+                anchors.verticalCenter: parent.verticalCenter
+                text: "All Artists"
+                font.pixelSize: 13
+                color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
+            }
+            HoverHandler { id: backHover; cursorShape: Qt.PointingHandCursor }
+            TapHandler { onTapped: screen.backClicked() }
+            Accessible.role: Accessible.Button
+            Accessible.name: "All Artists"
+        }
+        Text {
+            objectName: "artistTitle"
+            width: parent.width
+            text: screen.detail.artistName
+            elide: Text.ElideRight
+            font.pixelSize: 26
+            font.weight: Font.Thin
+            font.letterSpacing: 1
+            color: Theme.primaryText
+            Accessible.role: Accessible.Heading
+        }
+        Text {
+            visible: !screen.detail.isLoading && screen.detail.albums.count > 0
+            text: "Albums"
+            font.pixelSize: 16
+            font.weight: Font.Medium
+            color: Theme.primaryText
+        }
+        ListView {
+            objectName: "albumRow"
+            visible: !screen.detail.isLoading && screen.detail.albums.count > 0
+            width: parent.width
+            height: 184
+            orientation: ListView.Horizontal
+            spacing: 18
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            model: screen.detail.albums
+            delegate: AlbumCard {
+                required property string name
+                required property int trackCount
+                required property bool isSelected
+                albumName: name
+                artistName: screen.detail.artistName
+                songCount: trackCount
+                isSelected: isSelected
+                onClicked: screen.albumSelected(name)
+            }
+        }
+        Row {
+            visible: screen.detail.selectedAlbum !== ""
+            spacing: 12
+            Text {
+                objectName: "selectedAlbumName"
+                anchors.verticalCenter: parent.verticalCenter
+                text: screen.detail.selectedAlbum
+                font.pixelSize: 15
+                font.weight: Font.Medium
+                color: Theme.primaryText
+            }
+            Text {
+                objectName: "showAllButton"
+                anchors.verticalCenter: parent.verticalCenter
+                text: "Show all"
+                font.pixelSize: 13
+                color: showAllHover.hovered ? Theme.primaryText : Theme.brand
+                HoverHandler { id: showAllHover; cursorShape: Qt.PointingHandCursor }
+                TapHandler { onTapped: screen.showAllClicked() }
+                Accessible.role: Accessible.Button
+                Accessible.name: text
+            }
+        }
+    }
+
+    BusyIndicator {
+        anchors.centerIn: parent
+        running: screen.detail.isLoading
+        visible: running
+    }
+
+    ListView {
+        id: songs
+        objectName: "artistSongs"
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors.leftMargin: 14
+        anchors.rightMargin: 14
+        anchors.topMargin: 10
+        visible: !screen.detail.isLoading
+        clip: true
+        interactive: false
+        model: screen.detail.tracks
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+        WheelHandler {
+            onWheel: (event) => {
+                const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
+                const bottom = Math.max(songs.originY, songs.originY + songs.contentHeight - songs.height)
+                songs.contentY = Math.max(songs.originY, Math.min(bottom, songs.contentY - step))
+            }
+        }
+        delegate: TrackRow {
+            required property int index
+            required property string album
+            width: ListView.view.width - scrollBar.width
+            number: index + 1
+            fallbackArtist: screen.detail.artistName
+            fallbackAlbum: album
+            isActive: trackId === screen.playingTrackId
+            isPlaying: isActive && screen.playing
+            onPlayRequested: screen.playRequested(trackId)
+            onPauseRequested: screen.pauseRequested()
+            onEditRequested: screen.editRequested(trackId)
+            onDragStarted: screen.dragStarted(trackId)
+        }
+    }
+}

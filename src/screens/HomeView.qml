@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Home: the artists played lately, then every artist.
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Controls
+import Tarnwell
+
+Item {
+    id: home
+
+    property var recentArtists: []
+    property var allArtists: []
+
+    signal artistSelected(string name)
+
+    Flickable {
+        anchors.fill: parent
+        contentHeight: column.implicitHeight + 40
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+
+        Column {
+            id: column
+            x: 28
+            y: 12
+            width: parent.width - 56
+            spacing: 6
+
+            Text {
+                text: "Home"
+                font.pixelSize: 26
+                font.weight: Font.Thin
+                color: Theme.primaryText
+                Accessible.role: Accessible.Heading
+            }
+            Text {
+                text: "Your music, right where you left it."
+                font.pixelSize: 12
+                font.weight: Font.Light
+                color: Theme.secondaryText
+            }
+
+            Item { width: 1; height: 18; visible: home.recentArtists.length > 0 }
+            Text {
+                objectName: "recentHeading"
+                visible: home.recentArtists.length > 0
+                text: "Recently Played"
+                font.pixelSize: 15
+                font.weight: Font.Medium
+                color: Theme.primaryText
+            }
+            ListView {
+                objectName: "recentArtists"
+                visible: home.recentArtists.length > 0
+                width: parent.width
+                height: 104
+                orientation: ListView.Horizontal
+                spacing: 16
+                clip: true
+                boundsBehavior: Flickable.StopAtBounds
+                model: home.recentArtists
+                delegate: RecentArtistCard {
+                    required property string modelData
+                    name: modelData
+                    onClicked: home.artistSelected(modelData)
+                }
+            }
+
+            Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
+            Text {
+                objectName: "allArtistsHeading"
+                visible: home.allArtists.length > 0
+                text: "All Artists"
+                font.pixelSize: 15
+                font.weight: Font.Medium
+                color: Theme.primaryText
+            }
+            Repeater {
+                model: home.allArtists
+                delegate: HomeArtistRow {
+                    required property string modelData
+                    width: column.width
+                    name: modelData
+                    onClicked: home.artistSelected(modelData)
+                }
+            }
+        }
+    }
+
+    Column {
+        objectName: "homeEmpty"
+        anchors.centerIn: parent
+        visible: home.recentArtists.length === 0 && home.allArtists.length === 0
+        spacing: 12
+        SymbolIcon {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: "music.note.house"
+            size: 36
+            font.weight: Font.ExtraLight
+            color: Theme.secondaryText
+        }
+        Text {
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: "Import music to get started"
+            font.pixelSize: 14
+            font.weight: Font.Light
+            color: Theme.secondaryText
+        }
+    }
+}
