@@ -26,13 +26,13 @@ class TestAppPlayback : public QObject
 
     QString music() const { return m_dir.filePath(QStringLiteral("music")); }
 
-    bool makeTagged(const QString &name, const QString &artist, double seconds)
+    bool makeTagged(const QString &name, const QString &artist, const QString &album, double seconds)
     {
         const QString path = music() + QLatin1Char('/') + name;
         return testsupport::makeAudio(path, seconds)
             && testsupport::run(QStringLiteral("metaflac"),
-                                {QStringLiteral("--set-tag=ARTIST=") + artist, QStringLiteral("--set-tag=TITLE=") + name,
-                                 path})
+                                {QStringLiteral("--set-tag=ARTIST=") + artist, QStringLiteral("--set-tag=ALBUM=") + album,
+                                 QStringLiteral("--set-tag=TITLE=") + name, path})
                    .exitCode
             == 0;
     }
@@ -58,8 +58,8 @@ private Q_SLOTS:
         QVERIFY(m_dir.isValid());
         QVERIFY(QDir().mkpath(music()));
         // Long enough to press keys while it plays, short enough to run out.
-        QVERIFY(makeTagged(QStringLiteral("01 First.flac"), QStringLiteral("Ada"), 0.6));
-        QVERIFY(makeTagged(QStringLiteral("02 Second.flac"), QStringLiteral("Bo"), 8.0));
+        QVERIFY(makeTagged(QStringLiteral("01 First.flac"), QStringLiteral("Ada"), QStringLiteral("Dawn"), 0.6));
+        QVERIFY(makeTagged(QStringLiteral("02 Second.flac"), QStringLiteral("Bo"), QStringLiteral("Dusk"), 8.0));
     }
 
     void init()
@@ -157,6 +157,40 @@ private Q_SLOTS:
         m_state->playTrack(trackjson::uuidText(m_state->currentQueue().constFirst().id));
         m_state->playNext();
         QCOMPARE(m_state->playingTrack()->url, m_state->tracks().at(1).url);
+    }
+
+    void anAlbumOfTheShownArtistPlaysFromItsFirstSong()
+    {
+        // A name the grid doesn't have shows the grid.
+        m_state->openArtist(QStringLiteral("Nobody"));
+        QVERIFY(m_state->artists()->isLoading());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artists()->isLoading(), 5000);
+        QCOMPARE(m_state->artists()->count(), 2);
+        QVERIFY(!m_state->showingArtistDetail());
+
+        m_state->setSelectedArtistName(QStringLiteral("Ada"));
+        QVERIFY(m_state->showingArtistDetail());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistDetail()->isLoading(), 5000);
+        QCOMPARE(m_state->artistDetail()->albums()->count(), 1);
+
+        m_state->selectAlbum(QStringLiteral("Dawn"));
+        QCOMPARE(m_state->playingTrackName(), QStringLiteral("01 First"));
+        QCOMPARE(m_state->selectedArtistAlbum(), QStringLiteral("Dawn"));
+        QCOMPARE(m_state->artistDetail()->tracks()->count(), 1);
+
+        m_state->backToArtists();
+        QVERIFY(m_state->selectedArtistName().isEmpty());
+        QVERIFY(m_state->selectedArtistAlbum().isEmpty());
+        QVERIFY(!m_state->showingArtistDetail());
+    }
+
+    void anAlbumChosenElsewhereSurvivesTheArtistsLoad()
+    {
+        // As from the search: artist and album at once, before anything loaded.
+        m_state->openAlbum(QStringLiteral("Bo"), QStringLiteral("Dusk"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->showingArtistDetail() && !m_state->artistDetail()->isLoading(), 5000);
+        QCOMPARE(m_state->artistDetail()->selectedAlbum(), QStringLiteral("Dusk"));
+        QCOMPARE(m_state->selectedArtistAlbum(), QStringLiteral("Dusk"));
     }
 
     void savedTagsReachTheFile()
