@@ -117,6 +117,8 @@ void AppState::connectServices()
     connect(this, &AppState::currentScreenChanged, this, [this] {
         if (m_currentScreen == Screen::Artists)
             m_artists.load(m_tracks);
+        else if (m_currentScreen == Screen::Untagged)
+            m_untagged.load(m_tracks);
     });
     connect(&m_artists, &ArtistListModel::loaded, this, &AppState::updateArtistDetail);
     connect(&m_artists, &ArtistListModel::isLoadingChanged, this, &AppState::showingArtistDetailChanged);

@@ -29,6 +29,7 @@
 #include "Palette.h"
 #include "Preferences.h"
 #include "TrackListModel.h"
+#include "UntaggedSongs.h"
 #include "UpdateChecker.h"
 #include "library/FolderMonitor.h"
 #include "model/PlaylistStore.h"
@@ -130,6 +131,8 @@ class AppState : public QObject
     Q_PROPERTY(ArtistListModel *artists READ artists CONSTANT)
     Q_PROPERTY(ArtistDetail *artistDetail READ artistDetail CONSTANT)
     Q_PROPERTY(bool showingArtistDetail READ showingArtistDetail NOTIFY showingArtistDetailChanged)
+    // The untagged-songs screen, read anew each time it is shown.
+    Q_PROPERTY(UntaggedSongs *untagged READ untagged CONSTANT)
     // The sidebar's playlists, in the store's order: [{id, name, count}].
     Q_PROPERTY(QVariantList playlists READ playlistList NOTIFY playlistsChanged)
 
@@ -303,6 +306,7 @@ public:
     Q_INVOKABLE void selectPlaylist(const QString &playlistId);
 
     // Artists -------------------------------------------------------------------
+    UntaggedSongs *untagged() { return &m_untagged; }
     ArtistListModel *artists() { return &m_artists; }
     ArtistDetail *artistDetail() { return &m_artistDetail; }
     bool showingArtistDetail() const;
@@ -434,6 +438,7 @@ private:
     TrackListModel m_queueModel;
     ArtistListModel m_artists;
     ArtistDetail m_artistDetail;
+    UntaggedSongs m_untagged;
     CancelToken m_prefetchPictures;
 
     // Library

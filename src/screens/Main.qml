@@ -224,7 +224,10 @@ ApplicationWindow {
     }
     Component {
         id: untaggedScreen
-        ScreenPlaceholder { title: "Untagged Songs"; subtitle: "" }
+        UntaggedSongsView {
+            objectName: "untaggedView"
+            untagged: AppState.untagged
+        }
     }
 
     MessageBanner {
@@ -236,6 +239,55 @@ ApplicationWindow {
         text: AppState.successMessage
         spring: AppState.successMessageAnimation === AppState.Spring
         raised: AppState.hasPlayingTrack
+    }
+
+    // The tag editor: for one song (a row's pencil) or for the untagged
+    // screen's songs, over a dimmed window. A click beside it closes it.
+    Item {
+        id: editorLayer
+        objectName: "tagEditorLayer"
+        readonly property bool batch: AppState.untagged.showEditor && AppState.currentScreen === AppState.Untagged
+        readonly property bool open: AppState.tagEditorOpen || batch
+        function close() {
+            if (batch)
+                AppState.untagged.closeEditor()
+            else
+                AppState.closeTagEditor()
+        }
+        anchors.fill: parent
+        visible: opacity > 0
+        opacity: open ? 1 : 0
+        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Rectangle {
+            anchors.fill: parent
+            color: "#000000"
+            opacity: 0.3
+            MouseArea {
+                anchors.fill: parent
+                onClicked: if (!AppState.untagged.isSaving) editorLayer.close()
+            }
+        }
+        Loader {
+            anchors.centerIn: parent
+            active: editorLayer.open
+            sourceComponent: TagEditorPanel {
+                objectName: "tagEditorPanel"
+                songCount: editorLayer.batch ? AppState.untagged.editingCount : 1
+                fileName: editorLayer.batch ? AppState.untagged.editingFileName : AppState.tagEditorFileName
+                initialTitle: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).title || ""
+                initialArtist: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).artist || ""
+                initialAlbum: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).album || ""
+                busy: AppState.untagged.isSaving
+                busyText: "Saving " + AppState.untagged.savedSoFar + " of " + AppState.untagged.editingCount + "…"
+                onSaveRequested: (title, artist, album) => {
+                    if (editorLayer.batch)
+                        AppState.untagged.saveBatch(title, artist, album)
+                    else
+                        AppState.saveSingleTrackTags(title, artist, album, AppState.tagEditorTrackId)
+                }
+                onCancelRequested: editorLayer.close()
+            }
+        }
     }
 
     // The create-playlist panel over a dimmed window.

@@ -1,0 +1,217 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The songs missing a title, artist or album; tick some and write the tags
+// into all of them at once.
+pragma ComponentBehavior: Bound
+import QtQuick
+import QtQuick.Controls
+import Tarnwell
+
+Item {
+    id: screen
+
+    required property var untagged      // UntaggedSongs
+
+    Column {
+        id: header
+        x: 28
+        y: 12
+        width: parent.width - 56
+        spacing: 6
+
+        Item {
+            width: parent.width
+            height: titleColumn.implicitHeight
+            Column {
+                id: titleColumn
+                spacing: 4
+                Text {
+                    text: "Untagged Songs"
+                    font.pixelSize: 26
+                    font.weight: Font.Thin
+                    color: Theme.primaryText
+                    Accessible.role: Accessible.Heading
+                }
+                Text {
+                    objectName: "untaggedCount"
+                    visible: !screen.untagged.isLoading
+                    text: SongFormat.songCount(screen.untagged.count) + " missing tags"
+                    font.pixelSize: 12
+                    font.weight: Font.Light
+                    font.letterSpacing: 1
+                    color: Theme.secondaryText
+                }
+            }
+            Row {
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 14
+                visible: !screen.untagged.isLoading && screen.untagged.count > 0
+                Text {
+                    objectName: "selectAllButton"
+                    anchors.verticalCenter: parent.verticalCenter
+                    text: screen.untagged.selectedCount === screen.untagged.count ? "Deselect All" : "Select All"
+                    font.pixelSize: 12
+                    font.weight: Font.Medium
+                    color: Theme.buttonFill
+                    MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: screen.untagged.toggleSelectAll() }
+                    Accessible.role: Accessible.Button
+                    Accessible.name: text
+                }
+                PillButton {
+                    objectName: "editSelectedButton"
+                    visible: screen.untagged.selectedCount > 0
+                    text: "Edit " + screen.untagged.selectedCount + " selected"
+                    fontSize: 12
+                    horizontalPadding: 12
+                    verticalPadding: 6
+                    onClicked: screen.untagged.editSelected()
+                }
+            }
+        }
+        Text {
+            width: parent.width
+            text: "Songs without a title, artist, or album. Add tags so they show up correctly across your library."
+            wrapMode: Text.Wrap
+            font.pixelSize: 12
+            font.weight: Font.Light
+            color: Theme.secondaryText
+        }
+    }
+
+    BusyIndicator {
+        anchors.centerIn: parent
+        running: screen.untagged.isLoading
+        visible: running
+    }
+    Column {
+        objectName: "allTagged"
+        anchors.centerIn: parent
+        visible: !screen.untagged.isLoading && screen.untagged.count === 0
+        spacing: 12
+        SymbolIcon {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: "checkmark.circle"
+            size: 36
+            color: Theme.accent
+        }
+        Text {
+            text: "All songs are tagged"
+            font.pixelSize: 14
+            color: Theme.secondaryText
+        }
+    }
+
+    ListView {
+        id: list
+        objectName: "untaggedList"
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors.leftMargin: 8
+        anchors.rightMargin: 8
+        anchors.topMargin: 14
+        visible: !screen.untagged.isLoading && screen.untagged.count > 0
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        model: screen.untagged
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        delegate: Rectangle {
+            id: row
+            required property int index
+            required property string trackId
+            required property string name
+            required property string missing
+            required property bool isSelected
+            readonly property bool hovered: rowHover.hovered || rowArea.containsMouse
+
+            width: ListView.view.width
+            height: 52
+            color: hovered ? Theme.subtleFill : "transparent"
+            Behavior on color { ColorAnimation { duration: 100; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
+
+            HoverHandler { id: rowHover }
+            MouseArea {
+                id: rowArea
+                anchors.fill: parent
+                hoverEnabled: true
+                onClicked: screen.untagged.editOne(row.trackId)
+            }
+            Rectangle {
+                visible: row.index > 0
+                width: parent.width - 40
+                x: 20
+                height: 1
+                color: Theme.panelBackground
+            }
+            Row {
+                anchors.left: parent.left
+                anchors.leftMargin: 20
+                anchors.verticalCenter: parent.verticalCenter
+                spacing: 12
+                SymbolIcon {
+                    objectName: "checkbox"
+                    anchors.verticalCenter: parent.verticalCenter
+                    name: row.isSelected ? "checkmark.square.fill" : "square"
+                    size: 16
+                    color: row.isSelected ? Theme.buttonFill : Theme.secondaryText
+                    MouseArea {
+                        anchors.fill: parent
+                        anchors.margins: -4
+                        onClicked: screen.untagged.toggleSelection(row.trackId)
+                    }
+                    Accessible.role: Accessible.CheckBox
+                    Accessible.checked: row.isSelected
+                    Accessible.name: row.name
+                }
+                Column {
+                    anchors.verticalCenter: parent.verticalCenter
+                    spacing: 2
+                    Text {
+                        text: row.name
+                        font.pixelSize: 13
+                        font.weight: Font.Medium
+                        color: Theme.primaryText
+                    }
+                    Text {
+                        text: row.missing
+                        font.pixelSize: 11
+                        color: Theme.secondaryText
+                    }
+                }
+            }
+            PillButton {
+                anchors.right: parent.right
+                anchors.rightMargin: 20
+                anchors.verticalCenter: parent.verticalCenter
+                visible: row.hovered
+                text: "Edit"
+                fontSize: 11
+                horizontalPadding: 10
+                verticalPadding: 5
+                radius: 6
+                onClicked: screen.untagged.editOne(row.trackId)
+            }
+        }
+    }
+
+    // "Saved to N files"
+    Rectangle {
+        objectName: "savedMessage"
+        anchors.horizontalCenter: parent.horizontalCenter
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: screen.untagged.successMessage !== "" ? 20 : -height
+        opacity: screen.untagged.successMessage !== "" ? 1 : 0
+        Behavior on anchors.bottomMargin { NumberAnimation { duration: 250; easing.type: Easing.OutCubic } }
+        Behavior on opacity { NumberAnimation { duration: 250 } }
+        width: savedText.implicitWidth + 32
+        height: savedText.implicitHeight + 18
+        radius: 20
+        color: Theme.buttonFill
+        Text {
+            id: savedText
+            anchors.centerIn: parent
+            text: screen.untagged.successMessage
+            font.pixelSize: 13
+            font.weight: Font.Medium
+            color: Theme.onAccentText
+        }
+    }
+}
