@@ -21,7 +21,8 @@ QVariantMap SearchResults::toVariantMap() const
     QVariantList trackList;
     for (const TrackSearchEntry &e : tracks)
         trackList.append(QVariantMap { { QStringLiteral("trackId"), trackjson::uuidText(e.track.id) },
-            { QStringLiteral("url"), e.track.url }, { QStringLiteral("name"), e.name },
+            { QStringLiteral("url"), e.track.url }, { QStringLiteral("path"), e.track.path() },
+            { QStringLiteral("name"), e.name },
             { QStringLiteral("artist"), e.artist }, { QStringLiteral("album"), e.album } });
     return { { QStringLiteral("artists"), artistList }, { QStringLiteral("albums"), albumList },
         { QStringLiteral("tracks"), trackList } };

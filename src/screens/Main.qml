@@ -68,7 +68,8 @@ ApplicationWindow {
     //   searchBar      the search field of the top bar
     property Component sidebar: sidebarComponent
     property Component nowPlayingBar: nowPlayingComponent
-    property Component searchBar: null
+    property Component searchBar: searchBarComponent
+    property Item searchBarItem: null
 
     ColumnLayout {
         anchors.fill: parent
@@ -166,6 +167,17 @@ ApplicationWindow {
             onPauseRequested: AppState.togglePlayPause()
             onEditRequested: (trackId) => AppState.openTagEditor(trackId)
             onDragStarted: (trackId) => AppState.beginDrag(trackId)
+        }
+    }
+    Component {
+        id: searchBarComponent
+        SearchBar {
+            objectName: "searchBar"
+            text: AppState.searchText
+            isActive: AppState.searchActive
+            onTextEdited: (text) => AppState.searchText = text
+            onActiveChangeRequested: (active) => AppState.searchActive = active
+            Component.onCompleted: window.searchBarItem = this
         }
     }
     Component {
@@ -312,6 +324,38 @@ ApplicationWindow {
                 onCancelRequested: AppState.cancelCreatePlaylist()
             }
         }
+    }
+
+    // What the search finds, under the search bar.
+    SearchDropdown {
+        id: searchDropdown
+        objectName: "searchDropdown"
+        // Re-read whenever the window or the bar (which grows as it opens) moves.
+        readonly property point anchorPoint: {
+            const bar = window.searchBarItem
+            if (!bar || !bar.visible)
+                return Qt.point(0, 0)
+            void (window.width + bar.x + bar.width + (bar.parent ? bar.parent.x : 0))
+            return bar.mapToItem(window.contentItem, 0, bar.height)
+        }
+        x: Math.max(12, Math.min(anchorPoint.x, window.contentItem.width - width - 12))
+        y: anchorPoint.y + 6
+        z: 10
+        results: AppState.searchActive && AppState.searchIndex.count >= 0
+                 ? AppState.searchIndex.search(AppState.searchText) : ({ artists: [], albums: [], tracks: [] })
+        readonly property bool shown: AppState.searchActive && hasResults
+        visible: opacity > 0
+        opacity: shown ? 1 : 0
+        scale: shown ? 1 : 0.97
+        transformOrigin: Item.TopLeft
+        Behavior on opacity { NumberAnimation { duration: 150 } }
+        Behavior on scale { NumberAnimation { duration: 150 } }
+        onPlayRequested: (trackId) => {
+            AppState.dismissSearch()
+            AppState.playTrack(trackId)
+        }
+        onAlbumRequested: (artist, album) => AppState.openAlbum(artist, album)
+        onArtistRequested: (name) => AppState.openArtist(name)
     }
 
     ThemePopup {

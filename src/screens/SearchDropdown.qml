@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the search found: up to three artists, three albums and four songs.
+pragma ComponentBehavior: Bound
+import QtQuick
+import Tarnwell
+
+Rectangle {
+    id: dropdown
+
+    // {artists: [...], albums: [...], tracks: [...]} as the search index gives it.
+    property var results: ({ artists: [], albums: [], tracks: [] })
+    readonly property bool hasResults: results.artists.length + results.albums.length + results.tracks.length > 0
+
+    signal playRequested(string trackId)
+    signal albumRequested(string artist, string album)
+    signal artistRequested(string name)
+
+    width: 320
+    implicitHeight: column.implicitHeight + 16
+    radius: 12
+    color: Theme.raisedBackground
+    border.color: Theme.border
+    border.width: 1
+
+    Column {
+        id: column
+        y: 8
+        width: parent.width
+
+        SearchSection {
+            objectName: "artistsSection"
+            width: parent.width
+            title: "Artists"
+            first: true
+            visible: dropdown.results.artists.length > 0
+            Repeater {
+                model: dropdown.results.artists
+                delegate: SearchRow {
+                    required property var modelData
+                    width: column.width
+                    title: modelData.name
+                    subtitle: SongFormat.songCount(modelData.trackCount)
+                    picture: ArtworkSources.artist(modelData.name)
+                    placeholder: "person"
+                    round: true
+                    trailing: "chevron.right"
+                    onClicked: dropdown.artistRequested(modelData.name)
+                }
+            }
+        }
+        SearchSection {
+            objectName: "albumsSection"
+            width: parent.width
+            title: "Albums"
+            first: dropdown.results.artists.length === 0
+            visible: dropdown.results.albums.length > 0
+            Repeater {
+                model: dropdown.results.albums
+                delegate: SearchRow {
+                    required property var modelData
+                    width: column.width
+                    title: modelData.displayName
+                    subtitle: (modelData.artist !== "" ? modelData.artist + " · " : "") + SongFormat.songCount(modelData.trackCount)
+                    picture: ArtworkSources.album(modelData.artist, modelData.displayName)
+                    placeholder: "music.note.list"
+                    trailing: "chevron.right"
+                    onClicked: dropdown.albumRequested(modelData.artist, modelData.displayName)
+                }
+            }
+        }
+        SearchSection {
+            objectName: "songsSection"
+            width: parent.width
+            title: "Songs"
+            first: dropdown.results.artists.length === 0 && dropdown.results.albums.length === 0
+            visible: dropdown.results.tracks.length > 0
+            Repeater {
+                model: dropdown.results.tracks
+                delegate: SearchRow {
+                    required property var modelData
+                    width: column.width
+                    title: modelData.name
+                    subtitle: modelData.artist
+                    picture: ArtworkSources.track(modelData.path)
+                    placeholder: "music.note"
+                    trailing: "play.circle"
+                    trailingSize: 15
+                    onClicked: dropdown.playRequested(modelData.trackId)
+                }
+            }
+        }
+    }
+}
