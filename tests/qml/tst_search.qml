@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+import QtQuick
+import QtTest
+import Tarnwell
+
+Item {
+    id: root
+    width: 700
+    height: 500
+
+    // Stands in for the main state's two bindings.
+    property string searchText: ""
+    property bool searchActive: false
+
+    SearchBar {
+        id: bar
+        x: 20
+        y: 10
+        text: root.searchText
+        isActive: root.searchActive
+        onTextEdited: (text) => root.searchText = text
+        onActiveChangeRequested: (active) => root.searchActive = active
+    }
+    Rectangle {
+        id: elsewhere
+        x: 400
+        y: 300
+        width: 100
+        height: 30
+        activeFocusOnTab: true
+    }
+    SearchDropdown {
+        id: dropdown
+        x: 20
+        y: 60
+    }
+
+    SignalSpy { id: plays; target: dropdown; signalName: "playRequested" }
+    SignalSpy { id: albums; target: dropdown; signalName: "albumRequested" }
+
+    TestCase {
+        name: "Search"
+        when: windowShown
+
+        function find(item, objectName) {
+            const stack = [item]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (it.objectName === objectName)
+                    return it
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
+            return null
+        }
+
+        function open() {
+            mouseClick(bar, 10, 15)
+            verify(root.searchActive)
+            tryVerify(() => find(bar, "searchField").activeFocus)
+        }
+
+        function init() {
+            root.searchText = ""
+            root.searchActive = false
+            plays.clear()
+            albums.clear()
+        }
+
+        function test_oneLetterReachesTheTextAtOnce() {
+            open()
+            keyClick("a")
+            compare(root.searchText, "a")
+        }
+
+        function test_escapeClearsAndCloses() {
+            open()
+            keyClick("a")
+            keyClick(Qt.Key_Escape)
+            compare(root.searchText, "")
+            verify(!root.searchActive)
+        }
+
+        function test_focusThatReturnsQuicklyKeepsTheSearch() {
+            open()
+            keyClick("a")
+            elsewhere.forceActiveFocus()
+            wait(80)
+            find(bar, "searchField").forceActiveFocus()
+            wait(300)
+            verify(root.searchActive)
+            compare(root.searchText, "a")
+
+            elsewhere.forceActiveFocus()
+            tryVerify(() => !root.searchActive, 1000)
+            compare(root.searchText, "")
+        }
+
+        function test_sectionsAndDividers_data() {
+            const artist = { name: "Artist A", trackCount: 1 }
+            const album = { displayName: "Dawn", artist: "Artist A", trackCount: 12 }
+            const song = { trackId: "11111111-1111-1111-1111-111111111111", name: "Song", artist: "", path: "/x/Song.flac" }
+            return [
+                { tag: "albums only", results: { artists: [], albums: [album], tracks: [] }, dividers: 0 },
+                { tag: "every section", results: { artists: [artist], albums: [album], tracks: [song] }, dividers: 2 },
+                { tag: "songs and artists", results: { artists: [artist], albums: [], tracks: [song] }, dividers: 1 },
+            ]
+        }
+
+        function test_sectionsAndDividers(data) {
+            dropdown.results = data.results
+            let dividers = 0
+            for (const name of ["artistsSection", "albumsSection", "songsSection"]) {
+                const section = find(dropdown, name)
+                if (section.visible && find(section, "sectionDivider").visible)
+                    ++dividers
+            }
+            compare(dividers, data.dividers)
+        }
+
+        function test_rowsSayWhatTheyHold() {
+            dropdown.results = { artists: [{ name: "Artist A", trackCount: 1 }],
+                                 albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 12 }],
+                                 tracks: [{ trackId: "11111111-1111-1111-1111-111111111111", name: "Song", artist: "", path: "/x/Song.flac" }] }
+            const texts = []
+            const stack = [dropdown]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (it.text !== undefined && it.visible && typeof it.text === "string" && it.text !== "")
+                    texts.push(it.text)
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
+            for (const expected of ["ARTISTS", "ALBUMS", "SONGS", "1 song", "Artist A · 12 songs", "Song"])
+                verify(texts.indexOf(expected) >= 0, expected)
+        }
+
+        function test_choosingARowReportsIt() {
+            dropdown.results = { artists: [], albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 2 }],
+                                 tracks: [{ trackId: "11111111-1111-1111-1111-111111111111", name: "Song", artist: "B", path: "/x/Song.flac" }] }
+            waitForRendering(dropdown)
+            const albumsSection = find(dropdown, "albumsSection")
+            mouseClick(albumsSection, 100, albumsSection.height - 20)
+            compare(albums.count, 1)
+            compare(albums.signalArguments[0][0], "Artist A")
+            compare(albums.signalArguments[0][1], "Dawn")
+            const songsSection = find(dropdown, "songsSection")
+            mouseClick(songsSection, 100, songsSection.height - 20)
+            compare(plays.count, 1)
+            compare(plays.signalArguments[0][0], "11111111-1111-1111-1111-111111111111")
+        }
+    }
+}
