@@ -71,6 +71,11 @@ cat > "$work/feed/appcast.xml" << 'XML'
   </channel>
 </rss>
 XML
+# A landscape for the first-run welcome: sky, two ridges of hills and a lake.
+convert -size 1600x1000 gradient:'#f6c27a'-'#5b7fa8' \
+  -fill '#3f5a6e' -draw "polygon 0,620 220,470 430,560 700,400 980,540 1250,430 1600,580 1600,1000 0,1000" \
+  -fill '#26394a' -draw "polygon 0,760 300,640 560,720 860,610 1180,700 1600,640 1600,1000 0,1000" \
+  -fill '#7d97b5' -draw "rectangle 0,860 1600,1000" -blur 0x2 "$work/feed/landscape.jpg"
 port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
 python3 -m http.server --bind 127.0.0.1 --directory "$work/feed" "$port" > /dev/null 2>&1 &
 feed_pid=$!
@@ -82,6 +87,8 @@ mkdir -p "$XDG_CONFIG_HOME/Tarnwell" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"
 export TARNWELL_AUDIO_SINK="fakesink sync=true"
 export TARNWELL_UPDATE_FEED_URL="http://127.0.0.1:$port/appcast.xml"
+# No photograph behind the welcome unless a shot asks for it.
+export TARNWELL_ONBOARDING_IMAGE_URL="http://127.0.0.1:9/landscape.jpg"
 export QT_LOGGING_RULES="tarnwell.app.debug=true"
 unset DBUS_SESSION_BUS_ADDRESS
 

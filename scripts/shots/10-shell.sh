@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# The shell: main window per theme, theme popup, welcome, banner, menu, dialogs.
+# The shell: main window per theme, theme popup, first-run welcome, banner, menu, dialogs.
 # Sourced by scripts/screenshots.sh (start, stop, shot, click, $library).
 for theme in noir sunrise light; do
   start "$theme" true "$library"
@@ -11,9 +11,18 @@ for theme in noir sunrise light; do
   stop
 done
 
-start noir false
-shot "welcome-noir"
-stop
+# The first-run welcome once its reveal has finished, with and without the
+# photograph behind it.
+for theme in noir sunrise light; do
+  start "$theme" false
+  sleep 2.4
+  shot "onboarding-$theme"
+  stop
+  TARNWELL_ONBOARDING_IMAGE_URL="http://127.0.0.1:$port/landscape.jpg" start "$theme" false
+  sleep 2.4
+  shot "onboarding-photo-$theme"
+  stop
+done
 
 start noir true "$library"
 # A song copied into a watched folder shows the banner once the folder settles.

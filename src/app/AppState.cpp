@@ -77,6 +77,15 @@ void AppState::setInstance(AppState *state)
     s_instance = state;
 }
 
+QUrl AppState::onboardingImageUrl()
+{
+    const QByteArray fromEnv = qgetenv("TARNWELL_ONBOARDING_IMAGE_URL");
+    if (!fromEnv.isEmpty())
+        return QUrl(QString::fromUtf8(fromEnv));
+    return QUrl(QStringLiteral(
+        "https://images.unsplash.com/photo-1506905925346-21bda4d32df4?w=1920&q=80&fm=jpg"));
+}
+
 QString AppState::version()
 {
     return QStringLiteral(TARNWELL_VERSION);

@@ -142,6 +142,9 @@ class AppState : public QObject
 
     Q_PROPERTY(UpdateChecker *updateChecker READ updateChecker CONSTANT)
     Q_PROPERTY(QString version READ version CONSTANT)
+    // The landscape behind the first-run welcome: TARNWELL_ONBOARDING_IMAGE_URL
+    // or the built-in address.
+    Q_PROPERTY(QUrl onboardingImageUrl READ onboardingImageUrl CONSTANT)
     // The desktop shows application menus in a global menu bar.
     Q_PROPERTY(bool hasGlobalMenu READ hasGlobalMenu CONSTANT)
 
@@ -183,6 +186,7 @@ public:
     FolderMonitor &folderMonitor() { return m_folderMonitor; }
     UpdateChecker *updateChecker() { return &m_updateChecker; }
     static QString version();
+    static QUrl onboardingImageUrl();
     static bool hasGlobalMenu();
 
     // Imports a chosen folder: lists its audio files off the GUI thread, then

@@ -378,13 +378,20 @@ ApplicationWindow {
         onThemeChosen: (index) => AppState.selectTheme(index)
     }
 
-    // Above everything until the first import that brings songs.
-    WelcomePlaceholder {
+    // Above everything until the first import that brings songs; released
+    // once it has faded out.
+    Loader {
+        id: onboarding
         anchors.fill: parent
+        active: !AppState.didCompleteOnboarding || opacity > 0
         visible: opacity > 0
         opacity: AppState.didCompleteOnboarding ? 0 : 1
-        Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
-        onImportClicked: window.importFolder()
+        Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.InOutQuad } }
+        sourceComponent: OnboardingOverlay {
+            objectName: "onboardingOverlay"
+            bgImageURL: AppState.onboardingImageUrl
+            onImportRequested: window.importFolder()
+        }
     }
 
     FolderDialog {

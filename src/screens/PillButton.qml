@@ -12,6 +12,7 @@ Rectangle {
     property string symbol: ""
     property bool quiet: false
     property int fontSize: 13
+    property int symbolSize: fontSize
     property int horizontalPadding: 16
     property int verticalPadding: 8
     readonly property bool hovered: hover.hovered
@@ -51,7 +52,7 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             visible: button.symbol !== ""
             name: button.symbol
-            size: button.fontSize
+            size: button.symbolSize
             font.weight: Font.Medium
             color: button.quiet ? Theme.primaryText : Theme.onAccentText
         }
