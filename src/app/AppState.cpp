@@ -365,6 +365,7 @@ void AppState::updateCurrentScreen()
     if (screen == m_currentScreen)
         return;
     m_currentScreen = screen;
+    qCDebug(lcApp) << "screen:" << screen;
     Q_EMIT currentScreenChanged();
 }
 
@@ -722,8 +723,10 @@ bool AppState::registerMediaControls()
 
 void AppState::onPlaybackChanged(unsigned changes)
 {
-    if (changes & PlaybackController::ShuffleChanged)
+    if (changes & PlaybackController::ShuffleChanged) {
         Q_EMIT isShuffledChanged();
+        m_mpris.updateNowPlaying();
+    }
     if (changes & PlaybackController::HistoryChanged)
         Q_EMIT historyChanged();
     if (changes & PlaybackController::PlayingTrackChanged)
@@ -806,6 +809,9 @@ void AppState::showUntaggedSongs()
 
 void AppState::selectPlaylist(const QString &playlistId)
 {
+    const std::optional<QUuid> id = uuidFrom(playlistId);
+    if (const Playlist *playlist = id ? m_playlistStore.playlist(*id) : nullptr)
+        qCDebug(lcApp).nospace() << "playlist: " << playlist->name << ", " << playlist->tracks.size() << " songs";
     setSelectedPlaylistID(playlistId);
     setShowingArtists(false);
     setShowingUntagged(false);
@@ -824,6 +830,7 @@ void AppState::updateArtistDetail()
     Q_EMIT showingArtistDetailChanged();
     if (m_artists.isLoading() || m_artists.indexOf(m_selectedArtistName) < 0)
         return;
+    qCDebug(lcApp).nospace() << "artist: " << m_selectedArtistName << ", album: " << m_selectedArtistAlbum;
     m_artistDetail.load(m_selectedArtistName, m_artists.tracksOf(m_selectedArtistName));
 }
 

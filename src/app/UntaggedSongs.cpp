@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UntaggedSongs.h"
 
+#include "model/Log.h"
 #include "model/TextUtil.h"
 #include "tags/TagReader.h"
 #include "tags/TagWriter.h"
@@ -256,6 +257,8 @@ void UntaggedSongs::finishSave(const QList<QUuid> &saved, const std::optional<QS
     Q_EMIT selectionChanged();
     Q_EMIT editorChanged();
     Q_EMIT saveFinished(int(saved.size()));
+    qCDebug(lcApp).nospace() << "untagged: saved " << saved.size() << " files, " << m_rows.size()
+                             << " songs left";
     if (saved.isEmpty())
         return;
     setSuccessMessage(savedMessage(int(saved.size())));

@@ -55,6 +55,16 @@ void MprisPlayerAdaptor::Pause()
     m_service->requestPause();
 }
 
+bool MprisPlayerAdaptor::shuffle() const
+{
+    return m_service->isShuffled();
+}
+
+void MprisPlayerAdaptor::setShuffle(bool on)
+{
+    m_service->requestShuffle(on);
+}
+
 void MprisPlayerAdaptor::Next()
 {
     m_service->requestNext();

@@ -53,6 +53,7 @@ class MprisPlayerAdaptor : public QDBusAbstractAdaptor
     Q_PROPERTY(qlonglong Position READ position)
     Q_PROPERTY(double MinimumRate READ rate)
     Q_PROPERTY(double MaximumRate READ rate)
+    Q_PROPERTY(bool Shuffle READ shuffle WRITE setShuffle)
     Q_PROPERTY(bool CanGoNext READ yes)
     Q_PROPERTY(bool CanGoPrevious READ yes)
     Q_PROPERTY(bool CanPlay READ yes)
@@ -70,6 +71,8 @@ public:
     double volume() const { return 1.0; }
     void setVolume(double) { }
     qlonglong position() const;
+    bool shuffle() const;
+    void setShuffle(bool on);
     bool yes() const { return true; }
     bool no() const { return false; }
 

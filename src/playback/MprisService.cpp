@@ -138,6 +138,10 @@ void MprisService::updateNowPlaying()
         m_status = status;
         changed.insert(QStringLiteral("PlaybackStatus"), status);
     }
+    if (m_controller.isShuffled() != m_shuffle) {
+        m_shuffle = m_controller.isShuffled();
+        changed.insert(QStringLiteral("Shuffle"), m_shuffle);
+    }
     emitPropertiesChanged(changed);
 }
 
@@ -205,6 +209,19 @@ void MprisService::requestPlay()
 void MprisService::requestPause()
 {
     schedule([this] { m_player.pause(); });
+}
+
+bool MprisService::isShuffled() const
+{
+    return m_controller.isShuffled();
+}
+
+void MprisService::requestShuffle(bool on)
+{
+    schedule([this, on] {
+        if (m_controller.isShuffled() != on)
+            m_controller.toggleShuffle();
+    });
 }
 
 void MprisService::requestNext()

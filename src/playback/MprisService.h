@@ -40,7 +40,7 @@ public:
     QString busName() const { return m_busName; }
 
     // Publishes the playing song and state: title (the file name without its
-    // extension), length when known, the picture given last.
+    // extension), length when known, the picture given last, and shuffle.
     void updateNowPlaying();
     // The picture of the playing song. It is written to a file on the thread
     // pool; clients see it from the next refresh on.
@@ -59,6 +59,8 @@ public:
     void requestNext();
     void requestPrevious();
     void requestRaise();
+    bool isShuffled() const;
+    void requestShuffle(bool on);
 
 Q_SIGNALS:
     void raiseRequested();
@@ -80,6 +82,7 @@ private:
     QString m_busName;
     QVariantMap m_metadata;
     QString m_status;
+    bool m_shuffle = false;
     QString m_artFile;
     quint64 m_artSerial = 0;
 };

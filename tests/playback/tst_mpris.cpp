@@ -33,7 +33,7 @@ struct Stack
         , mpris(player, controller)
     {
         controller.setChangeListener([this](unsigned changes) {
-            if (changes & PlaybackController::PlayingTrackChanged)
+            if (changes & (PlaybackController::PlayingTrackChanged | PlaybackController::ShuffleChanged))
                 mpris.updateNowPlaying();
         });
         QObject::connect(
@@ -214,6 +214,22 @@ private Q_SLOTS:
             playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
         QVERIFY(s.controller.history().isEmpty());
         QVERIFY(s.player.isPlaying());
+    }
+
+    // Clients read shuffle and set it both ways; setting it to what it is
+    // already changes nothing.
+    void shuffleBothWays()
+    {
+        Stack &s = *m_stack;
+        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("Off"));
+        s.controller.toggleShuffle();
+        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("On"));
+        QVERIFY(!playerctl({ QStringLiteral("shuffle"), QStringLiteral("On") }).isNull());
+        QTest::qWait(50);
+        QVERIFY(s.controller.isShuffled());
+        QVERIFY(!playerctl({ QStringLiteral("shuffle"), QStringLiteral("Off") }).isNull());
+        QTRY_VERIFY(!s.controller.isShuffled());
+        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("Off"));
     }
 
     void artworkAsAFile()

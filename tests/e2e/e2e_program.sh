@@ -1,0 +1,262 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
+# The whole program as a person uses it, under Xvfb and driven with xdotool:
+# the first-run welcome and its import, playing by a click, next, previous,
+# shuffle, Space, a playlist made and filled by dragging, a restart, a tag edit
+# in the untagged screen and an album found by searching. Every step is checked
+# by state (MPRIS, the files, playlists.json, the program's log) and leaves a
+# screenshot in $TARNWELL_E2E_ARTEFACTS (default: e2e-artefacts in the current
+# folder).
+# Usage: e2e_program.sh PATH/TO/tarnwell   (run through tests/support/isolated.sh)
+set -euo pipefail
+app=$1
+cli="$(dirname "$app")/tarnwell-cli"
+
+for tool in Xvfb xdotool import convert sox metaflac playerctl dbus-run-session; do
+  command -v "$tool" > /dev/null || { echo "SKIP: $tool is missing"; exit 77; }
+done
+# A private session bus, so that MPRIS can be checked without touching the user's.
+if [ -z "${TARNWELL_E2E_BUS:-}" ]; then
+  TARNWELL_E2E_BUS=1 exec dbus-run-session -- bash "$0" "$@"
+fi
+
+artefacts=$(mkdir -p "${TARNWELL_E2E_ARTEFACTS:-e2e-artefacts}" && cd "${TARNWELL_E2E_ARTEFACTS:-e2e-artefacts}" && pwd)
+work=$(mktemp -d "${TARNWELL_TEST_ROOT:-${TMPDIR:-/tmp}}/e2e.XXXXXX")
+xvfb_pid=""
+app_pid=""
+cleanup() {
+  [ -n "$app_pid" ] && kill "$app_pid" 2> /dev/null || true
+  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
+}
+trap cleanup EXIT INT TERM
+fail() {
+  echo "FAIL: $*"
+  shot "failure" || true
+  echo "--- program log"
+  cat "$work/log" || true
+  exit 1
+}
+ok() { echo "ok: $*"; }
+
+# shellcheck source=/dev/null
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/lib/xvfb.sh"
+start_xvfb "$work"
+export QT_QPA_PLATFORM=xcb
+export QT_LOGGING_RULES="tarnwell.app.debug=true"
+config="$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
+playlists="$XDG_DATA_HOME/Tarnwell/playlists.json"
+
+# The library, in a folder of its own inside the Music folder: two tagged
+# albums and one song without tags. Thirty seconds each, so nothing ends on
+# its own while the test runs.
+library="$HOME/Music/Library"
+song() { # folder file [artist album title]
+  mkdir -p "$library/$1"
+  sox -n -r 22050 -c 1 -b 16 "$library/$1/$2.flac" synth 30 sine 440 2> /dev/null
+  if [ $# -gt 2 ]; then
+    metaflac --set-tag="ARTIST=$3" --set-tag="ALBUM=$4" --set-tag="TITLE=$5" "$library/$1/$2.flac"
+  fi
+}
+song "Nadia Lund/Harbour Songs" "01 Morning Light" "Nadia Lund" "Harbour Songs" "Morning Light"
+song "Nadia Lund/Harbour Songs" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
+song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit" "Northern Line"
+song "The Quiet Hours/Low Orbit" "02 Static Bloom" "The Quiet Hours" "Low Orbit" "Static Bloom"
+song "Loose" "Demo take"
+# The names the song list shows, in its order.
+mapfile -t names < <("$cli" scan "$library" | sed 's|.*/||; s|\.[^.]*$||')
+[ ${#names[@]} -eq 5 ] || fail "the library should list 5 songs, not ${#names[@]}"
+
+step=0
+shot() {
+  step=$((step + 1))
+  import -window "$window" "$artefacts/$(printf '%02d' "$step")-$1.png"
+}
+# The share of pixels of one colour (within 3 %) in a rectangle of a screenshot.
+share() { # colour width height x y
+  import -window "$window" "$work/probe.png"
+  convert "$work/probe.png" -crop "$2x$3+$4+$5" +repage -fuzz 3% -fill black +opaque "$1" \
+    -fill white -opaque "$1" -format '%[fx:mean]' info:
+}
+at_least() { awk -v a="$1" -v b="$2" 'BEGIN { exit !(a >= b) }'; }
+wait_for_log() { # pattern seconds
+  for _ in $(seq $(($2 * 10))); do grep -q -- "$1" "$work/log" && return 0; sleep 0.1; done
+  return 1
+}
+click() { # x y, in window coordinates
+  xdotool mousemove --window "$window" "$1" "$2" click 1
+  sleep 0.4
+}
+start() { # [FOLDER]
+  : > "$work/log"
+  "$app" "$@" 2> "$work/log" &
+  app_pid=$!
+  window=""
+  for _ in $(seq 100); do
+    window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
+    [ -n "$window" ] && break
+    sleep 0.1
+  done
+  [ -n "$window" ] || fail "no window"
+  xdotool windowfocus --sync "$window" 2> /dev/null || true
+  for _ in $(seq 50); do playerctl -l 2> /dev/null | grep -q tarnwell && break; sleep 0.1; done
+}
+stop() {
+  kill "$app_pid" 2> /dev/null || true
+  wait "$app_pid" 2> /dev/null || true
+  app_pid=""
+}
+# The file names of a stored playlist's songs, one a line.
+playlist_songs() { # name
+  python3 - "$playlists" "$1" << 'PY'
+import json, sys, urllib.parse
+for playlist in json.load(open(sys.argv[1])):
+    if playlist["name"] == sys.argv[2]:
+        for track in playlist["tracks"]:
+            print(urllib.parse.unquote(track["url"]).rsplit("/", 1)[-1])
+PY
+}
+mpris() { playerctl -p tarnwell "$@" 2> /dev/null || echo none; }
+wait_mpris() { # expected command...
+  local want=$1 got=""
+  shift
+  for _ in $(seq 40); do
+    got=$(mpris "$@")
+    [ "$got" = "$want" ] && return 0
+    sleep 0.1
+  done
+  echo "$got"
+  return 1
+}
+
+# ---- First run: the welcome, and the import from its button ------------------
+start
+sleep 3.3 # the reveal ends with the button after about 2.85 s
+shot "welcome"
+button=$(share '#E3F794' 200 36 430 476)
+at_least "$button" 0.5 || fail "no \"Import Music Folder\" button after the reveal (lime share $button)"
+ok "the first run shows the welcome with its button (lime share $button)"
+
+click 530 493 # "Import Music Folder"
+sleep 0.8
+shot "import-dialog"
+# The dialog opens at the Music folder, whose one folder is chosen already.
+click 686 526 # "Import Folder"
+wait_for_log "imported .*Library\": 5 audio files, 5 new" 10 || fail "the chosen folder was not imported"
+grep -q 'didCompleteOnboarding=true' "$config" || fail "the finished welcome was not remembered"
+sleep 1.0 # the welcome fades out
+shot "imported"
+button=$(share '#E3F794' 200 36 430 476)
+at_least 0.05 "$button" || fail "the welcome is still shown after the import (lime share $button)"
+ok "the dialog imported ${#names[@]} songs and the welcome went away"
+
+# ---- Playing: click, next, previous, shuffle, Space --------------------------
+click 70 134 # "All Songs"
+click 500 175 # the first song
+wait_mpris Playing status > /dev/null || fail "a click on the first song did not play it"
+title=$(mpris metadata xesam:title)
+[ "$title" = "${names[0]}" ] || fail "MPRIS shows \"$title\", not \"${names[0]}\""
+shot "playing"
+ok "a click plays \"$title\", and MPRIS says so"
+
+click 1025 657 # next
+got=$(wait_mpris "${names[1]}" metadata xesam:title) || fail "next played \"$got\", not \"${names[1]}\""
+ok "next plays \"${names[1]}\""
+click 934 657 # previous
+got=$(wait_mpris "${names[0]}" metadata xesam:title) || fail "previous played \"$got\", not \"${names[0]}\""
+ok "previous goes back to \"${names[0]}\""
+click 891 657 # shuffle
+got=$(wait_mpris On shuffle) || fail "shuffle is \"$got\" after its button"
+shot "shuffled"
+click 891 657
+got=$(wait_mpris Off shuffle) || fail "shuffle is \"$got\" after its second press"
+ok "the shuffle button turns shuffling on and off"
+
+xdotool mousemove --window "$window" 600 450
+xdotool key --window "$window" space
+got=$(wait_mpris Paused status) || fail "Space left playback \"$got\""
+shot "paused"
+xdotool key --window "$window" space
+got=$(wait_mpris Playing status) || fail "a second Space left playback \"$got\""
+ok "Space pauses and plays again"
+playerctl -p tarnwell pause
+got=$(wait_mpris Paused status) || fail "playerctl pause left playback \"$got\""
+ok "playerctl pauses"
+
+# ---- A playlist, filled by dragging a song onto it ---------------------------
+click 191 231 # "+"
+xdotool type --delay 40 "Road Trip"
+xdotool key Return
+sleep 0.5
+grep -q '"name": *"Road Trip"' "$playlists" || fail "playlists.json has no \"Road Trip\""
+ok "\"Road Trip\" was created and stored"
+
+xdotool mousemove --window "$window" 500 229 mousedown 1 # the second song
+sleep 0.2
+for i in 1 2 3 4 5 6 7 8; do
+  xdotool mousemove --window "$window" $((500 - i * 55)) $((229 + i * 5))
+  sleep 0.05
+done
+sleep 0.4
+shot "dragging"
+xdotool mouseup 1
+wait_for_log 'banner: "Added to Road Trip"' 5 || fail "no \"Added to Road Trip\" after the drop"
+sleep 0.4
+shot "added"
+[ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "playlists.json does not hold just \"${names[1]}\""
+ok "a song dragged onto the playlist was added (\"Added to Road Trip\")"
+stop
+
+# ---- A restart: the playlist stays, the library starts empty -----------------
+start
+sleep 1.0
+shot "restarted"
+[ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "the playlist lost its song on restart"
+lime=$(share '#E3F794' 200 36 430 476)
+at_least 0.05 "$lime" || fail "the welcome came back after the restart (lime share $lime)"
+import_button=$(share '#E3F794' 220 45 780 15)
+at_least 0.05 "$import_button" || fail "the top bar shows its controls, so the library is not empty"
+click 70 265 # "Road Trip"
+wait_for_log 'playlist: "Road Trip", 1 songs' 5 || fail "the playlist does not open with its song"
+shot "playlist-after-restart"
+ok "after a restart: no welcome, an empty library, and \"Road Trip\" with its song"
+stop
+
+# ---- Tags: the untagged song gets its tags and leaves the list ---------------
+start "$library"
+wait_for_log "imported .*: 5 audio files, 5 new" 10 || fail "the folder on the command line was not imported"
+click 70 170 # "Untagged Songs"
+sleep 0.8
+shot "untagged"
+click 500 205 # the only song without tags
+sleep 0.5
+xdotool type --delay 30 "Demo"
+xdotool key Tab
+xdotool type --delay 30 "Nadia Lund"
+xdotool key Tab
+xdotool type --delay 30 "Sketches"
+shot "editing"
+click 666 468 # "Save"
+wait_for_log "untagged: saved 1 files, 0 songs left" 10 || fail "the tags were not saved, or the song stayed in the list"
+demo="$library/Loose/Demo take.flac"
+for tag in TITLE=Demo "ARTIST=Nadia Lund" ALBUM=Sketches; do
+  metaflac --show-tag="${tag%%=*}" "$demo" | grep -qx "$tag" || fail "$demo lacks $tag"
+done
+metaflac --show-md5sum "$demo" > /dev/null
+flac -t -s "$demo" 2> /dev/null || fail "$demo no longer decodes"
+sleep 0.4
+shot "tagged"
+ok "the untagged song got its title, artist and album and left the list"
+
+# ---- Search: an album, opened from the dropdown -------------------------------
+click 758 38 # the magnifying glass
+sleep 0.4
+xdotool type --delay 60 "low orb"
+sleep 0.5
+shot "search"
+click 615 110 # the album, alone in the dropdown
+wait_for_log 'artist: "The Quiet Hours", album: "Low Orbit"' 5 || fail "the album did not open"
+sleep 0.8
+shot "album"
+ok "searching \"low orb\" and choosing the album opens The Quiet Hours at Low Orbit"
+stop
+echo "PASS (screenshots in $artefacts)"
