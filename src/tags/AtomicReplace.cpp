@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QMutex>
+#include <QRandomGenerator>
 
 #include <atomic>
 
@@ -198,21 +199,49 @@ bool AtomicReplace::create()
     if (::stat(QFile::encodeName(m_target).constData(), &st) != 0)
         return fail(QStringLiteral("cannot look at %1").arg(m_target), errno);
     const QString suffix = info.suffix().isEmpty() ? QString() : QStringLiteral(".") + info.suffix();
-    QByteArray pattern = QFile::encodeName(info.absolutePath() + QStringLiteral("/.")
-        + info.completeBaseName() + QStringLiteral(".tarnwell-XXXXXX") + suffix);
+    m_pattern = info.absolutePath() + QStringLiteral("/.") + info.completeBaseName()
+        + QStringLiteral(".tarnwell-XXXXXX") + suffix;
+    m_suffixLength = int(QFile::encodeName(suffix).size());
     if (tagio::faults::shouldFail(tagio::faults::createTemporary))
         return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
-    m_fd = ::mkostemps(pattern.data(), int(QFile::encodeName(suffix).size()), O_CLOEXEC);
-    if (m_fd < 0)
-        return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
-    m_tempPath = QFile::decodeName(pattern);
+    // A file without a name where the file system allows it: should the
+    // program be killed before the rename, nothing is left behind.
+    if (!m_named)
+        m_fd = ::open(QFile::encodeName(info.absolutePath()).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    m_anonymous = m_fd >= 0;
+    if (!m_anonymous) {
+        QByteArray pattern = QFile::encodeName(m_pattern);
+        m_fd = ::mkostemps(pattern.data(), m_suffixLength, O_CLOEXEC);
+        if (m_fd < 0)
+            return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
+        m_tempPath = QFile::decodeName(pattern);
+    }
     // The new file must look like the old one: same permission bits, and the
     // same owner when we are allowed to give it (running as root).
     if (::fchmod(m_fd, st.st_mode & 07777) != 0)
-        return fail(QStringLiteral("cannot set permissions on %1").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot set permissions on %1").arg(m_target), errno);
     if (::geteuid() == 0 && (st.st_uid != ::geteuid() || st.st_gid != ::getegid()))
         (void)::fchown(m_fd, st.st_uid, st.st_gid);
     return true;
+}
+
+bool AtomicReplace::linkAnonymous()
+{
+    const QByteArray fdPath = "/proc/self/fd/" + QByteArray::number(m_fd);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        QByteArray name = QFile::encodeName(m_pattern);
+        const qsizetype x = name.size() - m_suffixLength - 6;
+        static constexpr char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+        for (qsizetype i = 0; i < 6; ++i)
+            name[x + i] = letters[QRandomGenerator::global()->bounded(int(sizeof letters - 1))];
+        if (::linkat(AT_FDCWD, fdPath.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) == 0) {
+            m_tempPath = QFile::decodeName(name);
+            return true;
+        }
+        if (errno != EEXIST)
+            return false;
+    }
+    return false;
 }
 
 bool AtomicReplace::write(QByteArrayView data)
@@ -220,7 +249,7 @@ bool AtomicReplace::write(QByteArrayView data)
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
     if (!writeAll(m_fd, data.data(), data.size()))
-        return fail(QStringLiteral("cannot write %1").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot write the new %1").arg(m_target), errno);
     FlushClock &clock = flushClock();
     QMutexLocker lock(&clock.mutex);
     m_writtenAt = clock.ticks;
@@ -232,10 +261,12 @@ bool AtomicReplace::commit()
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
     if (m_flushData && (tagio::faults::shouldFail(tagio::faults::syncFile) || ::fsync(m_fd) != 0))
-        return fail(QStringLiteral("cannot flush %1 to disk").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
+    if (m_anonymous && !linkAnonymous())
+        return fail(QStringLiteral("cannot name the new %1").arg(m_target), errno);
     if (::close(m_fd) != 0) {
         m_fd = -1;
-        return fail(QStringLiteral("cannot close %1").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot close the new %1").arg(m_target), errno);
     }
     m_fd = -1;
     if (tagio::faults::shouldFail(tagio::faults::renameFile)
@@ -255,7 +286,7 @@ bool AtomicReplace::flushFileSystem()
         return fail(QStringLiteral("no temporary file"), EBADF);
     struct stat st;
     if (::fstat(m_fd, &st) != 0)
-        return fail(QStringLiteral("cannot look at %1").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot look at the new %1").arg(m_target), errno);
     FlushClock &clock = flushClock();
     {
         QMutexLocker lock(&clock.mutex);
@@ -268,7 +299,7 @@ bool AtomicReplace::flushFileSystem()
         startedAt = ++clock.ticks;
     }
     if (tagio::faults::shouldFail(tagio::faults::syncFile) || ::syncfs(m_fd) != 0)
-        return fail(QStringLiteral("cannot flush %1 to disk").arg(m_tempPath), errno);
+        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
     QMutexLocker lock(&clock.mutex);
     quint64 &done = clock.completed[st.st_dev];
     done = std::max(done, startedAt);

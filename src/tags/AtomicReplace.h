@@ -8,10 +8,12 @@
 #include <optional>
 
 // Replaces a file with new contents so that the folder holds either the old or
-// the new file, whole, at every moment: a hidden temporary file in the same
-// folder (same permissions and owner as the file it replaces), written, fsync'ed,
-// renamed over the target, then the folder fsync'ed. The temporary file is
-// removed on every failure, and by the destructor when commit() never ran.
+// the new file, whole, at every moment: a temporary file in the same folder
+// (same permissions and owner as the file it replaces), written, fsync'ed,
+// renamed over the target, then the folder fsync'ed. The temporary file has no
+// name until just before the rename where the file system allows (O_TMPFILE),
+// so a killed program leaves nothing behind; elsewhere it is a hidden file. It
+// is removed on every failure, and by the destructor when commit() never ran.
 class AtomicReplace
 {
 public:
@@ -24,6 +26,9 @@ public:
     // tools that go by the name treat it alike.
     bool create();
     bool write(QByteArrayView data);
+    // For writers that edit the new file by name (TagLib): call before create()
+    // to get a named temporary file, whose name temporaryPath() tells.
+    void setNamedTemporary(bool named) { m_named = named; }
     QString temporaryPath() const { return m_tempPath; }
     bool commit();
 
@@ -44,9 +49,14 @@ public:
 private:
     bool fail(const QString &what, int err);
     void discard();
+    bool linkAnonymous();
 
     QString m_target;
-    QString m_tempPath;
+    QString m_tempPath; // empty while the temporary file has no name
+    QString m_pattern;
+    int m_suffixLength = 0;
+    bool m_anonymous = false;
+    bool m_named = false;
     int m_fd = -1;
     bool m_committed = false;
     bool m_syncFolder = true;

@@ -174,6 +174,7 @@ QString writeFile(const QString &path, const QString &suffix, const QByteArray &
 
     AtomicReplace replace(path);
     replace.setSyncFolder(syncFolder);
+    replace.setNamedTemporary(true);
     if (!replace.create() || !replace.write(oldData))
         return replace.errorString();
     if (!applyEdit(replace.temporaryPath(), suffix, edit))
