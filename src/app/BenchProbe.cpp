@@ -2,6 +2,7 @@
 #include "BenchProbe.h"
 
 #include "AppState.h"
+#include "UntaggedSongs.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -50,7 +51,50 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         });
         return;
     }
+    if (mode == "tag-batch") {
+        m_heartbeat.setTimerType(Qt::PreciseTimer);
+        m_heartbeat.setInterval(2);
+        connect(&m_heartbeat, &QTimer::timeout, this, &BenchProbe::tick);
+        connect(state, &AppState::prefetchPlanned, this, [this, state] {
+            if (!state->isImporting() && !std::exchange(m_reported, true))
+                startTagBatch(state);
+        });
+        return;
+    }
     std::fprintf(stderr, "TARNWELL_BENCH: unknown mode %s\n", mode.constData());
+}
+
+void BenchProbe::startTagBatch(AppState *state)
+{
+    UntaggedSongs *untagged = state->untagged();
+    auto save = [this, untagged] {
+        if (untagged->isLoading() || untagged->isSaving() || m_heartbeat.isActive())
+            return;
+        std::printf("untagged %d\n", untagged->count());
+        std::fflush(stdout);
+        untagged->toggleSelectAll();
+        untagged->editSelected();
+        m_sinceStart.start();
+        m_sinceTick.start();
+        m_heartbeat.start();
+        untagged->saveBatch(QString(), QString(), QStringLiteral("Batch Album"));
+    };
+    connect(untagged, &UntaggedSongs::isLoadingChanged, this, save);
+    connect(untagged, &UntaggedSongs::savingChanged, this, [untagged] {
+        if (untagged->isSaving()) {
+            std::printf("saved %d\n", untagged->savedSoFar());
+            std::fflush(stdout);
+        }
+    });
+    connect(untagged, &UntaggedSongs::saveFinished, this, [this](int saved) {
+        tick();
+        std::printf("saved-files %d\n", saved);
+        std::printf("save-ms %lld\n", m_sinceStart.elapsed());
+        std::printf("longest-gui-stall-ms %lld\n", m_longestStallMs);
+        std::fflush(stdout);
+        QCoreApplication::exit(0);
+    });
+    state->showUntaggedSongs();
 }
 
 void BenchProbe::tick()

@@ -16,6 +16,12 @@ class QQuickWindow;
 //   import-stall  prints the longest time the GUI thread did not run its event
 //                 loop while the command-line folders were imported and the
 //                 work that follows ran, then quits
+//   tag-batch     once the command-line folders are imported, opens the
+//                 untagged songs, selects them all and saves the album
+//                 "Batch Album" into every one through the batch editor;
+//                 prints "saved N" as the files are written, then the longest
+//                 GUI-thread stall during the saves and the time they took,
+//                 then quits
 class BenchProbe : public QObject
 {
     Q_OBJECT
@@ -29,10 +35,12 @@ public:
 private:
     void tick();
     void finishStallMeasure();
+    void startTagBatch(AppState *state);
 
     Clock m_start;
     QTimer m_heartbeat;
     QElapsedTimer m_sinceTick;
+    QElapsedTimer m_sinceStart;
     qint64 m_longestStallMs = 0;
     bool m_reported = false;
 };
