@@ -6,7 +6,12 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QQuickItem>
+#include <QRandomGenerator>
 #include <QQuickWindow>
+
+#include <algorithm>
+#include <memory>
 
 #include <cstdio>
 #include <utility>
@@ -61,6 +66,13 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         });
         return;
     }
+    if (mode == "scroll") {
+        connect(state, &AppState::prefetchPlanned, this, [this, window, state] {
+            if (!state->isImporting() && !std::exchange(m_reported, true))
+                startScroll(window, state);
+        });
+        return;
+    }
     std::fprintf(stderr, "TARNWELL_BENCH: unknown mode %s\n", mode.constData());
 }
 
@@ -95,6 +107,87 @@ void BenchProbe::startTagBatch(AppState *state)
         QCoreApplication::exit(0);
     });
     state->showUntaggedSongs();
+}
+
+namespace {
+
+// Searches the visual tree, which is not always the QObject tree.
+QQuickItem *findItem(QQuickItem *root, const QString &objectName)
+{
+    if (root->objectName() == objectName)
+        return root;
+    const QList<QQuickItem *> children = root->childItems();
+    for (QQuickItem *child : children) {
+        if (QQuickItem *found = findItem(child, objectName))
+            return found;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void BenchProbe::startScroll(QQuickWindow *window, AppState *state)
+{
+    struct Run
+    {
+        QElapsedTimer clock;
+        QQuickItem *list = nullptr;
+        QList<qint64> frames;
+        qint64 lastFrameNs = 0;
+        bool scrolling = false;
+    };
+    auto run = std::make_shared<Run>();
+    run->clock.start();
+    // The first frame with the list in it ends the "show" measure and starts
+    // the scroll; each frame after that moves it a screenful further.
+    connect(window, &QQuickWindow::frameSwapped, this, [this, window, run] {
+        if (!run->list) {
+            run->list = findItem(window->contentItem(), QStringLiteral("songList"));
+            if (!run->list || !run->list->isVisible() || run->list->height() <= 0)
+                return;
+            std::printf("show-all-songs-ms %lld\n", run->clock.elapsed());
+            std::printf("songs %d\n", run->list->property("count").toInt());
+            std::fflush(stdout);
+            run->lastFrameNs = run->clock.nsecsElapsed();
+            run->scrolling = true;
+        } else if (run->scrolling) {
+            const qint64 nowNs = run->clock.nsecsElapsed();
+            run->frames.append(nowNs - run->lastFrameNs);
+            run->lastFrameNs = nowNs;
+        }
+        if (!run->scrolling)
+            return;
+        QQuickItem *list = run->list;
+        const double contentY = list->property("contentY").toDouble();
+        const double end = list->property("contentHeight").toDouble() - list->height();
+        // A fling of a thousand screens, then two hundred jumps anywhere, as
+        // when the scroll bar is dragged.
+        if (run->frames.size() >= 1200 || end <= 0) {
+            run->scrolling = false;
+            const auto ms = [](qint64 ns) { return double(ns) / 1e6; };
+            const auto report = [&](const char *name, QList<qint64> frames) {
+                std::sort(frames.begin(), frames.end());
+                if (frames.isEmpty())
+                    return;
+                std::printf("%s-frames %lld\n", name, qlonglong(frames.size()));
+                std::printf("%s-median-frame-ms %.1f\n", name, ms(frames.at(frames.size() / 2)));
+                std::printf("%s-p99-frame-ms %.1f\n", name, ms(frames.at(frames.size() * 99 / 100)));
+                std::printf("%s-worst-frame-ms %.1f\n", name, ms(frames.last()));
+            };
+            // The first frame after the list appears still carries its making.
+            report("fling", run->frames.mid(1, 999));
+            report("jump", run->frames.mid(1000));
+            std::fflush(stdout);
+            QCoreApplication::exit(0);
+            return;
+        }
+        const double next = run->frames.size() < 1000 && contentY + list->height() < end
+            ? contentY + list->height()
+            : QRandomGenerator::global()->bounded(end);
+        list->setProperty("contentY", next);
+    });
+    state->showAllSongs();
+    window->requestUpdate();
 }
 
 void BenchProbe::tick()

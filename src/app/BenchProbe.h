@@ -22,6 +22,11 @@ class QQuickWindow;
 //                 prints "saved N" as the files are written, then the longest
 //                 GUI-thread stall during the saves and the time they took,
 //                 then quits
+//   scroll        once the command-line folders are imported, shows all songs
+//                 and prints the time until that list is on screen; then
+//                 scrolls it a screenful a frame for 1,000 frames and jumps to
+//                 200 random places, and prints the longest and the median
+//                 frame, then quits
 class BenchProbe : public QObject
 {
     Q_OBJECT
@@ -36,6 +41,7 @@ private:
     void tick();
     void finishStallMeasure();
     void startTagBatch(AppState *state);
+    void startScroll(QQuickWindow *window, AppState *state);
 
     Clock m_start;
     QTimer m_heartbeat;
