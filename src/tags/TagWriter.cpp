@@ -2,9 +2,6 @@
 #include "TagWriter.h"
 
 #include "AtomicReplace.h"
-
-#include <memory>
-#include <vector>
 #include "ContainerWriter.h"
 #include "FlacMetadata.h"
 #include "MetadataWriter.h"
@@ -18,6 +15,10 @@
 #include <taglib/textidentificationframe.h>
 
 #include <QFileInfo>
+
+#include <future>
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -242,30 +243,53 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
     // old one, one flush of the file system makes them all durable, and only then
     // are they renamed over the old files. Every file is still old or new, whole,
     // at every moment, at the cost of one flush per group instead of per file.
+    // The flush of one group runs while the next group is written.
     constexpr qsizetype groupFiles = 32;
     constexpr qint64 groupBytes = 128LL * 1024 * 1024;
     QList<SaveResult> results;
     results.reserve(paths.size());
     QStringList folders;
-    for (qsizetype start = 0; start < paths.size();) {
-        std::vector<PendingSave> group;
-        qint64 bytes = 0;
-        for (; start < paths.size() && qsizetype(group.size()) < groupFiles && bytes < groupBytes; ++start) {
-            group.push_back(prepare(paths.at(start), edit, false, false));
-            if (group.back().replace)
-                bytes += QFileInfo(paths.at(start)).size();
-        }
-        for (PendingSave &pending : group) {
+
+    struct Group
+    {
+        qsizetype first = 0;
+        std::vector<PendingSave> saves;
+    };
+    const auto flush = [](Group &group) {
+        for (PendingSave &pending : group.saves) {
             if (pending.replace && !pending.replace->flushFileSystem())
                 pending.done = SaveResult { false, pending.replace->errorString() };
         }
-        for (qsizetype i = 0; i < qsizetype(group.size()); ++i) {
-            const QString &path = paths.at(start - qsizetype(group.size()) + i);
-            results.append(commit(group[i]));
-            const QString folder = QFileInfo(path).canonicalPath();
+    };
+    const auto finish = [&](Group &group) {
+        for (qsizetype i = 0; i < qsizetype(group.saves.size()); ++i) {
+            results.append(commit(group.saves[i]));
+            const QString folder = QFileInfo(paths.at(group.first + i)).canonicalPath();
             if (results.last() && !folders.contains(folder))
                 folders.append(folder);
         }
+    };
+
+    Group flushing;
+    std::future<void> flushed;
+    for (qsizetype start = 0; start < paths.size();) {
+        Group group { start, {} };
+        qint64 bytes = 0;
+        for (; start < paths.size() && qsizetype(group.saves.size()) < groupFiles && bytes < groupBytes; ++start) {
+            group.saves.push_back(prepare(paths.at(start), edit, false, false));
+            if (group.saves.back().replace)
+                bytes += QFileInfo(paths.at(start)).size();
+        }
+        if (flushed.valid()) {
+            flushed.get();
+            finish(flushing);
+        }
+        flushing = std::move(group);
+        flushed = std::async(std::launch::async, [&flush, &flushing] { flush(flushing); });
+    }
+    if (flushed.valid()) {
+        flushed.get();
+        finish(flushing);
     }
     for (const QString &folder : folders)
         syncFolder(folder);
