@@ -2,12 +2,14 @@
 # Untagged songs and the tag editor for one and for several songs.
 # Sourced by scripts/screenshots.sh (start, stop, shot, click, $library).
 loose="$work/Loose"
-mkdir -p "$loose"
-for name in "Demo take 1" "Demo take 2" "Field recording" "Voice memo"; do
-  sox -n -r 44100 -c 2 -b 16 "$loose/$name.flac" synth 1 sine 330 2> /dev/null
-done
-metaflac --set-tag="TITLE=Voice memo" --set-tag="ARTIST=Orlo" "$loose/Voice memo.flac"
 for theme in ${SHOT_THEMES:-noir sunrise light}; do
+  # Afresh for each theme: the previous theme's shots saved tags into them.
+  rm -rf "$loose"
+  mkdir -p "$loose"
+  for name in "Demo take 1" "Demo take 2" "Field recording" "Voice memo"; do
+    sox -n -r 44100 -c 2 -b 16 "$loose/$name.flac" synth 1 sine 330 2> /dev/null
+  done
+  metaflac --set-tag="TITLE=Voice memo" --set-tag="ARTIST=Orlo" "$loose/Voice memo.flac"
   start "$theme" true "$loose"
   click 70 170 # "Untagged Songs"
   sleep 0.8
