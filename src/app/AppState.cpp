@@ -481,6 +481,12 @@ void AppState::dismissSearch()
     setSearchActive(false);
 }
 
+void AppState::playFromSearch(const QString &trackId)
+{
+    dismissSearch();
+    playTrack(trackId);
+}
+
 void AppState::dismissPopups()
 {
     if (m_searchActive)

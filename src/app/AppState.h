@@ -236,6 +236,9 @@ public:
     Q_INVOKABLE void openArtist(const QString &artist);
     Q_INVOKABLE void openAlbum(const QString &artist, const QString &album);
     Q_INVOKABLE void dismissSearch();
+    // A song chosen in the search dropdown: the search closes, the song plays
+    // and the one that played goes to history.
+    Q_INVOKABLE void playFromSearch(const QString &trackId);
     // A click anywhere in the content: closes the search, then the theme popup.
     Q_INVOKABLE void dismissPopups();
     Q_INVOKABLE void toggleThemePicker();

@@ -350,10 +350,7 @@ ApplicationWindow {
         transformOrigin: Item.TopLeft
         Behavior on opacity { NumberAnimation { duration: 150 } }
         Behavior on scale { NumberAnimation { duration: 150 } }
-        onPlayRequested: (trackId) => {
-            AppState.dismissSearch()
-            AppState.playTrack(trackId)
-        }
+        onPlayRequested: (trackId) => AppState.playFromSearch(trackId)
         onAlbumRequested: (artist, album) => AppState.openAlbum(artist, album)
         onArtistRequested: (name) => AppState.openArtist(name)
     }

@@ -140,6 +140,28 @@ private Q_SLOTS:
         QCOMPARE(m_state->playingTrackId(), idOf(1));
     }
 
+    void aSongChosenInTheSearchPlaysAndGoesAfterThePlayingOne()
+    {
+        m_state->playTrack(idOf(1));
+        m_state->setSearchActive(true);
+        m_state->setSearchText(QStringLiteral("fir"));
+        const QVariantList songs
+            = m_state->searchIndex()->search(m_state->searchText()).value(QStringLiteral("tracks")).toList();
+        QCOMPARE(songs.size(), 1);
+        const QString chosen = songs.first().toMap().value(QStringLiteral("trackId")).toString();
+        QCOMPARE(chosen, idOf(0));
+
+        m_state->playFromSearch(chosen);
+        QCOMPARE(m_state->playingTrackId(), idOf(0));
+        QCOMPARE(m_state->controller().history().size(), 1);
+        QCOMPARE(m_state->controller().history().last().id, m_state->tracks().at(1).id);
+        QVERIFY(!m_state->searchActive());
+        QCOMPARE(m_state->searchText(), QString());
+        // Previous goes back to the song that played before the search.
+        m_state->playPrevious();
+        QCOMPARE(m_state->playingTrackId(), idOf(1));
+    }
+
     void theQueueFollowsTheSelectedPlaylist()
     {
         QSignalSpy queueChanged(m_state.get(), &AppState::currentQueueChanged);

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+import QtQuick
+import QtTest
+import Tarnwell
+
+Item {
+    id: root
+    width: 1000
+    height: 640
+
+    // Stands in for the artist list model: name and trackCount roles, count
+    // and isLoading.
+    ListModel {
+        id: artistModel
+        property bool isLoading: false
+    }
+    // Stands in for one artist's albums and songs; not shown in these tests.
+    QtObject {
+        id: noDetail
+        property string artistName: ""
+        property bool isLoading: false
+        property string selectedAlbum: ""
+        property ListModel albums: ListModel {}
+        property ListModel tracks: ListModel {}
+    }
+
+    ArtistsView {
+        id: artistsView
+        anchors.fill: parent
+        artists: artistModel
+        detail: noDetail
+    }
+
+    HomeView {
+        id: home
+        anchors.fill: parent
+        visible: false
+    }
+
+    TestCase {
+        name: "ArtistsAndHome"
+        when: windowShown
+
+        function find(item, objectName) {
+            const stack = [item]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (it.objectName === objectName)
+                    return it
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
+            return null
+        }
+        function visibleTexts(item) {
+            const texts = []
+            const stack = [item]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (!it.visible)
+                    continue
+                if (it.text !== undefined && typeof it.text === "string" && it.text !== "")
+                    texts.push(it.text)
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
+            return texts
+        }
+
+        function init() {
+            artistModel.clear()
+            artistModel.isLoading = false
+            root.width = 1000
+        }
+
+        function test_countsOnTheGrid_data() {
+            return [
+                { tag: "none", artists: [], count: "0 artists", songs: [], empty: true },
+                { tag: "one", artists: [["Ada", 1]], count: "1 artist", songs: ["1 song"], empty: false },
+                { tag: "two", artists: [["Ada", 12], ["Bo", 1]], count: "2 artists",
+                  songs: ["12 songs", "1 song"], empty: false },
+            ]
+        }
+        function test_countsOnTheGrid(data) {
+            for (const [name, trackCount] of data.artists)
+                artistModel.append({ name: name, trackCount: trackCount })
+            compare(find(artistsView, "artistCount").text, data.count)
+            compare(find(artistsView, "noArtists").visible, data.empty)
+            compare(find(artistsView, "artistGrid").visible, !data.empty)
+            waitForRendering(artistsView)
+            const texts = visibleTexts(find(artistsView, "artistGrid"))
+            for (const songs of data.songs)
+                verify(texts.indexOf(songs) >= 0, songs + " not among " + texts)
+        }
+
+        function test_loadingShowsNeitherCountNorCards() {
+            artistModel.append({ name: "Ada", trackCount: 3 })
+            artistModel.isLoading = true
+            compare(find(artistsView, "artistCount").text, "")
+            verify(!find(artistsView, "artistGrid").visible)
+            verify(!find(artistsView, "noArtists").visible)
+        }
+
+        // Cards stay between 180 and 240 wide whatever the window's width.
+        function test_columnsAdapt_data() {
+            return [820, 900, 1060, 1300, 1600, 2200].map(w => ({ tag: "" + w, width: w }))
+        }
+        function test_columnsAdapt(data) {
+            artistModel.append({ name: "Ada", trackCount: 3 })
+            root.width = data.width - 220 // the sidebar takes the rest
+            const grid = find(artistsView, "artistGrid")
+            verify(grid.columnWidth >= 180 && grid.columnWidth <= 240, "card width " + grid.columnWidth)
+            verify(grid.cellWidth * grid.columns <= grid.width - grid.leftMargin + 1)
+        }
+
+        function test_homeStates_data() {
+            return [
+                { tag: "empty", recent: [], all: [], texts: ["Import music to get started"],
+                  absent: ["Recently Played", "All Artists"] },
+                { tag: "artists only", recent: [], all: ["Ada", "Bo"], texts: ["All Artists", "Ada", "Bo"],
+                  absent: ["Recently Played", "Import music to get started"] },
+                { tag: "recently played", recent: ["Bo"], all: ["Ada", "Bo"],
+                  texts: ["Recently Played", "All Artists"], absent: ["Import music to get started"] },
+            ]
+        }
+        function test_homeStates(data) {
+            artistsView.visible = false
+            home.visible = true
+            home.recentArtists = data.recent
+            home.allArtists = data.all
+            waitForRendering(home)
+            const texts = visibleTexts(home)
+            for (const t of ["Home", "Your music, right where you left it."].concat(data.texts))
+                verify(texts.indexOf(t) >= 0, t + " not among " + texts)
+            for (const t of data.absent)
+                verify(texts.indexOf(t) < 0, t + " should not show")
+            home.visible = false
+            artistsView.visible = true
+        }
+    }
+}
