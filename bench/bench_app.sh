@@ -42,22 +42,9 @@ open(os.path.join(root, ".complete"), "w").close()
 PY
 fi
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwell-bench.XXXXXX")
-xvfb_pid=""
-cleanup() {
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
 # shellcheck source=/dev/null
-source "$(dirname "${BASH_SOURCE[0]}")/../scripts/lib/xvfb.sh"
-start_xvfb "$work"
-export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share"
-export XDG_RUNTIME_DIR="$work/runtime" TARNWELL_AUDIO_SINK="fakesink sync=true"
-mkdir -p "$XDG_CONFIG_HOME/Tarnwell" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
-printf '[General]\ndidCompleteOnboarding=true\n' > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
-unset DBUS_SESSION_BUS_ADDRESS
+source "$(dirname "${BASH_SOURCE[0]}")/session.sh"
+bench_session app
 
 TARNWELL_BENCH=first-frame "$app" > /dev/null 2>&1 || true # warm the caches
 best=999999

@@ -33,24 +33,9 @@ PY
   touch "$tree/.complete-$count"
 fi
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/tarnwell-bench-scroll.XXXXXX")
-xvfb_pid=""
-cleanup() {
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
-  rm -rf "$work"
-}
-trap cleanup EXIT INT TERM
 # shellcheck source=/dev/null
-source "$(dirname "${BASH_SOURCE[0]}")/../scripts/lib/xvfb.sh"
-start_xvfb "$work"
-export HOME="$work/home" XDG_CONFIG_HOME="$work/home/.config" XDG_DATA_HOME="$work/home/.local/share"
-export XDG_RUNTIME_DIR="$work/runtime" TARNWELL_AUDIO_SINK="fakesink sync=true"
-export TARNWELL_MUSICBRAINZ_URL=http://127.0.0.1:9 TARNWELL_COVERART_URL=http://127.0.0.1:9
-export TARNWELL_WIKIPEDIA_URL=http://127.0.0.1:9 TARNWELL_COMMONS_URL=http://127.0.0.1:9
-mkdir -p "$XDG_CONFIG_HOME/Tarnwell" "$XDG_DATA_HOME" "$XDG_RUNTIME_DIR"
-chmod 700 "$XDG_RUNTIME_DIR"
-printf '[General]\ndidCompleteOnboarding=true\n' > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
-unset DBUS_SESSION_BUS_ADDRESS
+source "$(dirname "${BASH_SOURCE[0]}")/session.sh"
+bench_session scroll
 
 out=$(TARNWELL_BENCH=scroll timeout 600 "$app" "$tree" 2> /dev/null)
 value() { awk -v k="$1" '$1 == k { print $2 }' <<< "$out"; }
