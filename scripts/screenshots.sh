@@ -100,13 +100,7 @@ start() {
   : > "$work/log"
   if [ -n "${3:-}" ]; then "$app" "$3" 2> "$work/log" & else "$app" 2> "$work/log" & fi
   app_pid=$!
-  window=""
-  for _ in $(seq 100); do
-    window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
-    [ -n "$window" ] && break
-    sleep 0.1
-  done
-  [ -n "$window" ] || { echo "screenshots: no window" >&2; cat "$work/log" >&2; exit 1; }
+  wait_for_window || { echo "screenshots: no window" >&2; cat "$work/log" >&2; exit 1; }
   if [ -n "${3:-}" ]; then
     for _ in $(seq 100); do grep -q 'imported' "$work/log" && break; sleep 0.1; done
   fi

@@ -15,3 +15,15 @@ start_xvfb() {
   DISPLAY=":$(cat "$display_file")"
   export DISPLAY
 }
+
+# Waits up to 10 s for the program's window and sets `window` to its id;
+# fails when none shows.
+wait_for_window() {
+  window=""
+  for _ in $(seq 100); do
+    window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
+    [ -n "$window" ] && return 0
+    sleep 0.1
+  done
+  return 1
+}

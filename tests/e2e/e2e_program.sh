@@ -90,13 +90,7 @@ start() { # [FOLDER]
   : > "$work/log"
   "$app" "$@" 2> "$work/log" &
   app_pid=$!
-  window=""
-  for _ in $(seq 100); do
-    window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
-    [ -n "$window" ] && break
-    sleep 0.1
-  done
-  [ -n "$window" ] || fail "no window"
+  wait_for_window || fail "no window"
   xdotool windowfocus --sync "$window" 2> /dev/null || true
   for _ in $(seq 50); do playerctl -l 2> /dev/null | grep -q tarnwell && break; sleep 0.1; done
 }

@@ -54,13 +54,7 @@ wait_for_log() { # pattern seconds
 
 "$app" "$music" 2> "$work/log" &
 app_pid=$!
-window=""
-for _ in $(seq 100); do
-  window=$(xdotool search --onlyvisible --name '^Tarnwell$' 2> /dev/null | head -1 || true)
-  [ -n "$window" ] && break
-  sleep 0.1
-done
-[ -n "$window" ] || fail "no window"
+wait_for_window || fail "no window"
 wait_for_log 'audio files, 2 new' 10 || fail "the folder was not imported"
 echo "ok: the folder given on the command line was imported"
 
