@@ -29,9 +29,9 @@ QList<VersionPart> versionParts(const QString &version)
     while (it.hasNext()) {
         const auto m = it.next();
         if (m.capturedLength(1) > 0)
-            parts.append({true, m.captured(1).toULongLong(), {}});
+            parts.append({ true, m.captured(1).toULongLong(), {} });
         else
-            parts.append({false, 0, m.captured(2).toLower()});
+            parts.append({ false, 0, m.captured(2).toLower() });
     }
     return parts;
 }
@@ -57,7 +57,7 @@ std::optional<Release> newestRelease(const QByteArray &feed)
         if (token == QXmlStreamReader::StartElement) {
             const QStringView name = xml.name();
             if (name == QLatin1String("item")) {
-                item = Release{};
+                item = Release {};
             } else if (!item) {
                 continue;
             } else if (name == QLatin1String("enclosure")) {

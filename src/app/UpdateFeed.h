@@ -13,7 +13,7 @@ namespace updatefeed {
 
 struct Release
 {
-    QString version;        // compared
+    QString version; // compared
     QString displayVersion; // shown (a short version string when the feed has one)
     QUrl downloadUrl;
 };

@@ -19,12 +19,12 @@ namespace {
 
 // Resumes a waiting request when the lookup is done or the request is
 // cancelled, whichever comes first.
-template<typename Pending>
-class DoneOrCancelled
+template<typename Pending> class DoneOrCancelled
 {
 public:
     DoneOrCancelled(Pending &pending, const CancelToken &cancel)
-        : m_pending(pending), m_cancel(cancel)
+        : m_pending(pending)
+        , m_cancel(cancel)
     {
     }
 
@@ -50,7 +50,7 @@ public:
             once->cancelled = QObject::connect(state, &CancelState::cancelled, resume);
     }
 
-    void await_resume() const {}
+    void await_resume() const { }
 
 private:
     Pending &m_pending;

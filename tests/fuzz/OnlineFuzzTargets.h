@@ -2,9 +2,9 @@
 #pragma once
 
 // Fuzz bodies for what strangers on the web send us: the JSON answers of the
-// picture services and the update feed. Besides not crashing, each checks a
-// property and traps when it fails.
+// picture services and the update feed (see FuzzTargets.h).
 
+#include "FuzzTargets.h"
 #include "app/UpdateFeed.h"
 #include "artwork/ServiceResponses.h"
 
@@ -12,20 +12,11 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <cstddef>
-#include <cstdint>
-
 namespace onlinefuzz {
-
-inline void require(bool ok)
-{
-    if (!ok)
-        __builtin_trap();
-}
 
 inline QByteArray bytes(const uint8_t *data, size_t size)
 {
-    return QByteArray(reinterpret_cast<const char *>(data), qsizetype(size));
+    return fuzz::view(data, size).toByteArray();
 }
 
 inline QByteArray json(const QJsonObject &o)
@@ -35,7 +26,7 @@ inline QByteArray json(const QJsonObject &o)
 
 inline QJsonObject query(const QString &key, const QJsonValue &value)
 {
-    return {{QStringLiteral("query"), QJsonObject{{key, value}}}};
+    return { { QStringLiteral("query"), QJsonObject { { key, value } } } };
 }
 
 // What a decoded answer would look like sent again: it must decode to the same.
@@ -43,15 +34,15 @@ inline QByteArray reencoded(const MBSearch &r)
 {
     QJsonArray releases;
     for (const MBSearch::Release &release : r.releases)
-        releases.append(QJsonObject{{QStringLiteral("id"), release.id}});
-    return json({{QStringLiteral("releases"), releases}});
+        releases.append(QJsonObject { { QStringLiteral("id"), release.id } });
+    return json({ { QStringLiteral("releases"), releases } });
 }
 
 inline QByteArray reencoded(const WikiSearch &r)
 {
     QJsonArray items;
     for (const WikiSearch::Item &item : r.search)
-        items.append(QJsonObject{{QStringLiteral("title"), item.title}});
+        items.append(QJsonObject { { QStringLiteral("title"), item.title } });
     return json(query(QStringLiteral("search"), items));
 }
 
@@ -61,7 +52,8 @@ inline QByteArray reencoded(const WikiPageImages &r)
     for (const auto &[id, page] : r.pages) {
         QJsonObject o;
         if (page.thumbnail)
-            o.insert(QStringLiteral("thumbnail"), QJsonObject{{QStringLiteral("source"), page.thumbnail->source}});
+            o.insert(QStringLiteral("thumbnail"),
+                QJsonObject { { QStringLiteral("source"), page.thumbnail->source } });
         pages.insert(id, o);
     }
     return json(query(QStringLiteral("pages"), pages));
@@ -75,7 +67,7 @@ inline QByteArray reencoded(const WikiImageInfo &r)
         if (page.imageinfo) {
             QJsonArray infos;
             for (const WikiImageInfo::Info &info : *page.imageinfo)
-                infos.append(QJsonObject{{QStringLiteral("url"), info.url}});
+                infos.append(QJsonObject { { QStringLiteral("url"), info.url } });
             o.insert(QStringLiteral("imageinfo"), infos);
         }
         pages.insert(id, o);
@@ -83,15 +75,14 @@ inline QByteArray reencoded(const WikiImageInfo &r)
     return json(query(QStringLiteral("pages"), pages));
 }
 
-template<typename Record>
-void roundTrip(const QByteArray &input)
+template<typename Record> void roundTrip(const QByteArray &input)
 {
     const std::optional<Record> decoded = Record::decode(input);
     if (!decoded)
         return;
     const QByteArray again = reencoded(*decoded);
     const std::optional<Record> back = Record::decode(again);
-    require(back.has_value() && reencoded(*back) == again);
+    fuzz::require(back.has_value() && reencoded(*back) == again);
 }
 
 inline void serviceJson(const uint8_t *data, size_t size)
@@ -110,13 +101,14 @@ inline void updateFeed(const uint8_t *data, size_t size)
     const std::optional<updatefeed::Release> newest = updatefeed::newestRelease(bytes(data, size));
     if (!newest)
         return;
-    require(!newest->version.isEmpty() && !newest->displayVersion.isEmpty());
+    fuzz::require(!newest->version.isEmpty() && !newest->displayVersion.isEmpty());
     const QString scheme = newest->downloadUrl.scheme();
-    require(scheme == u"http" || scheme == u"https");
-    require(updatefeed::compareVersions(newest->version, newest->version) == 0);
-    for (const char *other : {"1.0", "1.0-beta", "0.10", "2.0.1"}) {
+    fuzz::require(scheme == u"http" || scheme == u"https");
+    fuzz::require(updatefeed::compareVersions(newest->version, newest->version) == 0);
+    for (const char *other : { "1.0", "1.0-beta", "0.10", "2.0.1" }) {
         const QString v = QString::fromLatin1(other);
-        require(updatefeed::compareVersions(newest->version, v) == -updatefeed::compareVersions(v, newest->version));
+        fuzz::require(updatefeed::compareVersions(newest->version, v)
+            == -updatefeed::compareVersions(v, newest->version));
     }
 }
 
