@@ -234,6 +234,7 @@ void ArtworkLoader::setImage(std::optional<QImage> image)
         return;
     m_image = std::move(image);
     ++m_imageSerial;
+    qCDebug(lcArtwork) << "the playing song's picture is now" << (m_image ? m_image->size() : QSize());
     Q_EMIT imageChanged();
 }
 
