@@ -100,13 +100,11 @@ QCoro::Task<> ArtworkLoader::writeCopy(QImage image, std::optional<QString> path
 QCoro::Task<std::optional<QImage>> ArtworkLoader::artistImage(QString name, CancelToken cancel)
 {
     const OnlineChain chain = [name](online::Lookup lookup) { return online::onlineArtistImage(lookup, name); };
-    co_return co_await picture(artistKey(name), artwork::artistCopyPath(m_musicFolder, name), chain, cancel,
-                               Priority::Normal);
+    co_return co_await picture(artistKey(name), artwork::artistCopyPath(m_musicFolder, name), chain, cancel);
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::albumArt(std::optional<QString> artist,
-                                                           std::optional<QString> album, CancelToken cancel,
-                                                           Priority priority)
+                                                           std::optional<QString> album, CancelToken cancel)
 {
     const OnlineChain chain = [artist, album](online::Lookup lookup) {
         return online::onlineAlbumArt(lookup, artist, album);
@@ -114,23 +112,23 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::albumArt(std::optional<QString
     // Only a pair of names has a copy on disk.
     const std::optional<QString> path =
         artist && album ? artwork::albumCopyPath(m_musicFolder, *artist, *album) : std::nullopt;
-    co_return co_await picture(albumKey(artist, album), path, chain, cancel, priority);
+    co_return co_await picture(albumKey(artist, album), path, chain, cancel);
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::picture(QString key, std::optional<QString> path,
-                                                          OnlineChain chain, CancelToken cancel, Priority priority)
+                                                          OnlineChain chain, CancelToken cancel)
 {
     if (std::optional<QImage> hit = cached(m_artworkCache, key))
         co_return hit;
     const QPointer<ArtworkLoader> self(this);
-    const SharedLookups::Start start = [self, key, path, chain, priority](CancelToken shared) {
-        return self ? self->lookUp(key, path, chain, shared, priority) : nothingFound();
+    const SharedLookups::Start start = [self, key, path, chain](CancelToken shared) {
+        return self ? self->lookUp(key, path, chain, shared) : nothingFound();
     };
     co_return co_await m_lookups.join(key, start, cancel);
 }
 
 QCoro::Task<SharedLookups::Result> ArtworkLoader::lookUp(QString key, std::optional<QString> path,
-                                                         OnlineChain chain, CancelToken cancel, Priority priority)
+                                                         OnlineChain chain, CancelToken cancel)
 {
     const QPointer<ArtworkLoader> self(this);
     if (std::optional<QImage> copy = co_await diskCopy(path)) {
@@ -138,12 +136,7 @@ QCoro::Task<SharedLookups::Result> ArtworkLoader::lookUp(QString key, std::optio
         co_return SharedLookups::Result{copy, true};
     }
 
-    {
-        const std::shared_ptr<RequestThrottler::Slot> slot = m_throttler->reserveSlot(priority);
-        // An urgent lookup may move the slot later while it waits.
-        for (auto wait = slot->remaining(); wait.count() > 0 && !cancel.isCancelled(); wait = slot->remaining())
-            co_await artwork::sleepFor(wait, cancel);
-    }
+    co_await artwork::sleepFor(m_throttler->reserveSlot(), cancel);
     if (!self || cancel.isCancelled())
         co_return SharedLookups::Result{};
 
@@ -195,9 +188,7 @@ void ArtworkLoader::clear()
 QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
 {
     const QPointer<ArtworkLoader> self(this);
-    // Somebody is listening: this picture goes before the prefetch's.
-    std::optional<QImage> picture =
-        co_await songPicture(file, std::nullopt, std::nullopt, cancel, Priority::Urgent);
+    std::optional<QImage> picture = co_await songPicture(file, std::nullopt, std::nullopt, cancel);
     if (!self)
         co_return;
     if (picture && !cancel.isCancelled())
@@ -206,8 +197,7 @@ QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::optional<QString> artist,
-                                                              std::optional<QString> album, CancelToken cancel,
-                                                              Priority priority)
+                                                              std::optional<QString> album, CancelToken cancel)
 {
     if (std::optional<QImage> own = co_await trackArtwork(file))
         co_return own;
@@ -223,7 +213,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::op
     const QString fallback = text::nonEmptyTrimmed(tags.title).value_or(text::displayName(path));
     const QString albumArtist = artist.value_or(text::nonEmptyTrimmed(tags.artist).value_or(fallback));
     const QString albumName = album.value_or(text::nonEmptyTrimmed(tags.album).value_or(fallback));
-    co_return co_await albumArt(albumArtist, albumName, cancel, priority);
+    co_return co_await albumArt(albumArtist, albumName, cancel);
 }
 
 void ArtworkLoader::setImage(std::optional<QImage> image)

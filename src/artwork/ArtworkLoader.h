@@ -68,8 +68,6 @@ public:
         qint64 decodeMemoBytes = 64LL * 1024 * 1024;
     };
 
-    using Priority = RequestThrottler::Priority;
-
     explicit ArtworkLoader(QObject *parent = nullptr);
     explicit ArtworkLoader(Options options, QObject *parent = nullptr);
     ~ArtworkLoader() override;
@@ -80,10 +78,8 @@ public:
     // requests failing, once no request waits for it any more. A picture that
     // arrives anyway is still saved and cached.
     QCoro::Task<std::optional<QImage>> artistImage(QString name, CancelToken cancel = {});
-    // An urgent album lookup goes online before the others waiting (see
-    // RequestThrottler); one already waiting for the same album is joined as it is.
     QCoro::Task<std::optional<QImage>> albumArt(std::optional<QString> artist, std::optional<QString> album,
-                                                CancelToken cancel = {}, Priority priority = Priority::Normal);
+                                                CancelToken cancel = {});
     QCoro::Task<std::optional<QImage>> trackArtwork(QUrl file);
 
     // The picture load() finds for a song: its own (trackArtwork), else the
@@ -91,10 +87,10 @@ public:
     // for a missing artist or album. Names given here replace the tags.
     QCoro::Task<std::optional<QImage>> songPicture(QUrl file, std::optional<QString> artist = std::nullopt,
                                                    std::optional<QString> album = std::nullopt,
-                                                   CancelToken cancel = {}, Priority priority = Priority::Normal);
+                                                   CancelToken cancel = {});
 
     // Finds the picture of the song that starts playing and publishes it in
-    // image(), urgently; cancels the previous load. The old picture stays until a new one
+    // image(); cancels the previous load. The old picture stays until a new one
     // is found, and stays for good if none is.
     void load(const Track &track);
     // For when nothing plays any more: cancels the load and clears image().
@@ -130,10 +126,10 @@ private:
     using OnlineChain = std::function<QCoro::Task<std::optional<QImage>>(online::Lookup)>;
     // The cache, else the one shared lookup of the key.
     QCoro::Task<std::optional<QImage>> picture(QString key, std::optional<QString> path, OnlineChain chain,
-                                               CancelToken cancel, Priority priority);
+                                               CancelToken cancel);
     // The copy at path, else the throttle slot and the chain.
     QCoro::Task<SharedLookups::Result> lookUp(QString key, std::optional<QString> path, OnlineChain chain,
-                                              CancelToken cancel, Priority priority);
+                                              CancelToken cancel);
     QCoro::Task<std::optional<QImage>> diskCopy(std::optional<QString> path);
     QCoro::Task<> writeCopy(QImage image, std::optional<QString> path);
     void setImage(std::optional<QImage> image);

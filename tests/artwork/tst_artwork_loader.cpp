@@ -195,30 +195,6 @@ private Q_SLOTS:
         QCOMPARE(lookupsAsked(), 1);
     }
 
-    // The playing song's picture goes online ahead of the lookups already
-    // waiting, and the spacing holds.
-    void playingPictureGoesFirst()
-    {
-        servicesHavePictures();
-        ArtworkLoader loader(options(300ms));
-        const double before = m_server.now();
-        for (int n = 0; n < 6; ++n)
-            QCoro::connect(loader.artistImage(QStringLiteral("Artist %1").arg(n)), this, [](const auto &) {});
-        QSignalSpy finished(&loader, &ArtworkLoader::loadFinished);
-        loader.load(Track::create(QUrl::fromLocalFile(writeFile(m_songs.path(), QStringLiteral("u/Now.mp3"), "x"))));
-        QVERIFY(finished.wait(20000));
-        QVERIFY(looksLike(loader.image(), green, 0));
-        QTRY_COMPARE_WITH_TIMEOUT(lookupsAsked(), 7, 20000);
-        QStringList order;
-        for (const FakeWebServer::Request &r : m_server.requests()) {
-            if (r.service == u"mb" || r.service == u"wiki") {
-                QVERIFY(r.time >= before + 0.3 * order.size());
-                order.append(r.service);
-            }
-        }
-        QVERIFY2(order.indexOf(QStringLiteral("mb")) <= 2, qPrintable(order.join(u' ')));
-    }
-
     // When every request for it is cancelled while it waits for its slot, the
     // lookup sends nothing and leaves nothing.
     void cancelledByAllItsRequests()
