@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "UpdateFeed.h"
+
 #include <QNetworkAccessManager>
 #include <QObject>
 #include <QPointer>
@@ -35,12 +37,7 @@ public:
     enum class Status { Idle, Checking, UpToDate, UpdateAvailable, Failed };
     Q_ENUM(Status)
 
-    struct Release
-    {
-        QString version;      // compared
-        QString displayVersion; // shown (a short version string when the feed has one)
-        QUrl downloadUrl;
-    };
+    using Release = updatefeed::Release;
 
     // feedUrl empty: the feed from TARNWELL_UPDATE_FEED_URL, else the built-in one.
     explicit UpdateChecker(QObject *parent = nullptr, const QString &currentVersion = {},
@@ -62,12 +59,9 @@ public:
     // Starts a check; a check already running is left to finish.
     Q_INVOKABLE void check();
 
-    // The newest release of a feed, absent when the feed has none it can read.
-    static std::optional<Release> newestRelease(const QByteArray &feed);
-    // Negative, zero or positive as version a is older than, equal to or newer
-    // than b. Numbers compare as numbers ("0.10" > "0.9"); a pre-release
-    // ("1.0-beta") comes before its release.
-    static int compareVersions(const QString &a, const QString &b);
+    // See UpdateFeed.h.
+    static std::optional<Release> newestRelease(const QByteArray &feed) { return updatefeed::newestRelease(feed); }
+    static int compareVersions(const QString &a, const QString &b) { return updatefeed::compareVersions(a, b); }
 
 Q_SIGNALS:
     void statusChanged();

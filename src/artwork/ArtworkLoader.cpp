@@ -38,6 +38,11 @@ void remember(QCache<Key, QImage> &cache, const Key &key, const QImage &image)
     cache.insert(key, new QImage(image), costOf(image));
 }
 
+QCoro::Task<SharedLookups::Result> nothingFound()
+{
+    co_return SharedLookups::Result{};
+}
+
 QString defaultMusicFolder()
 {
     return QStandardPaths::standardLocations(QStandardPaths::MusicLocation).value(0);
@@ -94,55 +99,54 @@ QCoro::Task<> ArtworkLoader::writeCopy(QImage image, std::optional<QString> path
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::artistImage(QString name, CancelToken cancel)
 {
-    const QString key = artistKey(name);
-    if (std::optional<QImage> hit = cached(m_artworkCache, key))
-        co_return hit;
-
-    const QPointer<ArtworkLoader> self(this);
-    const std::optional<QString> path = artwork::artistCopyPath(m_musicFolder, name);
-    if (std::optional<QImage> copy = co_await diskCopy(path)) {
-        remember(m_artworkCache, key, *copy);
-        co_return copy;
-    }
-
-    co_await artwork::sleepFor(m_throttler->reserveSlot(), cancel);
-    if (!self || cancel.isCancelled())
-        co_return std::nullopt;
-
-    std::optional<QImage> image = co_await online::onlineArtistImage(m_session, name, cancel);
-    if (!self || !image)
-        co_return std::nullopt;
-    remember(m_artworkCache, key, *image);
-    co_await writeCopy(*image, path);
-    co_return image;
+    const OnlineChain chain = [name](online::Lookup lookup) { return online::onlineArtistImage(lookup, name); };
+    co_return co_await picture(artistKey(name), artwork::artistCopyPath(m_musicFolder, name), chain, cancel);
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::albumArt(std::optional<QString> artist,
                                                            std::optional<QString> album, CancelToken cancel)
 {
-    const QString key = albumKey(artist, album);
-    if (std::optional<QImage> hit = cached(m_artworkCache, key))
-        co_return hit;
-
-    const QPointer<ArtworkLoader> self(this);
+    const OnlineChain chain = [artist, album](online::Lookup lookup) {
+        return online::onlineAlbumArt(lookup, artist, album);
+    };
     // Only a pair of names has a copy on disk.
     const std::optional<QString> path =
         artist && album ? artwork::albumCopyPath(m_musicFolder, *artist, *album) : std::nullopt;
+    co_return co_await picture(albumKey(artist, album), path, chain, cancel);
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::picture(QString key, std::optional<QString> path,
+                                                          OnlineChain chain, CancelToken cancel)
+{
+    if (std::optional<QImage> hit = cached(m_artworkCache, key))
+        co_return hit;
+    const QPointer<ArtworkLoader> self(this);
+    const SharedLookups::Start start = [self, key, path, chain](CancelToken shared) {
+        return self ? self->lookUp(key, path, chain, shared) : nothingFound();
+    };
+    co_return co_await m_lookups.join(key, start, cancel);
+}
+
+QCoro::Task<SharedLookups::Result> ArtworkLoader::lookUp(QString key, std::optional<QString> path,
+                                                         OnlineChain chain, CancelToken cancel)
+{
+    const QPointer<ArtworkLoader> self(this);
     if (std::optional<QImage> copy = co_await diskCopy(path)) {
         remember(m_artworkCache, key, *copy);
-        co_return copy;
+        co_return SharedLookups::Result{copy, true};
     }
 
     co_await artwork::sleepFor(m_throttler->reserveSlot(), cancel);
     if (!self || cancel.isCancelled())
-        co_return std::nullopt;
+        co_return SharedLookups::Result{};
 
-    std::optional<QImage> image = co_await online::onlineAlbumArt(m_session, artist, album, cancel);
+    const online::Lookup lookup{m_session, cancel};
+    std::optional<QImage> image = co_await chain(lookup);
     if (!self || !image)
-        co_return std::nullopt;
+        co_return SharedLookups::Result{std::nullopt, lookup.wasAnswered()};
     remember(m_artworkCache, key, *image);
     co_await writeCopy(*image, path);
-    co_return image;
+    co_return SharedLookups::Result{image, true};
 }
 
 QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
@@ -220,6 +224,7 @@ void ArtworkLoader::setImage(std::optional<QImage> image)
         return;
     m_image = std::move(image);
     ++m_imageSerial;
+    qCDebug(lcArtwork) << "the playing song's picture is now" << (m_image ? m_image->size() : QSize());
     Q_EMIT imageChanged();
 }
 

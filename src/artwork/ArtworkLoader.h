@@ -6,16 +6,20 @@
 //   trackArtwork(file) ─ trackArtworkCache ─ folderImage(the file's folder)
 //                                          └─ the picture embedded in the file
 //   albumArt(artist, album) ─┐
-//   artistImage(name) ───────┴─ artworkCache ─ the JPEG copy under Music
-//        └─ RequestThrottler slot ─ OnlineArtwork chains ─ saveJPEG copy + cache
+//   artistImage(name) ───────┴─ artworkCache ─ SharedLookups (one lookup a key)
+//        └─ the JPEG copy under Music ─ RequestThrottler slot ─ OnlineArtwork
+//           chains ─ saveJPEG copy + cache
 //   load(track) ─ trackArtwork, else the tags ─ albumArt ─ image (the playing song)
 //   ArtworkImageProvider ─ image://artwork/... for QML, scaled off the GUI thread
 //
 // Everything here runs on the GUI thread as coroutines that suspend at every
 // file read, decode, request and sleep, so any number of lookups are in flight
 // at once; file reads, decoding and encoding happen on the thread pool. Online
-// lookups start one throttle interval apart across the whole program. A miss is
-// never remembered: the next request for the same picture tries again.
+// lookups start one throttle interval apart across the whole program. Requests
+// for a picture already being looked up wait for that lookup, so the prefetch,
+// the cards and the now-playing area ask the web once between them; a name the
+// services had nothing for is not asked again while the loader lives, while a
+// lookup that could not reach them is tried again on the next request.
 //
 // Copies live in the Music folder: <artist>/artist.jpg and <artist>/<album>/folder.jpg
 // (names sanitised; a name that sanitises to "", "." or ".." gets no copy).
@@ -23,7 +27,9 @@
 #include "ArtworkSession.h"
 #include "CancelToken.h"
 #include "DecodeMemo.h"
+#include "OnlineArtwork.h"
 #include "RequestThrottler.h"
+#include "SharedLookups.h"
 #include "model/Track.h"
 
 #include <QCache>
@@ -34,6 +40,7 @@
 #include <QUrl>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -66,9 +73,10 @@ public:
     ~ArtworkLoader() override;
 
     // All lookups are called on the GUI thread and take their arguments by value.
-    // Cancelling the token stops a lookup at its cancellation point (after the
-    // throttle wait) and fails its requests; a picture that arrives anyway is
-    // still saved and cached.
+    // Cancelling the token ends the request's wait at once; the lookup itself
+    // stops at its cancellation point (after the throttle wait), with its
+    // requests failing, once no request waits for it any more. A picture that
+    // arrives anyway is still saved and cached.
     QCoro::Task<std::optional<QImage>> artistImage(QString name, CancelToken cancel = {});
     QCoro::Task<std::optional<QImage>> albumArt(std::optional<QString> artist, std::optional<QString> album,
                                                 CancelToken cancel = {});
@@ -97,6 +105,9 @@ public:
     RequestThrottler &throttler() { return *m_throttler; }
     const std::shared_ptr<ArtworkSession> &session() const { return m_session; }
 
+    // Online lookups running now (each shared by all who asked for it).
+    int lookupsInFlight() const { return m_lookups.running(); }
+
     // Drops every picture held in memory (memory pressure; tests).
     void clearMemoryCaches();
     // What the caches hold (pictures shared between them counted each time).
@@ -112,6 +123,13 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<> runLoad(QUrl file, CancelToken cancel);
+    using OnlineChain = std::function<QCoro::Task<std::optional<QImage>>(online::Lookup)>;
+    // The cache, else the one shared lookup of the key.
+    QCoro::Task<std::optional<QImage>> picture(QString key, std::optional<QString> path, OnlineChain chain,
+                                               CancelToken cancel);
+    // The copy at path, else the throttle slot and the chain.
+    QCoro::Task<SharedLookups::Result> lookUp(QString key, std::optional<QString> path, OnlineChain chain,
+                                              CancelToken cancel);
     QCoro::Task<std::optional<QImage>> diskCopy(std::optional<QString> path);
     QCoro::Task<> writeCopy(QImage image, std::optional<QString> path);
     void setImage(std::optional<QImage> image);
@@ -119,6 +137,7 @@ private:
     QString m_musicFolder;
     std::shared_ptr<ArtworkSession> m_session;
     std::unique_ptr<RequestThrottler> m_throttler;
+    SharedLookups m_lookups;
     QCache<QString, QImage> m_artworkCache;
     QCache<QUrl, QImage> m_trackArtworkCache;
     std::shared_ptr<DecodeMemo> m_decodeMemo;

@@ -22,10 +22,13 @@ bool isHttpStatusError(QNetworkReply::NetworkError error)
         || (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
 }
 
+constexpr qint64 readBufferBytes = 64 * 1024;
+
 struct ReplyState
 {
     bool abandoned = false;
     QString why;
+    QByteArray body;
 };
 
 } // namespace
@@ -56,7 +59,7 @@ bool ArtworkSession::isWebUrl(const QUrl &url)
     return url.isValid() && (scheme == u"http" || scheme == u"https") && !url.host().isEmpty();
 }
 
-QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl url, CancelToken cancel)
+QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl url, Kind kind, CancelToken cancel)
 {
     if (cancel.isCancelled())
         co_return std::nullopt;
@@ -72,6 +75,9 @@ QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl ur
     QNetworkReply *reply = m_manager->get(request);
     const std::unique_ptr<QNetworkReply, void (*)(QNetworkReply *)> owner(
         reply, [](QNetworkReply *r) { r->deleteLater(); });
+    // Qt stops reading from the socket while this much waits unread, so the
+    // cap below sees the bytes as they come instead of megabytes later.
+    reply->setReadBufferSize(readBufferBytes);
     auto state = std::make_shared<ReplyState>();
 
     const auto abandon = [reply, state](QString why) {
@@ -81,33 +87,50 @@ QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl ur
         state->why = std::move(why);
         reply->abort();
     };
-    QObject::connect(reply, &QNetworkReply::redirected, reply, [reply, abandon](const QUrl &to) {
+    QObject::connect(reply, &QNetworkReply::redirected, reply, [reply, state, abandon](const QUrl &to) {
+        state->body.clear();
         if (isWebUrl(to))
             Q_EMIT reply->redirectAllowed();
         else
             abandon(QStringLiteral("redirect to %1 refused").arg(to.toString()));
     });
-    const qint64 cap = m_limits.maxBodyBytes;
-    QObject::connect(reply, &QNetworkReply::downloadProgress, reply,
-                     [abandon, cap](qint64 received, qint64 total) {
-                         if (received > cap || total > cap)
-                             abandon(QStringLiteral("body over %1 bytes").arg(cap));
-                     });
-    // Our own clock of silence rather than the manager's transfer time-out: that
-    // one is a coarse timer, which may give up most of a second early.
-    auto *silence = new QTimer(reply);
-    silence->setSingleShot(true);
-    silence->setTimerType(Qt::PreciseTimer);
-    silence->setInterval(m_limits.timeout);
-    const auto restart = [silence] { silence->start(); };
-    QObject::connect(silence, &QTimer::timeout, reply, [abandon, timeout = m_limits.timeout] {
-        abandon(QStringLiteral("nothing received for %1 ms").arg(timeout.count()));
+    const qint64 cap = m_limits.maxBytes(kind);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, reply, [reply, abandon, cap] {
+        bool known = false;
+        const qint64 length = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong(&known);
+        if (known && length > cap)
+            abandon(QStringLiteral("announced %1 bytes, over %2").arg(length).arg(cap));
     });
+    QObject::connect(reply, &QIODevice::readyRead, reply, [reply, state, abandon, cap] {
+        state->body += reply->readAll();
+        if (state->body.size() > cap)
+            abandon(QStringLiteral("body over %1 bytes").arg(cap));
+    });
+
+    // Our own clocks rather than the manager's transfer time-out: that one is a
+    // coarse timer, which may give up most of a second early. The idle clock
+    // restarts with every sign of life; the deadline never does.
+    const auto preciseTimer = [reply](std::chrono::milliseconds interval) {
+        auto *timer = new QTimer(reply);
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        timer->setInterval(interval);
+        QObject::connect(reply, &QNetworkReply::finished, timer, &QTimer::stop);
+        timer->start();
+        return timer;
+    };
+    QTimer *silence = preciseTimer(m_limits.idleTimeout);
+    QObject::connect(silence, &QTimer::timeout, reply, [abandon, idle = m_limits.idleTimeout] {
+        abandon(QStringLiteral("nothing received for %1 ms").arg(idle.count()));
+    });
+    const auto restart = [silence] { silence->start(); };
     QObject::connect(reply, &QNetworkReply::metaDataChanged, silence, restart);
-    QObject::connect(reply, &QNetworkReply::downloadProgress, silence, restart);
+    QObject::connect(reply, &QIODevice::readyRead, silence, restart);
     QObject::connect(reply, &QNetworkReply::redirected, silence, restart);
-    QObject::connect(reply, &QNetworkReply::finished, silence, &QTimer::stop);
-    silence->start();
+    QTimer *deadline = preciseTimer(m_limits.deadline(kind));
+    QObject::connect(deadline, &QTimer::timeout, reply, [abandon, limit = m_limits.deadline(kind)] {
+        abandon(QStringLiteral("not done after %1 ms").arg(limit.count()));
+    });
 
     if (CancelState *cancelState = cancel.state()) {
         QObject::connect(cancelState, &CancelState::cancelled, reply,
@@ -125,10 +148,10 @@ QCoro::Task<std::optional<ArtworkSession::Response>> ArtworkSession::get(QUrl ur
         qCDebug(lcArtwork) << url << "failed:" << reply->errorString();
         co_return std::nullopt;
     }
-    QByteArray body = reply->readAll();
-    if (body.size() > cap) {
+    state->body += reply->readAll();
+    if (state->body.size() > cap) {
         qCDebug(lcArtwork) << url << "body over the cap";
         co_return std::nullopt;
     }
-    co_return Response{status.toInt(), std::move(body)};
+    co_return Response{status.toInt(), std::move(state->body)};
 }

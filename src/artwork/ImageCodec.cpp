@@ -22,6 +22,38 @@ bool isWebFormat(const QByteArray &format)
     return std::find(std::begin(formats), std::end(formats), format) != std::end(formats);
 }
 
+bool isJpeg(const QByteArray &format)
+{
+    return format == "jpeg" || format == "jpg";
+}
+
+// Whether a JPEG is progressive: its frame header (SOF2, SOF6, SOF10 or SOF14)
+// comes before any other. The segments before it (EXIF, colour profiles) are
+// stepped over by their lengths; a file whose frame header can't be found in
+// the first megabyte counts as progressive, the costlier kind.
+bool isProgressiveJpeg(QIODevice *device)
+{
+    const QByteArray head = device->peek(1024 * 1024);
+    const auto byte = [&head](qsizetype i) { return quint8(head.at(i)); };
+    qsizetype pos = 2; // after the start-of-image marker
+    while (head.size() - pos >= 4) {
+        if (byte(pos) != 0xff)
+            return true;
+        const quint8 marker = byte(pos + 1);
+        if (marker == 0xff) { // fill byte
+            ++pos;
+            continue;
+        }
+        if (marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc)
+            return marker == 0xc2 || marker == 0xc6 || marker == 0xca || marker == 0xce;
+        const qsizetype length = (byte(pos + 2) << 8) | byte(pos + 3);
+        if (length < 2)
+            return true;
+        pos += 2 + length;
+    }
+    return true;
+}
+
 std::optional<QImage> read(QImageReader &reader, const QString &what)
 {
     const QByteArray format = reader.format().toLower();
@@ -29,13 +61,24 @@ std::optional<QImage> read(QImageReader &reader, const QString &what)
         qCDebug(lcArtwork) << what << "refused: format" << format;
         return std::nullopt;
     }
-    // The header's size when the format tells it without decoding; formats that
-    // can't are still bounded by Qt's own allocation limit.
+    // Before the size, which reads the header past the start.
+    const bool progressive = isJpeg(format) && isProgressiveJpeg(reader.device());
+    // Headers that don't tell the size leave Qt's own allocation limit below.
     const QSize size = reader.size();
-    if (size.isValid() && qint64(size.width()) * size.height() > maxImagePixels) {
-        qCDebug(lcArtwork) << what << "refused:" << size << "is too large";
-        return std::nullopt;
+    if (size.isValid()) {
+        const qint64 pixels = qint64(size.width()) * size.height();
+        // A vector picture is drawn straight at the size set below.
+        qint64 limit = format.startsWith("svg") ? pixels : maxWholeDecodePixels;
+        if (isJpeg(format))
+            limit = progressive ? maxProgressiveJpegPixels : maxJpegPixels;
+        if (pixels > limit) {
+            qCDebug(lcArtwork) << what << "refused:" << size << "is too large";
+            return std::nullopt;
+        }
+        if (size.width() > keptEdge || size.height() > keptEdge)
+            reader.setScaledSize(size.scaled(keptEdge, keptEdge, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
     }
+    reader.setAllocationLimit(int(maxWholeDecodePixels * 4 / (1024 * 1024)) + 8);
     QImage image;
     if (!reader.read(&image) || image.isNull()) {
         qCDebug(lcArtwork) << what << "does not decode:" << reader.errorString();

@@ -2,9 +2,13 @@
 #pragma once
 
 // Decoding and encoding of pictures. Blocking; call from the thread pool.
-// Every decode is bounded: a picture whose header promises more pixels than
-// maxImagePixels is refused before any pixel memory is taken, so a small file
-// claiming 50,000 by 50,000 pixels (an image bomb) costs nothing.
+// Every decode is bounded by the pixels it produces, not by what the file
+// claims: a picture larger than the program keeps is scaled down to keptEdge
+// while it is decoded (JPEG and SVG decode straight at the smaller size), and
+// one that can only be decoded whole (PNG, GIF, WebP, TIFF, BMP, a progressive
+// JPEG's coefficients) is refused when the whole would take too much. A small file claiming 50,000 by 50,000
+// pixels (an image bomb) thus costs nothing, and no picture more than a few
+// tens of megabytes.
 
 #include <QByteArray>
 #include <QImage>
@@ -14,8 +18,16 @@
 
 namespace artwork {
 
-// 128 MiB of 32-bit pixels: a 6000 by 5000 photograph fits, a bomb does not.
-inline constexpr qint64 maxImagePixels = 128LL * 1024 * 1024 / 4;
+// The longest edge of any picture kept: twice the largest place a picture is
+// shown (the artist header and the blurred window background need less).
+inline constexpr int keptEdge = 1024;
+// 32 MiB of 32-bit pixels: a 2,896-pixel square PNG fits, a bomb does not.
+inline constexpr qint64 maxWholeDecodePixels = 8LL * 1024 * 1024;
+// A JPEG decodes straight at down to an eighth of its size (a 24-megapixel
+// photograph in about 12 MB), but a progressive one holds all its
+// coefficients, over three bytes a pixel, until its last scan.
+inline constexpr qint64 maxJpegPixels = 256LL * 1024 * 1024;
+inline constexpr qint64 maxProgressiveJpegPixels = 12LL * 1024 * 1024;
 
 // The picture in the bytes (JPEG, PNG, GIF, WebP, TIFF, BMP or SVG), absent
 // when they are none of those, don't decode or are too large.

@@ -6,6 +6,7 @@
 #include "model/Log.h"
 #include "model/TextUtil.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QSaveFile>
 #include <QFileInfo>
@@ -14,21 +15,73 @@ namespace artwork {
 
 namespace {
 
-const char16_t separators[] = u"/\\:*?\"<>|";
-
-bool isSeparator(QChar c)
+// Characters that read as separators keep becoming "-" (Day/Night gets the
+// folder Day-Night); the others that some file systems refuse get their
+// full-width forms, so "A*B" and "A?B" keep folders of their own.
+QChar replacement(QChar c)
 {
-    for (char16_t s : separators) {
-        if (s != 0 && c == s)
-            return true;
+    switch (c.unicode()) {
+    case u'/':
+    case u'\\':
+    case u':':
+    case u'|':
+        return u'-';
+    case u'*':
+    case u'?':
+    case u'"':
+    case u'<':
+    case u'>':
+        return QChar(c.unicode() - 0x20 + 0xff00);
+    default:
+        return c;
     }
-    return false;
+}
+
+// Invisible characters that have no place in a folder name: controls (line
+// breaks and tabs among them), formats (bidirectional overrides, zero-width
+// joiners), line and paragraph separators. Halves of broken surrogate pairs
+// go too: they have no UTF-8 form.
+bool isInvisible(char32_t c)
+{
+    switch (QChar::category(c)) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// Most file systems allow 255 bytes a name.
+constexpr qsizetype maxNameBytes = 255;
+
+// A name over the limit keeps its beginning and ends in a short digest of the
+// whole original text, so two long names that begin alike stay apart.
+QString shortened(const QString &name, const QString &original)
+{
+    const QString tag = u'~'
+        + QString::fromLatin1(
+              QCryptographicHash::hash(original.toUtf8(), QCryptographicHash::Sha256).toHex().left(12));
+    QString head;
+    qsizetype bytes = tag.size();
+    for (qsizetype i = 0; i < name.size(); ++i) {
+        // A pair of surrogates is one character of four bytes.
+        const qsizetype n = name.at(i).isHighSurrogate() && i + 1 < name.size() ? 2 : 1;
+        const qsizetype more = QStringView(name).mid(i, n).toUtf8().size();
+        if (bytes + more > maxNameBytes)
+            break;
+        head += QStringView(name).mid(i, n);
+        bytes += more;
+        i += n - 1;
+    }
+    return head + tag;
 }
 
 bool isSafeComponent(const QString &component)
 {
-    return !component.isEmpty() && component != u"." && component != u".."
-        && !component.contains(QChar(0));
+    return !component.isEmpty() && component != u"." && component != u"..";
 }
 
 const char *const wellKnownNames[] = {"folder", "cover", "album", "front", "artwork", "albumart"};
@@ -48,12 +101,23 @@ bool hasImageExtension(const QString &fileName)
 
 QString sanitizedPathComponent(const QString &text)
 {
-    QString out = text;
-    for (QChar &c : out) {
-        if (isSeparator(c))
-            c = u'-';
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        if (c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate()) {
+            const char32_t pair = QChar::surrogateToUcs4(c, text.at(i + 1));
+            if (!isInvisible(pair))
+                out += QStringView(text).mid(i, 2);
+            ++i;
+        } else if (!c.isSurrogate() && !isInvisible(c.unicode())) {
+            out += replacement(c);
+        }
     }
-    return text::trimmedHorizontal(out);
+    out = text::trimmedHorizontal(out);
+    if (out.toUtf8().size() > maxNameBytes)
+        out = shortened(out, text);
+    return out;
 }
 
 std::optional<QString> artistCopyPath(const QString &musicFolder, const QString &artist)

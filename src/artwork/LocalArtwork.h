@@ -13,9 +13,12 @@ class DecodeMemo;
 
 namespace artwork {
 
-// A name made fit to be one folder name: each of / \ : * ? " < > | becomes "-",
-// then spaces (any Unicode space separator) and tabs are trimmed at both ends.
-// The result may be empty, "." or "..": diskCopyFolder refuses those.
+// A name made fit to be one folder name: / \ : and | become "-", * ? " < and >
+// their full-width forms, invisible characters (controls, line breaks, tabs,
+// bidirectional overrides) are dropped, then spaces (any Unicode space
+// separator) are trimmed at both ends. A name still over 255 bytes of UTF-8 is
+// cut and ends in "~" and a digest of the whole name. The result may be
+// empty, "." or "..": the copy paths refuse those.
 QString sanitizedPathComponent(const QString &text);
 
 // Music/<artist>/artist.jpg, or absent when there is no Music folder or the

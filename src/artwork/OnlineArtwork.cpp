@@ -37,10 +37,19 @@ QCoro::Task<std::optional<QImage>> decodeOffThread(QByteArray bytes)
     co_return co_await artwork::whenDone(nullptr, job);
 }
 
-// Fetches a picture: any answer that arrives is decoded, whatever its status.
-QCoro::Task<std::optional<QImage>> download(Session session, QUrl url, CancelToken cancel)
+// A request of the chain; notes on the lookup when no usable answer came.
+QCoro::Task<std::optional<ArtworkSession::Response>> fetch(Lookup lookup, QUrl url, ArtworkSession::Kind kind)
 {
-    const auto response = co_await session->get(url, cancel);
+    std::optional<ArtworkSession::Response> response = co_await lookup.session->get(url, kind, lookup.cancel);
+    if (!response || response->status >= 500 || response->status == 429)
+        *lookup.unanswered = true;
+    co_return response;
+}
+
+// Fetches a picture: any answer that arrives is decoded, whatever its status.
+QCoro::Task<std::optional<QImage>> download(Lookup lookup, QUrl url)
+{
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Picture);
     if (!response)
         co_return std::nullopt;
     co_return co_await decodeOffThread(response->body);
@@ -54,6 +63,11 @@ QByteArray encodeQueryValue(const QString &text)
     return QUrl::toPercentEncoding(text, QByteArrayLiteral("!$'()*,;:@/?"));
 }
 
+QByteArray encodePathSegment(const QString &text)
+{
+    return QUrl::toPercentEncoding(text);
+}
+
 namespace address {
 
 QUrl musicBrainzSearch(const ArtworkServices &s, const QString &query)
@@ -64,7 +78,8 @@ QUrl musicBrainzSearch(const ArtworkServices &s, const QString &query)
 
 QUrl coverArtFront(const ArtworkServices &s, const QString &releaseID)
 {
-    return strictUrl(s.coverArt + QStringLiteral("/release/") + releaseID + QStringLiteral("/front"));
+    return strictUrl(s.coverArt + QStringLiteral("/release/") + QString::fromLatin1(encodePathSegment(releaseID))
+                     + QStringLiteral("/front"));
 }
 
 QUrl wikipediaPageImages(const ArtworkServices &s, const QString &title)
@@ -110,16 +125,15 @@ QString commonsAlbumSearchText(const OptionalText &artist, const OptionalText &a
     return words.join(u' ');
 }
 
-QCoro::Task<OptionalText> musicBrainzReleaseID(Session session, OptionalText artist, OptionalText album,
-                                               CancelToken cancel)
+QCoro::Task<OptionalText> musicBrainzReleaseID(Lookup lookup, OptionalText artist, OptionalText album)
 {
     const OptionalText query = musicBrainzQuery(artist, album);
     if (!query)
         co_return std::nullopt;
-    const QUrl url = address::musicBrainzSearch(session->services(), *query);
+    const QUrl url = address::musicBrainzSearch(lookup.session->services(), *query);
     if (!url.isValid())
         co_return std::nullopt;
-    const auto response = co_await session->get(url, cancel);
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Json);
     if (!response || response->status != 200) {
         if (response)
             qCDebug(lcArtwork) << "MusicBrainz answered" << response->status;
@@ -131,23 +145,23 @@ QCoro::Task<OptionalText> musicBrainzReleaseID(Session session, OptionalText art
     co_return search->releases.first().id;
 }
 
-QCoro::Task<std::optional<QImage>> coverArtFront(Session session, QString releaseID, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> coverArtFront(Lookup lookup, QString releaseID)
 {
-    const QUrl url = address::coverArtFront(session->services(), releaseID);
+    const QUrl url = address::coverArtFront(lookup.session->services(), releaseID);
     if (!url.isValid())
         co_return std::nullopt;
-    const auto response = co_await session->get(url, cancel);
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Picture);
     if (!response || response->status != 200)
         co_return std::nullopt;
     co_return co_await decodeOffThread(response->body);
 }
 
-QCoro::Task<std::optional<QImage>> wikipediaArtistImage(Session session, QString name, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> wikipediaArtistImage(Lookup lookup, QString name)
 {
-    const QUrl url = address::wikipediaPageImages(session->services(), name);
+    const QUrl url = address::wikipediaPageImages(lookup.session->services(), name);
     if (!url.isValid())
         co_return std::nullopt;
-    const auto response = co_await session->get(url, cancel);
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Json);
     if (!response)
         co_return std::nullopt;
     const std::optional<WikiPageImages> pageImages = WikiPageImages::decode(response->body);
@@ -165,15 +179,15 @@ QCoro::Task<std::optional<QImage>> wikipediaArtistImage(Session session, QString
     const std::optional<QUrl> thumbnail = urlFrom(*source);
     if (!thumbnail)
         co_return std::nullopt;
-    co_return co_await download(session, *thumbnail, cancel);
+    co_return co_await download(lookup, *thumbnail);
 }
 
-QCoro::Task<OptionalText> commonsFileTitle(Session session, QString text, int limit, CancelToken cancel)
+QCoro::Task<OptionalText> commonsFileTitle(Lookup lookup, QString text, int limit)
 {
-    const QUrl url = address::commonsSearch(session->services(), text, limit);
+    const QUrl url = address::commonsSearch(lookup.session->services(), text, limit);
     if (!url.isValid())
         co_return std::nullopt;
-    const auto response = co_await session->get(url, cancel);
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Json);
     if (!response)
         co_return std::nullopt;
     const std::optional<WikiSearch> search = WikiSearch::decode(response->body);
@@ -182,12 +196,12 @@ QCoro::Task<OptionalText> commonsFileTitle(Session session, QString text, int li
     co_return search->search.first().title;
 }
 
-QCoro::Task<std::optional<QUrl>> commonsFileURL(Session session, QString title, CancelToken cancel)
+QCoro::Task<std::optional<QUrl>> commonsFileURL(Lookup lookup, QString title)
 {
-    const QUrl url = address::commonsImageInfo(session->services(), title);
+    const QUrl url = address::commonsImageInfo(lookup.session->services(), title);
     if (!url.isValid())
         co_return std::nullopt;
-    const auto response = co_await session->get(url, cancel);
+    const auto response = co_await fetch(lookup, url, ArtworkSession::Kind::Json);
     if (!response)
         co_return std::nullopt;
     const std::optional<WikiImageInfo> info = WikiImageInfo::decode(response->body);
@@ -201,52 +215,50 @@ QCoro::Task<std::optional<QUrl>> commonsFileURL(Session session, QString title, 
 
 namespace {
 
-QCoro::Task<std::optional<QImage>> commonsImage(Session session, QString text, int limit, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> commonsImage(Lookup lookup, QString text, int limit)
 {
-    const OptionalText title = co_await commonsFileTitle(session, text, limit, cancel);
+    const OptionalText title = co_await commonsFileTitle(lookup, text, limit);
     if (!title)
         co_return std::nullopt;
-    const std::optional<QUrl> file = co_await commonsFileURL(session, *title, cancel);
+    const std::optional<QUrl> file = co_await commonsFileURL(lookup, *title);
     if (!file)
         co_return std::nullopt;
-    co_return co_await download(session, *file, cancel);
+    co_return co_await download(lookup, *file);
 }
 
 } // namespace
 
-QCoro::Task<std::optional<QImage>> commonsArtistImage(Session session, QString name, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> commonsArtistImage(Lookup lookup, QString name)
 {
-    co_return co_await commonsImage(session, name, 5, cancel);
+    co_return co_await commonsImage(lookup, name, 5);
 }
 
-QCoro::Task<std::optional<QImage>> commonsAlbumImage(Session session, OptionalText artist, OptionalText album,
-                                                     CancelToken cancel)
+QCoro::Task<std::optional<QImage>> commonsAlbumImage(Lookup lookup, OptionalText artist, OptionalText album)
 {
     const QString text = commonsAlbumSearchText(artist, album);
     if (text.isEmpty())
         co_return std::nullopt;
-    co_return co_await commonsImage(session, text, 3, cancel);
+    co_return co_await commonsImage(lookup, text, 3);
 }
 
-QCoro::Task<std::optional<QImage>> onlineAlbumArt(Session session, OptionalText artist, OptionalText album,
-                                                  CancelToken cancel)
+QCoro::Task<std::optional<QImage>> onlineAlbumArt(Lookup lookup, OptionalText artist, OptionalText album)
 {
-    const OptionalText releaseID = co_await musicBrainzReleaseID(session, artist, album, cancel);
+    const OptionalText releaseID = co_await musicBrainzReleaseID(lookup, artist, album);
     if (releaseID) {
         // Cut short by cancellation, the chain still goes on: its requests then
         // fail at once, like every request of a cancelled lookup.
-        co_await artwork::sleepFor(coverArtPause, cancel);
-        if (std::optional<QImage> cover = co_await coverArtFront(session, *releaseID, cancel))
+        co_await artwork::sleepFor(coverArtPause, lookup.cancel);
+        if (std::optional<QImage> cover = co_await coverArtFront(lookup, *releaseID))
             co_return cover;
     }
-    co_return co_await commonsAlbumImage(session, artist, album, cancel);
+    co_return co_await commonsAlbumImage(lookup, artist, album);
 }
 
-QCoro::Task<std::optional<QImage>> onlineArtistImage(Session session, QString name, CancelToken cancel)
+QCoro::Task<std::optional<QImage>> onlineArtistImage(Lookup lookup, QString name)
 {
-    if (std::optional<QImage> image = co_await wikipediaArtistImage(session, name, cancel))
+    if (std::optional<QImage> image = co_await wikipediaArtistImage(lookup, name))
         co_return image;
-    co_return co_await commonsArtistImage(session, name, cancel);
+    co_return co_await commonsArtistImage(lookup, name);
 }
 
 } // namespace online

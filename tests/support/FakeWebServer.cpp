@@ -6,7 +6,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
@@ -16,19 +15,12 @@
 
 namespace {
 
-constexpr qint64 chunkSize = 256 * 1024;
-// An endless answer still ends somewhere, in case a client never gives up.
-constexpr qint64 endlessLimit = 1LL << 30;
-
 const char *reasonPhrase(int status)
 {
     switch (status) {
     case 200: return "OK";
-    case 301: return "Moved Permanently";
-    case 302: return "Found";
     case 307: return "Temporary Redirect";
     case 404: return "Not Found";
-    case 500: return "Internal Server Error";
     case 503: return "Service Unavailable";
     default: return "Status";
     }
@@ -92,54 +84,52 @@ public:
     {
         delete m_server;
         m_server = nullptr;
-        const QList<QTcpSocket *> sockets = m_connections;
-        m_connections.clear();
-        for (QTcpSocket *s : sockets) {
+        for (QTcpSocket *s : findChildren<QTcpSocket *>()) {
             s->disconnect(this);
             s->abort();
             s->deleteLater();
         }
-        setOpen();
     }
 
 private:
-    void setOpen()
+    struct Stream
     {
-        QMutexLocker lock(&m_owner->m_mutex);
-        m_owner->m_openConnections = int(m_connections.size());
-    }
+        qint64 remaining = 0;
+        qint64 dripBytes = 0;
+    };
 
     void onNewConnection()
     {
         while (QTcpSocket *socket = m_server->nextPendingConnection()) {
-            m_connections.append(socket);
+            socket->setParent(this);
             connect(socket, &QTcpSocket::readyRead, this, [this, socket] { onReadyRead(socket); });
             connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-                m_connections.removeOne(socket);
+                if (m_streams.remove(socket) > 0) {
+                    QMutexLocker lock(&m_owner->m_mutex);
+                    ++m_owner->m_cutStreams;
+                }
                 socket->deleteLater();
-                setOpen();
             });
         }
-        setOpen();
     }
 
     void onReadyRead(QTcpSocket *socket)
     {
+        if (socket->property("fakeAnswered").toBool())
+            return;
         QByteArray buffer = socket->property("fakeBuffer").toByteArray() + socket->readAll();
         const qsizetype end = buffer.indexOf("\r\n\r\n");
-        if (end < 0 || socket->property("fakeAnswered").toBool()) {
+        if (end < 0) {
             socket->setProperty("fakeBuffer", buffer);
             return;
         }
         // One request per connection: every answer closes it.
         socket->setProperty("fakeAnswered", true);
-        socket->setProperty("fakeBuffer", QByteArray());
 
         const QList<QByteArray> lines = buffer.left(end).split('\n');
-        const QList<QByteArray> requestLine = lines.value(0).trimmed().split(' ');
         Request request;
         request.time = double(m_owner->m_clock.nsecsElapsed()) / 1e9;
-        request.target = requestLine.value(1);
+        request.target = lines.value(0).trimmed().split(' ').value(1);
         for (qsizetype i = 1; i < lines.size(); ++i) {
             const qsizetype colon = lines[i].indexOf(':');
             if (colon > 0)
@@ -152,58 +142,58 @@ private:
         request.pathAndQuery = segmentEnd < 0 ? QByteArray("/") : request.target.mid(segmentEnd);
 
         const Reply reply = m_owner->dispatch(std::move(request));
-        if (reply.kind == Reply::NeverAnswer)
-            return;
-        if (reply.delayMs > 0) {
-            const QPointer<QTcpSocket> guard(socket);
-            QTimer::singleShot(reply.delayMs, this, [this, guard, reply] {
-                if (guard && guard->state() == QAbstractSocket::ConnectedState)
-                    answer(guard, reply);
-            });
-            return;
-        }
-        answer(socket, reply);
+        if (reply.answer)
+            answer(socket, reply);
     }
 
     void answer(QTcpSocket *socket, const Reply &reply)
     {
         QByteArray head = "HTTP/1.1 " + QByteArray::number(reply.status) + ' ' + reasonPhrase(reply.status) + "\r\n";
-        head += "Content-Type: " + reply.contentType + "\r\n";
+        head += "Content-Type: " + reply.contentType + "\r\nConnection: close\r\n";
         for (const auto &[name, value] : reply.headers)
             head += name + ": " + value + "\r\n";
-        head += "Connection: close\r\n";
-        if (reply.kind == Reply::Stream) {
-            if (reply.declareLength && reply.streamBytes >= 0)
-                head += "Content-Length: " + QByteArray::number(reply.streamBytes) + "\r\n";
-            head += "\r\n";
-            socket->setProperty("fakeRemaining", reply.streamBytes < 0 ? endlessLimit : reply.streamBytes);
-            connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] { streamMore(socket); });
-            socket->write(head);
-            streamMore(socket);
-            return;
-        }
-        head += "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n";
-        socket->write(head + reply.body);
-        socket->disconnectFromHost();
-    }
-
-    void streamMore(QTcpSocket *socket)
-    {
-        if (socket->state() != QAbstractSocket::ConnectedState || socket->bytesToWrite() > chunkSize)
-            return;
-        const qint64 remaining = socket->property("fakeRemaining").toLongLong();
-        if (remaining <= 0) {
+        if (reply.streamBytes < 0) {
+            head += "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n";
+            socket->write(head + reply.body);
             socket->disconnectFromHost();
             return;
         }
-        const qint64 n = std::min(remaining, chunkSize);
-        socket->setProperty("fakeRemaining", remaining - n);
+        if (reply.declareLength)
+            head += "Content-Length: " + QByteArray::number(reply.streamBytes) + "\r\n";
+        socket->write(head + "\r\n");
+        m_streams.insert(socket, {reply.streamBytes, reply.dripBytes});
+        if (reply.dripMs > 0) {
+            auto *timer = new QTimer(socket);
+            connect(timer, &QTimer::timeout, this, [this, socket] { more(socket); });
+            timer->start(reply.dripMs);
+        } else {
+            connect(socket, &QTcpSocket::bytesWritten, this, [this, socket] {
+                // Keep a little queued, never the whole body.
+                if (socket->bytesToWrite() < m_streams.value(socket).dripBytes)
+                    more(socket);
+            });
+        }
+        more(socket);
+    }
+
+    void more(QTcpSocket *socket)
+    {
+        if (!m_streams.contains(socket) || socket->state() != QAbstractSocket::ConnectedState)
+            return;
+        Stream &s = m_streams[socket];
+        if (s.remaining <= 0) {
+            m_streams.remove(socket);
+            socket->disconnectFromHost();
+            return;
+        }
+        const qint64 n = std::min(s.remaining, s.dripBytes);
+        s.remaining -= n;
         socket->write(QByteArray(n, 'x'));
     }
 
     FakeWebServer *m_owner;
     QTcpServer *m_server = nullptr;
-    QList<QTcpSocket *> m_connections;
+    QHash<QTcpSocket *, Stream> m_streams;
 };
 
 FakeWebServer::FakeWebServer(QObject *parent)
@@ -242,14 +232,9 @@ void FakeWebServer::stop()
     QMetaObject::invokeMethod(m_worker, [this] { m_worker->close(); }, Qt::BlockingQueuedConnection);
 }
 
-QString FakeWebServer::baseUrl() const
-{
-    return QStringLiteral("http://127.0.0.1:%1").arg(m_port);
-}
-
 QString FakeWebServer::serviceUrl(const QString &service) const
 {
-    return baseUrl() + u'/' + service;
+    return QStringLiteral("http://127.0.0.1:%1/").arg(m_port) + service;
 }
 
 void FakeWebServer::on(const QString &service, Handler handler)
@@ -262,15 +247,15 @@ void FakeWebServer::script(const QString &service, QList<Reply> replies)
 {
     // Only ever touched on the server's thread.
     auto queue = std::make_shared<QList<Reply>>(std::move(replies));
-    on(service, [queue](const Request &) {
-        return queue->isEmpty() ? status(404) : queue->takeFirst();
-    });
+    on(service, [queue](const Request &) { return queue->isEmpty() ? status(404) : queue->takeFirst(); });
 }
 
 void FakeWebServer::reset()
 {
     QMutexLocker lock(&m_mutex);
     m_handlers.clear();
+    m_requests.clear();
+    m_cutStreams = 0;
 }
 
 FakeWebServer::Reply FakeWebServer::dispatch(Request request)
@@ -300,16 +285,10 @@ QList<FakeWebServer::Request> FakeWebServer::requestsFor(const QString &service)
     return out;
 }
 
-void FakeWebServer::clearRequests()
+int FakeWebServer::cutStreams() const
 {
     QMutexLocker lock(&m_mutex);
-    m_requests.clear();
-}
-
-int FakeWebServer::openConnections() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_openConnections;
+    return m_cutStreams;
 }
 
 FakeWebServer::Reply FakeWebServer::json(const QByteArray &body, int code)
@@ -322,60 +301,40 @@ FakeWebServer::Reply FakeWebServer::json(const QByteArray &body, int code)
 
 FakeWebServer::Reply FakeWebServer::status(int code)
 {
-    Reply r;
-    r.status = code;
+    Reply r = json(QByteArray(reasonPhrase(code)) + '\n', code);
     r.contentType = "text/plain";
-    r.body = QByteArray(reasonPhrase(code)) + '\n';
     return r;
 }
 
-FakeWebServer::Reply FakeWebServer::invalidJson()
+FakeWebServer::Reply FakeWebServer::image(const QByteArray &encoded)
 {
-    return json("{\"releases\": [{\"id\": ");
-}
-
-FakeWebServer::Reply FakeWebServer::image(const QByteArray &encoded, const QByteArray &contentType)
-{
-    Reply r;
-    r.contentType = contentType;
-    r.body = encoded;
+    Reply r = json(encoded);
+    r.contentType = "image/png";
     return r;
 }
 
-FakeWebServer::Reply FakeWebServer::redirect(const QByteArray &location, int code)
+FakeWebServer::Reply FakeWebServer::redirect(const QByteArray &location)
 {
-    Reply r = status(code);
+    Reply r = status(307);
     r.headers.append({"Location", location});
     return r;
 }
 
-FakeWebServer::Reply FakeWebServer::neverAnswer()
+FakeWebServer::Reply FakeWebServer::silence()
 {
     Reply r;
-    r.kind = Reply::NeverAnswer;
+    r.answer = false;
     return r;
 }
 
-FakeWebServer::Reply FakeWebServer::endless()
+FakeWebServer::Reply FakeWebServer::stream(qint64 bytes, bool declareLength, int dripMs, qint64 dripBytes)
 {
     Reply r;
-    r.kind = Reply::Stream;
-    r.contentType = "image/jpeg";
-    return r;
-}
-
-FakeWebServer::Reply FakeWebServer::oversized(qint64 bytes)
-{
-    Reply r = endless();
     r.streamBytes = bytes;
-    r.declareLength = true;
+    r.declareLength = declareLength;
+    r.dripMs = dripMs;
+    r.dripBytes = dripMs > 0 ? dripBytes : 256 * 1024;
     return r;
-}
-
-FakeWebServer::Reply FakeWebServer::slow(Reply reply, int delayMs)
-{
-    reply.delayMs = delayMs;
-    return reply;
 }
 
 QByteArray FakeWebServer::releases(const QStringList &ids)

@@ -10,13 +10,12 @@
 #include <QMap>
 #include <QMutex>
 #include <QObject>
-#include <QThread>
 #include <QSize>
 #include <QString>
+#include <QThread>
 
 #include <functional>
 #include <optional>
-
 
 // A small HTTP/1.1 server on 127.0.0.1 that plays the web services for tests.
 // Each service lives under its own first path segment, so one server stands in
@@ -43,19 +42,17 @@ public:
 
     struct Reply
     {
-        enum Kind {
-            Normal,
-            NeverAnswer, // keeps the connection open and says nothing
-            Stream,      // streamBytes of filler (endless when negative)
-        };
-        Kind kind = Normal;
         int status = 200;
         QByteArray contentType = "application/json";
         QByteArray body;
         QList<std::pair<QByteArray, QByteArray>> headers;
-        int delayMs = 0;
+        bool answer = true; // false: keep the connection open and say nothing
+        // A streamed body of filler instead: this many bytes, `dripBytes` every
+        // `dripMs` (as fast as the client takes them when 0).
         qint64 streamBytes = -1;
-        bool declareLength = false; // a Content-Length header for a stream
+        bool declareLength = false;
+        qint64 dripBytes = 256 * 1024;
+        int dripMs = 0;
     };
 
     using Handler = std::function<Reply(const Request &)>;
@@ -63,37 +60,32 @@ public:
     explicit FakeWebServer(QObject *parent = nullptr);
     ~FakeWebServer() override;
 
-    // Listens on a free loopback port.
+    // Listens on a free loopback port (the same one again after stop()).
     bool start();
     // Stops listening and drops every connection (a server that has gone away).
     void stop();
-    quint16 port() const { return m_port; }
-    QString baseUrl() const;
     QString serviceUrl(const QString &service) const;
 
     // Answers the service's requests by this function.
     void on(const QString &service, Handler handler);
     // Answers the service's requests with these replies in order; afterwards 404.
     void script(const QString &service, QList<Reply> replies);
-    // Removes every script; unscripted services answer 404.
+    // Forgets every script and every request; unscripted services answer 404.
     void reset();
 
+    // Seconds since the server started, on the clock of Request::time.
+    double now() const { return double(m_clock.nsecsElapsed()) / 1e9; }
     QList<Request> requests() const;
     QList<Request> requestsFor(const QString &service) const;
-    void clearRequests();
-    // Connections that are open right now.
-    int openConnections() const;
+    // Streamed bodies whose client hung up before their end.
+    int cutStreams() const;
 
-    // Answers.
     static Reply json(const QByteArray &body, int status = 200);
     static Reply status(int code);
-    static Reply invalidJson();
-    static Reply image(const QByteArray &encoded, const QByteArray &contentType = "image/png");
-    static Reply redirect(const QByteArray &location, int code = 307);
-    static Reply neverAnswer();
-    static Reply endless();
-    static Reply oversized(qint64 bytes);
-    static Reply slow(Reply reply, int delayMs);
+    static Reply image(const QByteArray &encoded);
+    static Reply redirect(const QByteArray &location);
+    static Reply silence();
+    static Reply stream(qint64 bytes, bool declareLength, int dripMs = 0, qint64 dripBytes = 1);
 
     // Bodies of the services.
     static QByteArray releases(const QStringList &ids);
@@ -106,7 +98,7 @@ public:
     static QByteArray png(const QImage &image);
     static QByteArray jpeg(const QImage &image);
     // A small PNG whose header claims width x height pixels.
-    static QByteArray imageBomb(quint32 width = 50000, quint32 height = 50000);
+    static QByteArray imageBomb(quint32 width, quint32 height);
 
 private:
     class Worker;
@@ -122,5 +114,5 @@ private:
     mutable QMutex m_mutex; // guards what follows
     QHash<QString, Handler> m_handlers;
     QList<Request> m_requests;
-    int m_openConnections = 0;
+    int m_cutStreams = 0;
 };
