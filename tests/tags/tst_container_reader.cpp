@@ -138,10 +138,29 @@ private Q_SLOTS:
             << build::id3Tag(2, id3Frame(2, "TT2", id3Text("t", 0)) + id3Frame(2, "TCO", id3Text("g", 0)))
                 + audio
             << Fields { "t", none, none, "g" };
-        QTest::newRow("ID3v1 only") << audio + "TAG" + QByteArray("v1 title").leftJustified(30, '\0')
-                + QByteArray("v1 artist").leftJustified(30, '\0') + QByteArray(30, '\0') + "1999"
-                + QByteArray(30, '\0')
-                + char(8) << Fields { "v1 title", "v1 artist", none, "Jazz" };
+        QTest::newRow("an empty frame doesn't hide the frames after it")
+            << build::id3Tag(3,
+                   id3Frame(3, "TIT2", id3Text("t")) + id3Frame(3, "TPE2", "")
+                       + id3Frame(3, "TPE1", id3Text("a")) + id3Frame(3, "TALB", id3Text("b")))
+                + audio
+            << Fields { "t", "a", "b", none };
+        QTest::newRow("genre references and lists") << build::id3Tag(4,
+                                                           id3Frame(4, "TCON",
+                                                               QByteArray("\x03(RX)(17)Rocky\x00"
+                                                                          "8\x00Pop",
+                                                                   20)))
+                + audio << Fields { none, none, none, "Remix/Rock/Rocky/Jazz/Pop" };
+        QTest::newRow("ID3v1 only") << audio + build::id3v1("v1 title", "v1 artist", "", "c", 3, 8)
+                                    << Fields { "v1 title", "v1 artist", none, "Jazz" };
+        QTest::newRow("ID3v1 fills what ID3v2 leaves without text")
+            << build::id3Tag(3,
+                   id3Frame(3, "TIT2", id3Text("v2")) + id3Frame(3, "TALB", id3Text(""))
+                       + id3Frame(3, "TCON", id3Text("Soul")))
+                + audio + build::id3v1("v1", "v1 artist", "v1 album", {}, 0, 8)
+            << Fields { "v2", "v1 artist", "v1 album", "Soul" };
+        QTest::newRow("ID3v2 of an unknown version, ID3v1 still read")
+            << QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) + audio + build::id3v1("v1", "", "")
+            << Fields { "v1", none, none, none };
         QTest::newRow("garbage") << QByteArray(3000, 'g') << Fields { none, none, none, none };
         QTest::newRow("empty file") << QByteArray() << Fields { none, none, none, none };
     }
@@ -157,7 +176,11 @@ private Q_SLOTS:
     void mpegArtwork()
     {
         const QByteArray apic1 = QByteArray("\x00image/png\x00\x03\x00", 13);
-        const QByteArray apic2 = QByteArray("\x00image/jpeg\x00\x00\x00", 14) + "JPEG BYTES";
+        // A UTF-16 description ends with two zero bytes at an even offset.
+        const QByteArray apic2 = QByteArray("\x01image/jpeg\x00\x00\xFF\xFE"
+                                            "d\x00\x00\x00",
+                                     19)
+            + "JPEG BYTES";
         const QByteArray file
             = build::id3Tag(3, build::id3Frame(3, "APIC", apic1) + build::id3Frame(3, "APIC", apic2))
             + build::mpegAudio();
