@@ -162,31 +162,14 @@ bool isWholePicture(QByteArrayView body)
     return c.skip(4) && skipCounted() && skipCounted() && c.skip(16) && skipCounted() && c.atEnd();
 }
 
-bool isWholeCommentList(QByteArrayView body)
-{
-    ByteCursor c(body);
-    const auto vendor = c.u32le();
-    if (!vendor || !c.skip(*vendor))
-        return false;
-    const auto count = c.u32le();
-    if (!count)
-        return false;
-    // Each comment takes at least its 4-byte length, so the loop ends with the body.
-    for (quint32 i = 0; i < *count; ++i) {
-        const auto length = c.u32le();
-        if (!length || !c.skip(*length))
-            return false;
-    }
-    return c.atEnd();
-}
-
 QString blockDamage(const Block &b, qsizetype index)
 {
     if ((index == 0) != (b.type == streamInfoType) || (index == 0 && b.body.size() != 34))
         return QStringLiteral("the STREAMINFO block is missing, damaged or out of place");
     switch (b.type) {
     case vorbisCommentType:
-        return isWholeCommentList(b.body) ? QString() : QStringLiteral("a VORBIS_COMMENT block is damaged");
+        return vorbis::comments(b.body).whole ? QString()
+                                              : QStringLiteral("a VORBIS_COMMENT block is damaged");
     case pictureType:
         return isWholePicture(b.body) ? QString() : QStringLiteral("a PICTURE block is damaged");
     case 2: // APPLICATION: a 4-byte id, then its data

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "MetadataWriter.h"
 
-#include "ByteCursor.h"
 #include "FlacMetadata.h"
 #include "Id3Tag.h"
 #include "Id3v1Tag.h"
@@ -26,28 +25,6 @@ void appendU32be(QByteArray &out, quint32 v)
 }
 
 constexpr quint32 maxId3Size = 0x0FFFFFFF;
-
-// The comments of one VORBIS_COMMENT body, raw; a damaged list gives the
-// comments before the damage.
-QList<QByteArrayView> commentsOf(QByteArrayView body)
-{
-    QList<QByteArrayView> comments;
-    ByteCursor c(body);
-    const auto vendorLength = c.u32le();
-    if (!vendorLength || !c.skip(*vendorLength))
-        return comments;
-    const auto count = c.u32le();
-    if (!count)
-        return comments;
-    for (quint32 i = 0; i < *count; ++i) {
-        const auto length = c.u32le();
-        const auto comment = length ? c.take(*length) : std::nullopt;
-        if (!comment)
-            break;
-        comments.append(*comment);
-    }
-    return comments;
-}
 
 struct FieldKey
 {
@@ -158,7 +135,7 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
     QList<QList<QByteArrayView>> oldComments; // per old comment block
     for (const flac::Block &b : layout.blocks) {
         if (b.type == flac::vorbisCommentType)
-            oldComments.append(commentsOf(b.body));
+            oldComments.append(vorbis::comments(b.body).comments);
         else
             kept.append(b);
     }

@@ -30,11 +30,6 @@ inline QByteArray be32(quint32 v)
     return b;
 }
 
-inline QByteArray be64(quint64 v)
-{
-    return be32(quint32(v >> 32)) + be32(quint32(v));
-}
-
 inline QByteArray synchsafe(quint32 v)
 {
     QByteArray b(4, '\0');
@@ -163,32 +158,6 @@ inline QByteArray id3v1(const QByteArray &title, const QByteArray &artist, const
     const auto field = [](const QByteArray &s, int n) { return s.left(n).leftJustified(n, '\0'); };
     return "TAG" + field(title, 30) + field(artist, 30) + field(album, 30) + "1999"
         + (track ? field(comment, 28) + '\0' + char(track) : field(comment, 30)) + char(genre);
-}
-
-inline QByteArray cafChunk(
-    const QByteArray &type, const QByteArray &body, std::optional<qint64> size = std::nullopt)
-{
-    return type + be64(quint64(size.value_or(body.size()))) + body;
-}
-
-inline QByteArray cafInfo(const QList<std::pair<QByteArray, QByteArray>> &entries)
-{
-    QByteArray b = be32(quint32(entries.size()));
-    for (const auto &[k, v] : entries)
-        b += k + '\0' + v + '\0';
-    return b;
-}
-
-// desc for 16-bit stereo PCM at 44.1 kHz (4 bytes a packet, 1 frame a packet).
-inline QByteArray cafDesc()
-{
-    return QByteArray("\x40\xE5\x88\x80\x00\x00\x00\x00", 8) + "lpcm" + be32(0) + be32(4) + be32(1) + be32(2)
-        + be32(16);
-}
-
-inline QByteArray cafFile(const QByteArray &chunks)
-{
-    return QByteArray("caff\x00\x01\x00\x00", 8) + chunks;
 }
 
 } // namespace build

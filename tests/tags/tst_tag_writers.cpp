@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The two writers of our own, in memory: FLAC metadata blocks and ID3v2 tags,
+// checked by the plain readers of the test builders.
 #include "TagBuilders.h"
+#include "tags/FlacMetadata.h"
 #include "tags/MetadataWriter.h"
 
 #include <QTest>
@@ -12,12 +15,21 @@ using plain::id3Text;
 
 namespace {
 
-QByteArray write(const QByteArray &in, const TagEdit &edit)
+QByteArray written(const Result &r)
 {
-    const Result r = writeID3Tags(in, edit);
     if (!r)
         qWarning() << "writer refused:" << describe(r.error) << r.detail;
     return r.data.value_or(QByteArray());
+}
+
+QByteArray writeOk(const QByteArray &in, const TagEdit &edit)
+{
+    return written(writeFLACTags(in, edit));
+}
+
+QByteArray write(const QByteArray &in, const TagEdit &edit)
+{
+    return written(writeID3Tags(in, edit));
 }
 
 const TagEdit newTitle = TagEdit::fromValues(QStringLiteral("New"), std::nullopt, std::nullopt);
@@ -26,42 +38,71 @@ const TagEdit newTitle = TagEdit::fromValues(QStringLiteral("New"), std::nullopt
 
 Q_DECLARE_METATYPE(Frames)
 
-class TestId3Writer : public QObject
+class TestTagWriters : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void buildingBlocks()
     {
-        QCOMPARE(id3Header(200), QByteArray("ID3\x03\x00\x00\x00\x00\x01\x48", 10));
-        QCOMPARE(id3Header(0x0FFFFFFF), QByteArray("ID3\x03\x00\x00\x7F\x7F\x7F\x7F", 10));
-        QCOMPARE(id3TextFrame("TPE1", QStringLiteral("Café")),
-            QByteArray("TPE1\x00\x00\x00\x06\x00\x00\x03"
-                       "Caf\xC3\xA9",
-                16));
-    }
-
-    void strip_data()
-    {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<QByteArray>("expected");
+        QCOMPARE(buildVorbisComment(QStringLiteral("t"), QString(), QStringLiteral("Café!")),
+            build::le32(8) + "Tarnwell" + build::le32(2) + build::le32(7) + "TITLE=t" + build::le32(12)
+                + "ALBUM=Caf\xC3\xA9!");
+        QCOMPARE(buildVorbisComment(std::nullopt, std::nullopt, std::nullopt),
+            build::le32(8) + "Tarnwell" + build::le32(0));
+        QCOMPARE(id3Header(200), QByteArray("ID3\3\0\0\0\0\1\x48", 10));
+        QCOMPARE(id3Header(0x0FFFFFFF), QByteArray("ID3\3\0\0\x7F\x7F\x7F\x7F", 10));
+        QCOMPARE(
+            id3TextFrame("TPE1", QStringLiteral("Café")), QByteArray("TPE1\0\0\0\6\0\0\3Caf\xC3\xA9", 16));
         const QByteArray audio = build::mpegAudio();
         const QByteArray tag = build::id3Tag(4, id3Frame(4, "TIT2", id3Text("x")), 0, 20);
-        QTest::newRow("leading tag with padding") << tag + audio << audio;
-        QTest::newRow("no tag") << audio << audio;
-        QTest::newRow("tag larger than the data stays") << tag.first(15) << tag.first(15);
-        QTest::newRow("fewer than 10 bytes")
-            << QByteArray("ID3\x03\x00\x00\x00", 7) << QByteArray("ID3\x03\x00\x00\x00", 7);
-        QTest::newRow("only the first of two tags") << tag + tag + audio << tag + audio;
-        QTest::newRow("empty tag at the end of the data")
-            << tag.first(6) + build::synchsafe(0) << QByteArray();
+        QCOMPARE(stripID3v2(tag + audio), audio);
+        QCOMPARE(stripID3v2(tag + tag + audio), tag + audio); // only the first
+        QCOMPARE(stripID3v2(tag.first(15)), tag.first(15)); // a tag larger than the data stays
     }
 
-    void strip()
+    void carriedComments_data()
     {
-        QFETCH(QByteArray, input);
-        QFETCH(QByteArray, expected);
-        QCOMPARE(stripID3v2(input).toByteArray(), expected);
+        QTest::addColumn<QList<QList<QByteArray>>>("oldBlocks");
+        QTest::addColumn<TagEdit>("edit");
+        QTest::addColumn<QList<QByteArray>>("expected");
+        using FE = FieldEdit;
+        QTest::newRow("title given on a block with a title: one title, the rest carried")
+            << QList<QList<QByteArray>> { { "TITLE=old", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" } }
+            << TagEdit::fromValues(QStringLiteral("new"), std::nullopt, std::nullopt)
+            << QList<QByteArray> { "TITLE=new", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" };
+        QTest::newRow("order title, artist, album; every spelling of a field replaced")
+            << QList<QList<QByteArray>> { { "album=x", "=TITLE=y", "Artist=z", "COMMENT=c" } }
+            << TagEdit::fromValues(QStringLiteral("T"), QStringLiteral("A"), QStringLiteral("B"))
+            << QList<QByteArray> { "TITLE=T", "ARTIST=A", "ALBUM=B", "COMMENT=c" };
+        QTest::newRow("keep carries every comment of the field, in order")
+            << QList<QList<QByteArray>> { { "ARTIST=a1", "TITLE=t", "ALBUM=b", "ARTIST=a2",
+                   "TRACKNUMBER=1" } }
+            << TagEdit { FE::set(QStringLiteral("n")), FE::keep(), FE::remove() }
+            << QList<QByteArray> { "TITLE=n", "ARTIST=a1", "ARTIST=a2", "TRACKNUMBER=1" };
+        QTest::newRow("comments the reader skips are carried byte for byte")
+            << QList<QList<QByteArray>> { { "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" } }
+            << TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt)
+            << QList<QByteArray> { "TITLE=t", "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" };
+        QTest::newRow("a second block's comments go first so the first block still decides")
+            << QList<QList<QByteArray>> { { "TITLE=a", "GENRE=g1" }, { "TITLE=b", "GENRE=g2" } }
+            << TagEdit { FE::keep(), FE::keep(), FE::set(QStringLiteral("new")) }
+            << QList<QByteArray> { "TITLE=b", "TITLE=a", "ALBUM=new", "GENRE=g2", "GENRE=g1" };
+    }
+
+    void carriedComments()
+    {
+        QFETCH(QList<QList<QByteArray>>, oldBlocks);
+        QFETCH(TagEdit, edit);
+        QFETCH(QList<QByteArray>, expected);
+        QList<build::Block> blocks { { 0, build::streamInfo() } };
+        for (const auto &comments : oldBlocks)
+            blocks.append({ 4, build::vorbisBody(comments, "old vendor") });
+        QByteArray vendor;
+        QCOMPARE(
+            plain::comments(plain::flacBlocks(writeOk(build::flacFile(blocks), edit)).last().body, &vendor),
+            expected);
+        QCOMPARE(vendor, QByteArray("Tarnwell"));
     }
 
     // Old tags of every version: TIT2, TPE1 and TALB come first, then the
@@ -90,12 +131,6 @@ private Q_SLOTS:
             << Frames { id3Text("TIT2", "New"), { "APIC", 0, apicBody }, id3Text("TCON", "(17)Rock", 0),
                    id3Text("TRCK", "3/12", 0), { "COMM", 0, comm },
                    { "TXXX", 0x8000, QByteArray("\x00key\x00value", 10) } };
-        QTest::newRow("v2.3: kept fields stay, in the field order")
-            << build::id3Tag(3,
-                   id3Frame(3, "TALB", id3Text("Alb", 1)) + id3Frame(3, "TPE1", id3Text("Art"))
-                       + id3Frame(3, "TIT2", id3Text("Old")))
-            << TagEdit { FE::set(QStringLiteral("New")), FE::keep(), FE::keep() }
-            << Frames { id3Text("TIT2", "New"), id3Text("TPE1", "Art"), id3Text("TALB", "Alb", 1) };
         QTest::newRow("v2.3: empty frames left out, the frames after them carried")
             << build::id3Tag(3,
                    id3Frame(3, "TIT2", id3Text("Old")) + id3Frame(3, "TPE2", "")
@@ -148,12 +183,6 @@ private Q_SLOTS:
             << newTitle
             << Frames { id3Text("TIT2", "New"), { "APIC", 0x8020, QByteArray("\x07\x00\xFF\xE0pic", 7) },
                    { "PRIV", 0x0080, build::be32(100) + "zlib-data" } };
-        QTest::newRow("v2.4: sizes written as plain integers")
-            << build::id3Tag(4,
-                   QByteArray("TCOM") + build::be32(300) + QByteArray(2, '\0') + id3Text(QString(299, u'c'))
-                       + id3Frame(4, "TCON", id3Text("g")))
-            << newTitle
-            << Frames { id3Text("TIT2", "New"), id3Text("TCOM", QString(299, u'c')), id3Text("TCON", "g") };
     }
 
     void carriedFrames()
@@ -208,6 +237,12 @@ private Q_SLOTS:
         QTest::newRow("all three removed, nothing left: no tag at all")
             << build::id3Tag(3, id3Frame(3, "TIT2", id3Text("T"))) << QByteArray()
             << TagEdit::fromValues(QString(), QString(), QString()) << Frames {} << QByteArray();
+        QTest::newRow("keep everything")
+            << build::id3Tag(3, id3Frame(3, "TIT2", id3Text("t"), 0x0040)) << QByteArray() << TagEdit {}
+            << Frames { { "TIT2", 0x0040, build::id3Text("t") } } << QByteArray();
+        QTest::newRow("all three removed from an untagged file")
+            << QByteArray() << QByteArray() << TagEdit::fromValues(QString(), QString(), QString())
+            << Frames {} << QByteArray();
         QTest::newRow("a kept field empty in ID3v2 comes from ID3v1")
             << build::id3Tag(3, id3Frame(3, "TPE1", id3Text(""))) << build::id3v1("", "V1 artist", "")
             << TagEdit { FE::set(QStringLiteral("T")), FE::keep(), FE::keep() }
@@ -228,39 +263,71 @@ private Q_SLOTS:
         QCOMPARE(rest, audio + newTrailer);
     }
 
-    void unchanged_data()
-    {
-        QTest::addColumn<QByteArray>("input");
-        QTest::addColumn<TagEdit>("edit");
-        const QByteArray tagged = build::id3Tag(3, id3Frame(3, "TIT2", id3Text("t"))) + build::mpegAudio();
-        QTest::newRow("keep everything") << tagged << TagEdit {};
-        QTest::newRow("remove all three from an untagged file")
-            << build::mpegAudio() << TagEdit::fromValues(std::nullopt, std::nullopt, std::nullopt);
-    }
-
-    void unchanged()
-    {
-        QFETCH(QByteArray, input);
-        QFETCH(TagEdit, edit);
-        QCOMPARE(write(input, edit), input);
-    }
-
+    // Refused, never read around: bytes after a damaged FLAC block are not
+    // audio, a short comment block would lose the comments after it, frames
+    // after damage in an ID3v2 tag would be lost.
     void refused_data()
     {
-        QTest::addColumn<QByteArray>("oldTag");
+        QTest::addColumn<bool>("flac");
+        QTest::addColumn<QByteArray>("input");
         QTest::addColumn<WriteError>("error");
-        QTest::addColumn<QString>("detail");
+        QTest::addColumn<QString>("detail"); // empty: not compared
+        const QByteArray si = build::streamInfo();
+        const QByteArray comment = build::vorbisBody({ "TITLE=x", "GENRE=g", "TRACKNUMBER=3" });
+        const QByteArray picture = build::pictureBody(QByteArray(300, 'P'));
+        QTest::newRow("empty") << true << QByteArray() << WriteError::unsupportedFormat << QString();
+        QTest::newRow("three bytes") << true << QByteArray("fLa") << WriteError::unsupportedFormat
+                                     << QString();
+        QTest::newRow("ID3v2 tag in front")
+            << true
+            << build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x")))
+                + build::flacFile({ { 0, si } })
+            << WriteError::unsupportedFormat << QString();
+        // An old comment that the new block must carry pushes it past 24 bits.
+        QTest::newRow("comment block over 16,777,215 bytes")
+            << true
+            << build::flacFile({ { 0, si },
+                   { 4, build::vorbisBody({ "COMMENT=" + QByteArray(0xFFFFFF - 40, 'c') }, "") } })
+            << WriteError::tooLarge << QString();
+        QTest::newRow("picture block shorter than its picture")
+            << true
+            << build::flacFile({ { 0, si }, { 6, picture, quint32(picture.size() - 100) }, { 4, comment } })
+            << WriteError::damagedMetadata << QString();
+        QTest::newRow("comment block shorter than its comments")
+            << true
+            << build::flacFile(
+                   { { 0, si }, { 4, comment, quint32(comment.size() - 20) }, { 1, QByteArray(40, '\0') } })
+            << WriteError::damagedMetadata << QString();
+        QTest::newRow("comment block longer than its comments")
+            << true << build::flacFile({ { 0, si }, { 4, comment + QByteArray(8, '\0') } })
+            << WriteError::damagedMetadata << QString();
+        QTest::newRow("block running past the end")
+            << true << build::flacFile({ { 0, si }, { 1, "pad", 1000 } }, {}) << WriteError::damagedMetadata
+            << QString();
+        QTest::newRow("no last-block flag") << true << build::flacFile({ { 0, si }, { 1, "pad" } }, {}, false)
+                                            << WriteError::damagedMetadata << QString();
+        QTest::newRow("no STREAMINFO first") << true << build::flacFile({ { 4, comment }, { 0, si } })
+                                             << WriteError::damagedMetadata << QString();
+        QTest::newRow("short STREAMINFO")
+            << true << build::flacFile({ { 0, si.first(30) } }) << WriteError::damagedMetadata << QString();
+        QTest::newRow("seek table of broken points")
+            << true << build::flacFile({ { 0, si }, { 3, QByteArray(20, 'S') } })
+            << WriteError::damagedMetadata << QString();
+        QTest::newRow("invalid block type") << true << build::flacFile({ { 0, si }, { 127, "x" } })
+                                            << WriteError::damagedMetadata << QString();
         QTest::newRow("unknown major version")
-            << QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) << WriteError::unsupportedFormat
-            << "unsupported ID3v2 version 2.7";
+            << false << QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) + build::mpegAudio()
+            << WriteError::unsupportedFormat << "unsupported ID3v2 version 2.7";
         QTest::newRow("compressed ID3v2.2 tag")
-            << build::id3Tag(2, id3Frame(2, "TT2", id3Text("x", 0)), 0x40) << WriteError::unsupportedFormat
-            << "a compressed ID3v2.2 tag";
+            << false << build::id3Tag(2, id3Frame(2, "TT2", id3Text("x", 0)), 0x40)
+            << WriteError::unsupportedFormat << "a compressed ID3v2.2 tag";
         QTest::newRow("frame running past the tag")
+            << false
             << build::id3Tag(3, id3Frame(3, "TCON", id3Text("g")) + "TPE2" + build::be32(5000) + "xx")
             << WriteError::damagedMetadata
             << "the ID3v2 tag is damaged: the frame TPE2 runs past the end of the tag";
         QTest::newRow("bytes that are neither frames nor padding")
+            << false
             << build::id3Tag(
                    3, id3Frame(3, "TCON", id3Text("g")) + "garbage!!!!" + id3Frame(3, "TPE1", id3Text("a")))
             << WriteError::damagedMetadata
@@ -269,15 +336,19 @@ private Q_SLOTS:
 
     void refused()
     {
-        QFETCH(QByteArray, oldTag);
+        QFETCH(bool, flac);
+        QFETCH(QByteArray, input);
         QFETCH(WriteError, error);
         QFETCH(QString, detail);
-        const Result r = writeID3Tags(oldTag + build::mpegAudio(), newTitle);
+        const TagEdit edit
+            = TagEdit::fromValues(QStringLiteral("a long enough title"), std::nullopt, std::nullopt);
+        const Result r = flac ? writeFLACTags(input, edit) : writeID3Tags(input, edit);
         QVERIFY(!r);
         QCOMPARE(r.error, error);
-        QCOMPARE(r.detail, detail);
+        if (!detail.isEmpty())
+            QCOMPARE(r.detail, detail);
     }
 };
 
-QTEST_GUILESS_MAIN(TestId3Writer)
-#include "tst_id3_writer.moc"
+QTEST_GUILESS_MAIN(TestTagWriters)
+#include "tst_tag_writers.moc"
