@@ -84,24 +84,19 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
             *errOut = err;
         return std::nullopt;
     };
-    const QByteArray name = QFile::encodeName(path);
-    struct stat st;
-    if (::stat(name.constData(), &st) != 0)
-        return failed(errno);
-    if (S_ISDIR(st.st_mode))
-        return failed(EISDIR);
-    if (!S_ISREG(st.st_mode))
-        return failed(EINVAL, QStringLiteral("%1 is not a regular file").arg(path));
-    // Non-blocking, should the path turn into a FIFO since the look above.
-    const int fd = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    // Non-blocking: opening a FIFO must not wait for a writer; it is refused below.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return failed(errno);
     const auto closeAndFail = [&](int err, const QString &what = {}) {
         ::close(fd);
         return failed(err, what);
     };
+    struct stat st;
     if (::fstat(fd, &st) != 0)
         return closeAndFail(errno);
+    if (S_ISDIR(st.st_mode))
+        return closeAndFail(EISDIR);
     if (!S_ISREG(st.st_mode))
         return closeAndFail(EINVAL, QStringLiteral("%1 is not a regular file").arg(path));
     WholeFile file { QByteArray(st.st_size, Qt::Uninitialized), identityOf(st) };
@@ -118,12 +113,10 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
     }
     // A file that moved while it was read (still being copied, edited by
     // another program) is not the one the bytes describe.
-    char extra;
-    const bool grew = got == file.data.size() && ::read(fd, &extra, 1) > 0;
     if (::fstat(fd, &st) != 0)
         return closeAndFail(errno);
     ::close(fd);
-    if (got != file.data.size() || grew || !(identityOf(st) == file.identity))
+    if (got != file.data.size() || !(identityOf(st) == file.identity))
         return failed(ESTALE, QStringLiteral("%1 changed while it was read").arg(path));
     return file;
 }
@@ -209,20 +202,19 @@ bool AtomicReplace::copyAttributes(const struct stat &st)
     // Extended attributes, the ACL among them (it sets the group bits anew, to
     // the same mask). Security labels are the system's to give.
     const QByteArray target = QFile::encodeName(m_target);
-    QByteArray names;
+    QByteArray names(1024, Qt::Uninitialized);
     for (;;) {
-        const ssize_t size = ::llistxattr(target.constData(), nullptr, 0);
-        if (size < 0)
-            return errno == ENOTSUP
-                || fail(QStringLiteral("cannot list the attributes of %1").arg(m_target), errno);
-        names.resize(size);
         const ssize_t got = ::llistxattr(target.constData(), names.data(), size_t(names.size()));
         if (got >= 0) {
             names.resize(got);
             break;
         }
-        if (errno != ERANGE)
+        if (errno == ENOTSUP)
+            return true;
+        const ssize_t size = errno == ERANGE ? ::llistxattr(target.constData(), nullptr, 0) : -1;
+        if (size < 0)
             return fail(QStringLiteral("cannot list the attributes of %1").arg(m_target), errno);
+        names.resize(size);
     }
     for (const QByteArray &name : names.split('\0')) {
         if (name.isEmpty() || name.startsWith("security."))

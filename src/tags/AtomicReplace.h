@@ -58,6 +58,8 @@ public:
     // to get a named temporary file, whose name temporaryPath() tells.
     void setNamedTemporary(bool named) { m_named = named; }
     QString temporaryPath() const { return m_tempPath; }
+    // The file replaced: through a symbolic link, the file it points at.
+    QString target() const { return m_target; }
     bool commit();
 
     // Leaves the fsync of the folder to the caller (syncFolder below), who
@@ -114,8 +116,8 @@ struct WholeFile
 };
 
 // Reads a whole regular file. A path that names no regular file is refused
-// before anything is opened for reading (a FIFO would block), and so is a file
-// that changed while it was read. On failure `why` says what went wrong and
+// (it is opened without blocking, so a FIFO doesn't wait for a writer), and so
+// is a file that changed while it was read. On failure `why` says what went wrong and
 // `err` holds the errno (ENOENT, EISDIR, EINVAL for other non-regular files,
 // ESTALE when it changed, or the failed call's).
 std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *err = nullptr);

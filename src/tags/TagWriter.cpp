@@ -119,15 +119,14 @@ PendingSave prepare(const QString &path, const TagEdit &edit, const Options &opt
     if (plan.action == SavePlan::Action::nothing)
         return finished({});
 
-    // The folder the new file goes to: the one of the file a link points at.
-    const QString folder = QFileInfo(path).canonicalPath();
+    PendingSave pending { std::nullopt, std::make_unique<AtomicReplace>(path),
+        mayStillBeWritten(file->identity) ? readAt + settleTime : readAt };
+    const QString folder = QFileInfo(pending.replace->target()).path();
     if (!options.cleanedFolders || !options.cleanedFolders->contains(folder)) {
         AtomicReplace::removeLeftovers(folder);
         if (options.cleanedFolders)
             options.cleanedFolders->insert(folder);
     }
-    PendingSave pending { std::nullopt, std::make_unique<AtomicReplace>(path),
-        mayStillBeWritten(file->identity) ? readAt + settleTime : readAt };
     AtomicReplace &replace = *pending.replace;
     replace.setExpected(file->identity);
     replace.setSyncFolder(options.syncFolder);
@@ -177,7 +176,6 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
 
     struct Group
     {
-        qsizetype first = 0;
         std::vector<PendingSave> saves;
     };
     const auto flush = [](Group &group) {
@@ -187,11 +185,11 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
         }
     };
     const auto finish = [&](Group &group) {
-        for (qsizetype i = 0; i < qsizetype(group.saves.size()); ++i) {
-            const bool wrote = group.saves[i].replace != nullptr;
-            results.append(commit(group.saves[i]));
-            const QString folder = QFileInfo(paths.at(group.first + i)).canonicalPath();
-            if (wrote && results.last() && !folders.contains(folder))
+        for (PendingSave &pending : group.saves) {
+            results.append(commit(pending));
+            if (!pending.replace || !results.last())
+                continue;
+            if (const QString folder = QFileInfo(pending.replace->target()).path(); !folders.contains(folder))
                 folders.append(folder);
         }
     };
@@ -199,7 +197,7 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
     Group flushing;
     std::future<void> flushed;
     for (qsizetype start = 0; start < paths.size();) {
-        Group group { start, {} };
+        Group group;
         qint64 bytes = 0;
         for (; start < paths.size() && qsizetype(group.saves.size()) < groupFiles && bytes < groupBytes;
              ++start) {
