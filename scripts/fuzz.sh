@@ -9,13 +9,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
 build=build-fuzz
-targets=(flac_walk vorbis_comment flac_writer id3_writer caf)
-targets+=(service_json update_feed)
 
 if [ ! -f "$build/build.ninja" ]; then
   cmake --preset fuzz > /dev/null
 fi
 cmake --build "$build" -j "${FUZZ_JOBS:-2}" --target fuzz_all
+read -r -a targets <<< "$(tr ';' ' ' < "$build/fuzz/targets.txt")"
 python3 tests/fuzz/seeds.py "$build/seeds"
 # Text formats keep their seeds as files.
 for dir in tests/fuzz/seeds/*/; do

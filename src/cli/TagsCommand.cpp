@@ -4,7 +4,36 @@
 #include "model/JsonWriter.h"
 #include "tags/TagReader.h"
 
+#include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+// Why a path can't be read as a song, or nothing when it can.
+QString unreadableBecause(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    struct stat st;
+    if (::stat(name.constData(), &st) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? QStringLiteral("there is no such file")
+                                                   : QString::fromLocal8Bit(std::strerror(errno));
+    if (S_ISDIR(st.st_mode))
+        return QStringLiteral("it is a folder, not a file");
+    if (!S_ISREG(st.st_mode))
+        return QStringLiteral("it is not a regular file");
+    if (::faccessat(AT_FDCWD, name.constData(), R_OK, AT_EACCESS) != 0)
+        return QStringLiteral("the file cannot be read (%1)")
+            .arg(QString::fromLocal8Bit(std::strerror(errno)));
+    return {};
+}
+
+} // namespace
 
 int cli::tags(const QStringList &args)
 {
@@ -16,15 +45,14 @@ int cli::tags(const QStringList &args)
     QByteArray buffer;
     buffer.reserve(1 << 16);
     for (const QString &arg : args) {
-        const QFileInfo file(arg);
-        const QString path = file.absoluteFilePath();
-        const FileTags info = readTrackInfo(path);
-        // Reading never fails; only a file with nothing to show is looked at.
-        if (info.metadata.isEmpty() && !info.duration && !file.isFile()) {
-            error(QStringLiteral("%1: no such file").arg(arg));
+        // Reading never fails, so what would make it read nothing is told here.
+        if (const QString why = unreadableBecause(arg); !why.isEmpty()) {
+            error(QStringLiteral("%1: %2").arg(arg, why));
             code = 1;
             continue;
         }
+        const QString path = QFileInfo(arg).absoluteFilePath();
+        const FileTags info = readTrackInfo(path);
         JsonWriter json;
         json.beginObject();
         json.key(u"path");

@@ -48,9 +48,9 @@ int cli::write(const QStringList &args)
         return writeUsage();
     const QList<SaveResult> results = saveTags(files, edit);
     int code = 0;
-    for (const SaveResult &result : results) {
-        if (!result) {
-            error(result.reason);
+    for (qsizetype i = 0; i < results.size(); ++i) {
+        if (!results[i]) {
+            error(results[i].message(files[i]));
             code = 1;
         }
     }

@@ -6,13 +6,15 @@
 #include <QHash>
 #include <QMutex>
 #include <QRandomGenerator>
-
-#include <atomic>
+#include <QRegularExpression>
 
 #include <cerrno>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -34,54 +36,6 @@ FlushClock &flushClock()
 
 } // namespace
 
-namespace tagio::faults {
-
-namespace {
-std::atomic<int> countdown[stepCount];
-std::atomic<int> errors[stepCount];
-std::atomic<qint64> partialBytes { 0 };
-} // namespace
-
-void inject(Step step, int nthCall, int err)
-{
-    countdown[step] = nthCall;
-    errors[step] = err;
-}
-
-void clear()
-{
-    for (int i = 0; i < stepCount; ++i)
-        countdown[i] = 0;
-    partialBytes = 0;
-}
-
-bool shouldFail(Step step)
-{
-    int n = countdown[step].load();
-    while (n > 0) {
-        if (countdown[step].compare_exchange_weak(n, n - 1)) {
-            if (n == 1) {
-                errno = errors[step].load();
-                return true;
-            }
-            return false;
-        }
-    }
-    return false;
-}
-
-void setPartialWriteBytes(qint64 bytes)
-{
-    partialBytes = bytes;
-}
-
-qint64 partialWriteBytes()
-{
-    return partialBytes;
-}
-
-} // namespace tagio::faults
-
 namespace {
 
 QString systemError(int err)
@@ -93,14 +47,6 @@ bool writeAll(int fd, const char *data, qint64 size)
 {
     qint64 done = 0;
     while (done < size) {
-        if (tagio::faults::shouldFail(tagio::faults::writeData)) {
-            const int err = errno;
-            const qint64 partial = std::min(tagio::faults::partialWriteBytes(), size - done);
-            if (partial > 0 && ::write(fd, data + done, size_t(partial)) < 0)
-                return false;
-            errno = err;
-            return false;
-        }
         const ssize_t n = ::write(fd, data + done, size_t(std::min<qint64>(size - done, 1 << 30)));
         if (n < 0 && errno == EINTR)
             continue;
@@ -114,49 +60,65 @@ bool writeAll(int fd, const char *data, qint64 size)
     return true;
 }
 
+FileIdentity identityOf(const struct stat &st)
+{
+    return { st.st_dev, st.st_ino, st.st_size, st.st_mtim, st.st_ctim };
+}
+
 } // namespace
 
-std::optional<QByteArray> readWholeFile(const QString &path, QString *why)
+bool FileIdentity::operator==(const FileIdentity &o) const
 {
-    const auto failed = [&](int err) -> std::optional<QByteArray> {
+    const auto same
+        = [](const timespec &a, const timespec &b) { return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec; };
+    return device == o.device && inode == o.inode && size == o.size && same(modified, o.modified)
+        && same(changed, o.changed);
+}
+
+std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *errOut)
+{
+    const auto failed = [&](int err, const QString &what = {}) -> std::optional<WholeFile> {
         if (why)
-            *why = QStringLiteral("cannot read %1: %2").arg(path, systemError(err));
+            *why = what.isEmpty() ? QStringLiteral("cannot read %1: %2").arg(path, systemError(err)) : what;
+        if (errOut)
+            *errOut = err;
         return std::nullopt;
     };
-    if (tagio::faults::shouldFail(tagio::faults::readWhole))
-        return failed(errno);
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    // Non-blocking: opening a FIFO must not wait for a writer; it is refused below.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return failed(errno);
+    const auto closeAndFail = [&](int err, const QString &what = {}) {
+        ::close(fd);
+        return failed(err, what);
+    };
     struct stat st;
-    if (::fstat(fd, &st) != 0) {
-        const int err = errno;
-        ::close(fd);
-        return failed(err);
-    }
-    if (!S_ISREG(st.st_mode)) {
-        ::close(fd);
-        return failed(S_ISDIR(st.st_mode) ? EISDIR : EINVAL);
-    }
-    QByteArray data;
-    data.resize(st.st_size);
+    if (::fstat(fd, &st) != 0)
+        return closeAndFail(errno);
+    if (S_ISDIR(st.st_mode))
+        return closeAndFail(EISDIR);
+    if (!S_ISREG(st.st_mode))
+        return closeAndFail(EINVAL, QStringLiteral("%1 is not a regular file").arg(path));
+    WholeFile file { QByteArray(st.st_size, Qt::Uninitialized), identityOf(st) };
     qint64 got = 0;
-    while (got < data.size()) {
-        const ssize_t n = ::read(fd, data.data() + got, size_t(data.size() - got));
+    while (got < file.data.size()) {
+        const ssize_t n = ::read(fd, file.data.data() + got, size_t(file.data.size() - got));
         if (n < 0 && errno == EINTR)
             continue;
-        if (n < 0) {
-            const int err = errno;
-            ::close(fd);
-            return failed(err);
-        }
+        if (n < 0)
+            return closeAndFail(errno);
         if (n == 0)
-            break; // the file shrank while we read it; take what is there
+            break;
         got += n;
     }
+    // A file that moved while it was read (still being copied, edited by
+    // another program) is not the one the bytes describe.
+    if (::fstat(fd, &st) != 0)
+        return closeAndFail(errno);
     ::close(fd);
-    data.resize(got);
-    return data;
+    if (got != file.data.size() || !(identityOf(st) == file.identity))
+        return failed(ESTALE, QStringLiteral("%1 changed while it was read").arg(path));
+    return file;
 }
 
 AtomicReplace::AtomicReplace(const QString &target)
@@ -182,13 +144,14 @@ bool AtomicReplace::fail(const QString &what, int err)
 
 void AtomicReplace::discard()
 {
-    if (m_fd >= 0) {
-        ::close(m_fd);
-        m_fd = -1;
-    }
     if (!m_tempPath.isEmpty()) {
         ::unlink(QFile::encodeName(m_tempPath).constData());
         m_tempPath.clear();
+    }
+    // Closed after the unlink: the lock keeps removeLeftovers() off meanwhile.
+    if (m_fd >= 0) {
+        ::close(m_fd);
+        m_fd = -1;
     }
 }
 
@@ -202,26 +165,71 @@ bool AtomicReplace::create()
     m_pattern = info.absolutePath() + QStringLiteral("/.") + info.completeBaseName()
         + QStringLiteral(".tarnwell-XXXXXX") + suffix;
     m_suffixLength = int(QFile::encodeName(suffix).size());
-    if (tagio::faults::shouldFail(tagio::faults::createTemporary))
-        return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
+    const QString cannotCreate
+        = QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath());
     // A file without a name where the file system allows it: should the
     // program be killed before the rename, nothing is left behind.
-    if (!m_named)
-        m_fd = ::open(QFile::encodeName(info.absolutePath()).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+    if (!m_named) {
+        m_fd = ::open(
+            QFile::encodeName(info.absolutePath()).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        // Only a file system without O_TMPFILE gets a second way; a folder
+        // that can't be written refuses both.
+        if (m_fd < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)
+            return fail(cannotCreate, errno);
+    }
     m_anonymous = m_fd >= 0;
     if (!m_anonymous) {
         QByteArray pattern = QFile::encodeName(m_pattern);
         m_fd = ::mkostemps(pattern.data(), m_suffixLength, O_CLOEXEC);
         if (m_fd < 0)
-            return fail(QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath()), errno);
+            return fail(cannotCreate, errno);
         m_tempPath = QFile::decodeName(pattern);
     }
-    // The new file must look like the old one: same permission bits, and the
-    // same owner when we are allowed to give it (running as root).
+    ::flock(m_fd, LOCK_EX | LOCK_NB);
+    return copyAttributes(st);
+}
+
+bool AtomicReplace::copyAttributes(const struct stat &st)
+{
+    // Owner and group first: a change of owner clears the set-id bits.
+    if (st.st_uid != ::geteuid() || st.st_gid != ::getegid()) {
+        if (::fchown(m_fd, st.st_uid, st.st_gid) != 0)
+            (void)::fchown(m_fd, uid_t(-1), st.st_gid); // a group the user belongs to
+    }
     if (::fchmod(m_fd, st.st_mode & 07777) != 0)
         return fail(QStringLiteral("cannot set permissions on %1").arg(m_target), errno);
-    if (::geteuid() == 0 && (st.st_uid != ::geteuid() || st.st_gid != ::getegid()))
-        (void)::fchown(m_fd, st.st_uid, st.st_gid);
+
+    // Extended attributes, the ACL among them (it sets the group bits anew, to
+    // the same mask). Security labels are the system's to give.
+    const QByteArray target = QFile::encodeName(m_target);
+    QByteArray names(1024, Qt::Uninitialized);
+    for (;;) {
+        const ssize_t got = ::llistxattr(target.constData(), names.data(), size_t(names.size()));
+        if (got >= 0) {
+            names.resize(got);
+            break;
+        }
+        if (errno == ENOTSUP)
+            return true;
+        const ssize_t size = errno == ERANGE ? ::llistxattr(target.constData(), nullptr, 0) : -1;
+        if (size < 0)
+            return fail(QStringLiteral("cannot list the attributes of %1").arg(m_target), errno);
+        names.resize(size);
+    }
+    for (const QByteArray &name : names.split('\0')) {
+        if (name.isEmpty() || name.startsWith("security."))
+            continue;
+        QByteArray value;
+        ssize_t size = ::lgetxattr(target.constData(), name.constData(), nullptr, 0);
+        if (size >= 0) {
+            value.resize(size);
+            size = ::lgetxattr(target.constData(), name.constData(), value.data(), size_t(value.size()));
+        }
+        if (size < 0 || ::fsetxattr(m_fd, name.constData(), value.constData(), size_t(size), 0) != 0)
+            return fail(
+                QStringLiteral("cannot keep the attribute %1 of %2").arg(QString::fromLatin1(name), m_target),
+                errno);
+    }
     return true;
 }
 
@@ -260,20 +268,26 @@ bool AtomicReplace::commit()
 {
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
-    if (m_flushData && (tagio::faults::shouldFail(tagio::faults::syncFile) || ::fsync(m_fd) != 0))
+    if (m_flushData && ::fsync(m_fd) != 0)
         return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
     if (m_anonymous && !linkAnonymous())
         return fail(QStringLiteral("cannot name the new %1").arg(m_target), errno);
-    if (::close(m_fd) != 0) {
-        m_fd = -1;
-        return fail(QStringLiteral("cannot close the new %1").arg(m_target), errno);
+    // The last look before the rename: the file must still be the one read.
+    if (m_expected) {
+        struct stat st;
+        if (::stat(QFile::encodeName(m_target).constData(), &st) != 0 || !(identityOf(st) == *m_expected)) {
+            m_targetChanged = true;
+            m_error = QStringLiteral("%1 changed while saving; nothing was written").arg(m_target);
+            discard();
+            return false;
+        }
     }
-    m_fd = -1;
-    if (tagio::faults::shouldFail(tagio::faults::renameFile)
-        || ::rename(QFile::encodeName(m_tempPath).constData(), QFile::encodeName(m_target).constData()) != 0)
+    if (::rename(QFile::encodeName(m_tempPath).constData(), QFile::encodeName(m_target).constData()) != 0)
         return fail(QStringLiteral("cannot replace %1").arg(m_target), errno);
     m_tempPath.clear();
     m_committed = true;
+    ::close(m_fd);
+    m_fd = -1;
     // The rename itself is durable only once the folder is on disk.
     if (m_syncFolder)
         syncFolder(QFileInfo(m_target).absolutePath());
@@ -298,12 +312,37 @@ bool AtomicReplace::flushFileSystem()
         QMutexLocker lock(&clock.mutex);
         startedAt = ++clock.ticks;
     }
-    if (tagio::faults::shouldFail(tagio::faults::syncFile) || ::syncfs(m_fd) != 0)
+    if (::syncfs(m_fd) != 0)
         return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
     QMutexLocker lock(&clock.mutex);
     quint64 &done = clock.completed[st.st_dev];
     done = std::max(done, startedAt);
     return true;
+}
+
+void AtomicReplace::removeLeftovers(const QString &folder)
+{
+    static const QRegularExpression ours(QStringLiteral("^\\..+\\.tarnwell-[A-Za-z0-9]{6}(\\.[^.]*)?$"));
+    const QByteArray path = QFile::encodeName(folder);
+    DIR *dir = ::opendir(path.constData());
+    if (!dir)
+        return;
+    const int dirFd = ::dirfd(dir);
+    while (const dirent *entry = ::readdir(dir)) {
+        if (entry->d_name[0] != '.' || !ours.match(QFile::decodeName(entry->d_name)).hasMatch())
+            continue;
+        const int fd = ::openat(dirFd, entry->d_name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+        if (fd < 0)
+            continue;
+        struct stat opened, named;
+        // Unlocked: its writer is gone. The name must still lead to the file locked.
+        if (::flock(fd, LOCK_EX | LOCK_NB) == 0 && ::fstat(fd, &opened) == 0 && S_ISREG(opened.st_mode)
+            && ::fstatat(dirFd, entry->d_name, &named, AT_SYMLINK_NOFOLLOW) == 0
+            && opened.st_ino == named.st_ino && opened.st_dev == named.st_dev)
+            ::unlinkat(dirFd, entry->d_name, 0);
+        ::close(fd);
+    }
+    ::closedir(dir);
 }
 
 void syncFolder(const QString &folder)

@@ -7,13 +7,37 @@
 
 #include <optional>
 
+#include <sys/types.h>
+#include <time.h>
+
+// Which file a path names, and as of when: two looks at a path that give the
+// same identity saw the same, unchanged file (a write moves the modification
+// time, a rename the inode, chmod, chown, link and xattr changes the change time).
+struct FileIdentity
+{
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    timespec modified {};
+    timespec changed {};
+
+    bool operator==(const FileIdentity &o) const;
+};
+
 // Replaces a file with new contents so that the folder holds either the old or
-// the new file, whole, at every moment: a temporary file in the same folder
-// (same permissions and owner as the file it replaces), written, fsync'ed,
-// renamed over the target, then the folder fsync'ed. The temporary file has no
-// name until just before the rename where the file system allows (O_TMPFILE),
-// so a killed program leaves nothing behind; elsewhere it is a hidden file. It
-// is removed on every failure, and by the destructor when commit() never ran.
+// the new file, whole, at every moment: a temporary file in the same folder,
+// written, fsync'ed, renamed over the target, then the folder fsync'ed.
+//
+// The new file looks like the old one: permission bits, owner and group (as far
+// as the process may give them) and extended attributes, ACLs among them. The
+// rename happens only while the target is still the file that was read (see
+// setExpected); otherwise nothing is written and both files stay as they are.
+//
+// The temporary file has no name until just before the rename where the file
+// system allows (O_TMPFILE); elsewhere, and for writers that need a name, it is
+// a hidden file ".NAME.tarnwell-XXXXXX.EXT". Its writer holds a lock on it, so
+// that removeLeftovers() can tell the files of a killed save from live ones.
+// It is removed on every failure, and by the destructor when commit() never ran.
 class AtomicReplace
 {
 public:
@@ -21,6 +45,10 @@ public:
     ~AtomicReplace();
     AtomicReplace(const AtomicReplace &) = delete;
     AtomicReplace &operator=(const AtomicReplace &) = delete;
+
+    // The identity the target had when it was read; commit() refuses to
+    // replace anything else.
+    void setExpected(const FileIdentity &identity) { m_expected = identity; }
 
     // Creates the temporary file; the suffix keeps the target's extension so that
     // tools that go by the name treat it alike.
@@ -30,6 +58,8 @@ public:
     // to get a named temporary file, whose name temporaryPath() tells.
     void setNamedTemporary(bool named) { m_named = named; }
     QString temporaryPath() const { return m_tempPath; }
+    // The file replaced: through a symbolic link, the file it points at.
+    QString target() const { return m_target; }
     bool commit();
 
     // Leaves the fsync of the folder to the caller (syncFolder below), who
@@ -45,11 +75,18 @@ public:
 
     // Why the last step failed, for the log and the command line.
     QString errorString() const { return m_error; }
+    // True when commit() found the target changed since it was read.
+    bool targetChanged() const { return m_targetChanged; }
+
+    // Removes the temporary files that saves killed half-way left in a folder:
+    // ours by their name, no longer locked by a living writer.
+    static void removeLeftovers(const QString &folder);
 
 private:
     bool fail(const QString &what, int err);
     void discard();
     bool linkAnonymous();
+    bool copyAttributes(const struct stat &st);
 
     QString m_target;
     QString m_tempPath; // empty while the temporary file has no name
@@ -61,28 +98,26 @@ private:
     bool m_committed = false;
     bool m_syncFolder = true;
     bool m_flushData = true;
+    bool m_targetChanged = false;
+    std::optional<FileIdentity> m_expected;
     // The flush clock when the contents were written (see flushFileSystem).
     quint64 m_writtenAt = 0;
     QString m_error;
 };
 
-// Failures the tests inject where root ignores permissions or no small file
-// system can be mounted. Each counts down on the matching system call and
-// fails it (with the given errno) when it reaches 1; 0 means never.
-namespace tagio::faults {
-enum Step { readWhole, createTemporary, writeData, syncFile, renameFile, stepCount };
-void inject(Step step, int nthCall, int err);
-void clear();
-// Used by the I/O code: true when this call must fail, with errno set.
-bool shouldFail(Step step);
-// A write that fails half-way: at most this many bytes are written before the
-// injected writeData failure.
-void setPartialWriteBytes(qint64 bytes);
-qint64 partialWriteBytes();
-} // namespace tagio::faults
-
 // Flushes a folder's entries (renames into it) to disk.
 void syncFolder(const QString &folder);
 
-// Reads a whole regular file; nothing when it can't be opened or read.
-std::optional<QByteArray> readWholeFile(const QString &path, QString *why);
+// A whole regular file as read, with the identity it had meanwhile.
+struct WholeFile
+{
+    QByteArray data;
+    FileIdentity identity;
+};
+
+// Reads a whole regular file. A path that names no regular file is refused
+// (it is opened without blocking, so a FIFO doesn't wait for a writer), and so
+// is a file that changed while it was read. On failure `why` says what went wrong and
+// `err` holds the errno (ENOENT, EISDIR, EINVAL for other non-regular files,
+// ESTALE when it changed, or the failed call's).
+std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *err = nullptr);

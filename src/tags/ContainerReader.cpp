@@ -2,6 +2,7 @@
 #include "ContainerReader.h"
 
 #include "CafReader.h"
+#include "MpegTags.h"
 #include "TagLibStream.h"
 #include "VorbisComment.h"
 #include "model/Log.h"
@@ -9,16 +10,13 @@
 #include <taglib/aifffile.h>
 #include <taglib/attachedpictureframe.h>
 #include <taglib/id3v1genres.h>
-#include <taglib/id3v1tag.h>
 #include <taglib/id3v2framefactory.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/infotag.h>
 #include <taglib/mp4file.h>
-#include <taglib/mpegfile.h>
 #include <taglib/tdebuglistener.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/wavfile.h>
-
 
 namespace container {
 
@@ -78,23 +76,9 @@ void ensureTagLibSetUp()
 
 namespace {
 
-// Numeric ID3v1 genre references ("17", "(17)") become their names.
-QString genreText(const TagLib::StringList &fields)
+QString genreName(int number)
 {
-    QStringList parts;
-    for (const TagLib::String &f : fields) {
-        QString s = toQString(f);
-        bool numeric = false;
-        const int n = s.toInt(&numeric);
-        if (numeric && n >= 0 && n < 256) {
-            const TagLib::String name = TagLib::ID3v1::genre(n);
-            if (!name.isEmpty())
-                s = toQString(name);
-        }
-        if (!s.isEmpty() && !parts.contains(s))
-            parts.append(s);
-    }
-    return parts.join(u'/');
+    return toQString(TagLib::ID3v1::genre(number));
 }
 
 void appendId3v2(QList<Item> &items, const TagLib::ID3v2::Tag *tag, int want)
@@ -121,29 +105,16 @@ void appendId3v2(QList<Item> &items, const TagLib::ID3v2::Tag *tag, int want)
                 item.commonKey = CommonKey::albumName;
             if (const auto *text = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(frame)) {
                 // Several values (ID3v2.4) are joined the way ID3v2.3 writes them.
-                const QString s = id == "TCON" ? genreText(text->fieldList())
-                                               : toQString(text->fieldList().toString("/"));
+                QStringList values;
+                for (const TagLib::String &field : text->fieldList())
+                    values.append(toQString(field));
+                const QString s = id == "TCON" ? genreText(values, genreName) : values.join(u'/');
                 if (!s.isEmpty())
                     item.text = s;
             }
         }
         items.append(std::move(item));
     }
-}
-
-void appendId3v1(QList<Item> &items, const TagLib::ID3v1::Tag *tag)
-{
-    if (!tag)
-        return;
-    const auto add = [&](std::optional<CommonKey> common, const char *key, const TagLib::String &value) {
-        const QString s = toQString(value).trimmed();
-        if (!s.isEmpty())
-            items.append(Item { common, QString::fromLatin1(key), s, std::nullopt });
-    };
-    add(CommonKey::title, "title", tag->title());
-    add(CommonKey::artist, "artist", tag->artist());
-    add(CommonKey::albumName, "album", tag->album());
-    add(std::nullopt, "genre", tag->genre());
 }
 
 void appendInfo(QList<Item> &items, const TagLib::RIFF::Info::Tag *tag)
@@ -192,25 +163,6 @@ std::optional<double> seconds(const TagLib::AudioProperties *p)
     if (!p || p->lengthInMilliseconds() <= 0)
         return std::nullopt;
     return p->lengthInMilliseconds() / 1000.0;
-}
-
-Contents readMpeg(const QString &path, int want)
-{
-    Contents c;
-    TagLibStream stream(path);
-    TagLib::MPEG::File file(
-        &stream, TagLib::ID3v2::FrameFactory::instance(), want & wantDuration, TagLib::AudioProperties::Fast);
-    if (!file.isValid())
-        return c;
-    if (want & (wantTags | wantPictures)) {
-        if (file.hasID3v2Tag())
-            appendId3v2(c.items, file.ID3v2Tag(), want);
-        else if (file.hasID3v1Tag())
-            appendId3v1(c.items, file.ID3v1Tag());
-    }
-    if (want & wantDuration)
-        c.duration = seconds(file.audioProperties());
-    return c;
 }
 
 Contents readWav(const QString &path, int want)
@@ -305,7 +257,7 @@ Contents read(const QString &path, const QString &lowerSuffix, int want)
 {
     ensureTagLibSetUp();
     if (lowerSuffix == u"mp3")
-        return readMpeg(path, want);
+        return mpeg::readFile(path, want);
     if (lowerSuffix == u"wav")
         return readWav(path, want);
     if (lowerSuffix == u"aiff" || lowerSuffix == u"aif")
@@ -317,6 +269,43 @@ Contents read(const QString &path, const QString &lowerSuffix, int want)
         return { info.items, (want & wantDuration) ? info.duration : std::nullopt };
     }
     return {};
+}
+
+QString genreText(const QStringList &values, QString (*nameOf)(int number))
+{
+    QStringList names;
+    const auto add = [&names](const QString &name) {
+        if (!name.isEmpty() && !names.contains(name))
+            names.append(name);
+    };
+    const auto numbered = [nameOf](const QString &text) {
+        bool numeric = false;
+        const int n = text.toInt(&numeric);
+        const QString name = numeric && n >= 0 && n < 256 ? nameOf(n) : QString();
+        return name.isEmpty() ? text : name;
+    };
+    // ID3v2.3 has one genre text, where "/" is what separates ID3v2.4's values.
+    QStringList parts;
+    for (const QString &value : values)
+        parts += value.split(u'/');
+    for (QString value : parts) {
+        // ID3v2.3 references: "(17)", "(RX)", "(CR)", any number of them, then
+        // an optional refinement; "((" starts text that begins with "(".
+        while (value.startsWith(u'(') && !value.startsWith(QStringLiteral("(("))) {
+            const qsizetype close = value.indexOf(u')');
+            if (close < 0)
+                break;
+            const QString ref = value.mid(1, close - 1);
+            add(ref == u"RX"       ? QStringLiteral("Remix")
+                    : ref == u"CR" ? QStringLiteral("Cover")
+                                   : numbered(ref));
+            value = value.sliced(close + 1);
+        }
+        if (value.startsWith(QStringLiteral("((")))
+            value = value.sliced(1);
+        add(numbered(value.trimmed()));
+    }
+    return names.join(u'/');
 }
 
 TrackMetadata metadataFromItems(const QList<Item> &items)

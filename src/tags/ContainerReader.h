@@ -52,6 +52,11 @@ void ensureTagLibSetUp();
 // case) that has text.
 TrackMetadata metadataFromItems(const QList<Item> &items);
 
+// A genre frame's values as one text: ID3v1 genre numbers, alone ("17") or as
+// references ("(17)", "(17)Rock"), become their names; "(RX)" and "(CR)" are
+// Remix and Cover; repeated names are dropped; the rest is joined with "/".
+QString genreText(const QStringList &values, QString (*nameOf)(int number));
+
 // The bytes of the first artwork item that has any.
 std::optional<QByteArray> artworkFromItems(const QList<Item> &items);
 

@@ -145,58 +145,45 @@ QByteArray mp4Payload(QByteArrayView file)
 
 } // namespace
 
-bool canWrite(const QString &lowerSuffix)
-{
-    return lowerSuffix == u"m4a" || lowerSuffix == u"wav" || lowerSuffix == u"aiff" || lowerSuffix == u"aif";
-}
-
-std::optional<QByteArray> audioPayload(const QString &lowerSuffix, QByteArrayView file)
+std::optional<QByteArray> audioPayload(audioformat::Kind kind, QByteArrayView file)
 {
     QByteArray payload;
-    if (lowerSuffix == u"wav")
+    if (kind == audioformat::Kind::wave)
         payload = riffPayload(file, false, "RIFF", "data");
-    else if (lowerSuffix == u"aiff" || lowerSuffix == u"aif")
+    else if (kind == audioformat::Kind::aiff)
         payload = riffPayload(file, true, "FORM", "SSND");
-    else if (lowerSuffix == u"m4a")
+    else if (kind == audioformat::Kind::mp4)
         payload = mp4Payload(file);
     if (payload.isEmpty())
         return std::nullopt;
     return payload;
 }
 
-QString writeFile(const QString &path, const QString &suffix, const QByteArray &oldData, const TagEdit &edit,
-    bool syncFolder)
+SaveResult writeInto(AtomicReplace &replace, const QString &path, const QString &suffix,
+    const QByteArray &oldData, const TagEdit &edit)
 {
-    const auto oldAudio = audioPayload(suffix, oldData);
+    const auto kind = audioformat::fromSuffix(suffix);
+    const auto oldAudio = audioPayload(kind, oldData);
     if (!oldAudio)
-        return QStringLiteral("no audio found in %1").arg(path);
+        return { SaveError::noAudio, {} };
     const TrackMetadata before = metadataFromItems(read(path, suffix, wantTags).items);
 
-    AtomicReplace replace(path);
-    replace.setSyncFolder(syncFolder);
     replace.setNamedTemporary(true);
     if (!replace.create() || !replace.write(oldData))
-        return replace.errorString();
+        return { SaveError::writeFailed, replace.errorString() };
     if (!applyEdit(replace.temporaryPath(), suffix, edit))
-        return QStringLiteral("TagLib could not write the tags of %1").arg(path);
+        return { SaveError::writeFailed, QStringLiteral("TagLib could not write the tags") };
 
     QString why;
     const auto newData = readWholeFile(replace.temporaryPath(), &why);
     if (!newData)
-        return why;
-    if (audioPayload(suffix, *newData) != oldAudio)
-        return QStringLiteral("the audio of %1 would have changed").arg(path);
+        return { SaveError::writeFailed, why };
+    if (audioPayload(kind, newData->data) != oldAudio)
+        return { SaveError::notVerified, QStringLiteral("the audio would have changed") };
     const TrackMetadata after = metadataFromItems(read(replace.temporaryPath(), suffix, wantTags).items);
-    const auto expect = [](const FieldEdit &f, const std::optional<QString> &old) {
-        return f.action == FieldEdit::Action::set   ? std::optional<QString>(f.value)
-            : f.action == FieldEdit::Action::remove ? std::nullopt
-                                                    : old;
-    };
-    if (after.title != expect(edit.title, before.title) || after.artist != expect(edit.artist, before.artist)
-        || after.album != expect(edit.album, before.album) || (before.genre && after.genre != before.genre))
-        return QStringLiteral("the tags of %1 did not read back as written").arg(path);
-    if (!replace.commit())
-        return replace.errorString();
+    if (after.title != edit.title.applied(before.title) || after.artist != edit.artist.applied(before.artist)
+        || after.album != edit.album.applied(before.album) || (before.genre && after.genre != before.genre))
+        return { SaveError::notVerified, QStringLiteral("the tags did not read back as written") };
     return {};
 }
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "TagEdit.h"
+#include "AudioFormat.h"
+#include "SavePlan.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -9,19 +10,21 @@
 
 #include <optional>
 
-// Title, artist and album of m4a, wav, aiff and aif files, written by TagLib in
-// each container's own tag format into a temporary copy, checked, then moved
-// over the file. Everything else in the file is left to TagLib to keep.
+class AtomicReplace;
+
+// Title, artist and album of WAV, AIFF and MP4 files, written by TagLib in each
+// container's own tag format. Everything else in the file is left to TagLib to
+// keep; the audio payload is compared byte for byte.
 namespace container {
 
-bool canWrite(const QString &lowerSuffix);
+// Makes the temporary copy of the file through `replace` (oldData, the whole
+// file as read), lets TagLib edit it by name and checks it: the same audio
+// payload, the tags read back as edited. The caller commits.
+SaveResult writeInto(AtomicReplace &replace, const QString &path, const QString &lowerSuffix,
+    const QByteArray &oldData, const TagEdit &edit);
 
-// oldData is the whole file as read. Answers an empty string on success, else why not.
-QString writeFile(const QString &path, const QString &lowerSuffix, const QByteArray &oldData,
-    const TagEdit &edit, bool syncFolder = true);
-
-// The audio bytes of a wav ("data"), aiff ("SSND") or m4a (every top-level
-// "mdat", concatenated) file; nothing when they can't be found.
-std::optional<QByteArray> audioPayload(const QString &lowerSuffix, QByteArrayView file);
+// The audio bytes of a WAV ("data"), AIFF ("SSND") or MP4 (every top-level
+// "mdat", concatenated) file; nothing when they can't be found or are empty.
+std::optional<QByteArray> audioPayload(audioformat::Kind kind, QByteArrayView file);
 
 } // namespace container

@@ -64,7 +64,7 @@ std::optional<double> streamInfoDuration(QByteArrayView body)
 
 namespace {
 
-struct Block
+struct BlockHeader
 {
     quint8 header = 0;
     qint64 bodyOffset = 0;
@@ -88,7 +88,7 @@ template<typename Window, typename Visit> bool walkBlocks(Window &file, Visit vi
         const auto header = file.read(pos, 4);
         if (!header)
             return false;
-        Block b;
+        BlockHeader b;
         b.header = quint8((*header)[0]);
         b.length = (qint64(quint8((*header)[1])) << 16) | (qint64(quint8((*header)[2])) << 8)
             | qint64(quint8((*header)[3]));
@@ -107,7 +107,7 @@ template<typename Window> FileInfo readInfo(Window &file, bool wantDuration)
 {
     FileInfo info;
     bool first = true;
-    walkBlocks(file, [&](const Block &b) {
+    walkBlocks(file, [&](const BlockHeader &b) {
         if (first && wantDuration && b.type() == streamInfoType) {
             if (const auto body = file.read(b.bodyOffset, b.length))
                 info.duration = streamInfoDuration(*body);
@@ -140,7 +140,7 @@ std::optional<QByteArray> readPicture(const QString &path)
 {
     FileWindow file(path);
     std::optional<QByteArray> picture;
-    walkBlocks(file, [&](const Block &b) {
+    walkBlocks(file, [&](const BlockHeader &b) {
         if (b.type() != pictureType)
             return true;
         if (const auto body = file.read(b.bodyOffset, b.length))
@@ -148,6 +148,69 @@ std::optional<QByteArray> readPicture(const QString &path)
         return !picture;
     });
     return picture;
+}
+
+namespace {
+
+bool isWholePicture(QByteArrayView body)
+{
+    ByteCursor c(body);
+    const auto skipCounted = [&c] {
+        const auto length = c.u32be();
+        return length && c.skip(*length);
+    };
+    return c.skip(4) && skipCounted() && skipCounted() && c.skip(16) && skipCounted() && c.atEnd();
+}
+
+QString blockDamage(const Block &b, qsizetype index)
+{
+    if ((index == 0) != (b.type == streamInfoType) || (index == 0 && b.body.size() != 34))
+        return QStringLiteral("the STREAMINFO block is missing, damaged or out of place");
+    switch (b.type) {
+    case vorbisCommentType:
+        return vorbis::comments(b.body).whole ? QString()
+                                              : QStringLiteral("a VORBIS_COMMENT block is damaged");
+    case pictureType:
+        return isWholePicture(b.body) ? QString() : QStringLiteral("a PICTURE block is damaged");
+    case 2: // APPLICATION: a 4-byte id, then its data
+        return b.body.size() >= 4 ? QString() : QStringLiteral("an APPLICATION block is damaged");
+    case 3: // SEEKTABLE
+        return b.body.size() % 18 == 0 ? QString() : QStringLiteral("a SEEKTABLE block is damaged");
+    case 127:
+        return QStringLiteral("a block has the invalid type 127");
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+Layout parseLayout(QByteArrayView file)
+{
+    Layout layout;
+    ByteCursor c(file);
+    const auto marker = c.take(4);
+    if (!marker || *marker != QByteArrayView("fLaC")) {
+        layout.damage = QStringLiteral("the file is not a FLAC stream");
+        return layout;
+    }
+    for (;;) {
+        const auto header = c.u8();
+        const std::optional<quint32> length = header ? c.u24be() : std::nullopt;
+        const std::optional<QByteArrayView> body = length ? c.take(*length) : std::nullopt;
+        if (!body) {
+            layout.damage = header && length
+                ? QStringLiteral("a metadata block runs past the end of the file")
+                : QStringLiteral("the metadata ends without its last block");
+            return layout;
+        }
+        const Block block { quint8(*header & 0x7F), *body };
+        layout.damage = blockDamage(block, layout.blocks.size());
+        layout.blocks.append(block);
+        layout.audioStart = c.position();
+        if (!layout.damage.isEmpty() || (*header & 0x80))
+            return layout;
+    }
 }
 
 } // namespace flac

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -47,6 +48,28 @@ FileInfo parseFile(QByteArrayView wholeFile, bool wantDuration = true);
 
 // The first PICTURE block of a FLAC file with picture bytes, encoded.
 std::optional<QByteArray> readPicture(const QString &path);
+
+struct Block
+{
+    quint8 type = 0;
+    QByteArrayView body;
+    bool operator==(const Block &) const = default;
+};
+
+// The metadata of a whole FLAC file in memory, for the writer: every block in
+// file order, where the audio starts, and what is damaged. A block is damaged
+// when it runs past the end of the file, when no block carries the last-block
+// flag, or when its body breaks the layout of its type (STREAMINFO first and
+// 34 bytes long, a PICTURE or VORBIS_COMMENT whose lengths don't add up to the
+// block's, a SEEKTABLE not made of 18-byte points). Damage is never read around:
+// the writer refuses the file.
+struct Layout
+{
+    QList<Block> blocks;
+    qsizetype audioStart = 0;
+    QString damage; // empty when every block is whole
+};
+Layout parseLayout(QByteArrayView file);
 
 } // namespace flac
 

@@ -4,7 +4,9 @@
 #include "ByteCursor.h"
 
 #include <QHash>
+
 #include <QStringDecoder>
+#include <algorithm>
 
 namespace id3 {
 
@@ -305,18 +307,20 @@ ParseResult parseLeadingTag(QByteArrayView data)
     QByteArray frames = data.sliced(10, size - 10).toByteArray();
     if (version < 4 && (tagFlags & 0x80))
         frames = removeUnsynchronisation(frames);
+    Tag tag { version, {}, {}, {} };
     qsizetype pos = 0;
     if (version >= 3 && (tagFlags & 0x40)) {
         ByteCursor c(frames);
         const auto extSize = version == 3 ? c.u32be() : c.synchsafe32();
-        if (!extSize)
-            return { Tag { version, {}, {} }, ParseError::noTag };
         // ID3v2.3 counts the size field out, ID3v2.4 counts it in.
-        pos = version == 3 ? qsizetype(std::min<quint64>(quint64(*extSize) + 4, quint64(frames.size())))
-                           : qsizetype(std::min<quint64>(*extSize, quint64(frames.size())));
+        const quint64 end = extSize ? (version == 3 ? quint64(*extSize) + 4 : quint64(*extSize)) : 0;
+        if (!extSize || end > quint64(frames.size())) {
+            tag.damage = QStringLiteral("the extended header runs past the end of the tag");
+            return { std::move(tag), ParseError::noTag };
+        }
+        pos = qsizetype(end);
     }
 
-    Tag tag { version, {}, {} };
     const qsizetype headerSize = version == 2 ? 6 : 10;
     const qsizetype idSize = version == 2 ? 3 : 4;
     while (frames.size() - pos >= headerSize) {
@@ -338,10 +342,18 @@ ParseResult parseLeadingTag(QByteArrayView data)
             status = *c.u8();
             format = *c.u8();
         }
-        if (bodySize > quint64(frames.size() - pos - headerSize))
-            break;
+        if (bodySize > quint64(frames.size() - pos - headerSize)) {
+            tag.damage
+                = QStringLiteral("the frame %1 runs past the end of the tag").arg(QLatin1StringView(id));
+            return { std::move(tag), ParseError::noTag };
+        }
         QByteArray body = frames.sliced(pos + headerSize, bodySize);
         pos += headerSize + bodySize;
+        if (body.isEmpty()) {
+            // A frame holds at least one byte; some readers stop at an empty one.
+            tag.dropped.append(QString::fromLatin1(id) + QStringLiteral(" (empty)"));
+            continue;
+        }
 
         if (version == 3) {
             tag.frames.append({ id.toByteArray(), quint16((status << 8) | format), std::move(body) });
@@ -370,7 +382,48 @@ ParseResult parseLeadingTag(QByteArrayView data)
             }
         }
     }
+    const QByteArrayView rest = QByteArrayView(frames).sliced(pos);
+    if (std::any_of(rest.begin(), rest.end(), [](char c) { return c != 0; }))
+        tag.damage = QStringLiteral("the tag holds bytes that are neither frames nor padding");
     return { std::move(tag), ParseError::noTag };
+}
+
+QString describe(ParseError error, QByteArrayView data)
+{
+    switch (error) {
+    case ParseError::unsupportedVersion:
+        return QStringLiteral("unsupported ID3v2 version 2.%1")
+            .arg(data.size() > 3 ? int(quint8(data[3])) : 0);
+    case ParseError::compressedTag:
+        return QStringLiteral("a compressed ID3v2.2 tag");
+    case ParseError::noTag:
+        break;
+    }
+    return QStringLiteral("no ID3v2 tag");
+}
+
+std::optional<QByteArray> pictureData(QByteArrayView body)
+{
+    ByteCursor c(body);
+    const auto encoding = c.u8();
+    if (!encoding || *encoding > 3)
+        return std::nullopt;
+    const qsizetype mimeEnd = body.indexOf('\0', c.position());
+    if (mimeEnd < 0 || !c.skip(quint64(mimeEnd - c.position()) + 1) || !c.skip(1))
+        return std::nullopt;
+    // The description ends with one NUL, or two at an even offset in UTF-16.
+    const bool wide = *encoding == 1 || *encoding == 2;
+    qsizetype end = c.position();
+    for (;; end += wide ? 2 : 1) {
+        if (end + (wide ? 1 : 0) >= body.size())
+            return std::nullopt;
+        if (body[end] == 0 && (!wide || body[end + 1] == 0))
+            break;
+    }
+    const QByteArrayView data = body.sliced(end + (wide ? 2 : 1));
+    if (data.isEmpty())
+        return std::nullopt;
+    return data.toByteArray();
 }
 
 QByteArray serialize(const Frame &frame)
@@ -390,6 +443,13 @@ std::optional<QString> decodeText(QByteArrayView body)
     if (body.isEmpty() || quint8(body[0]) > 3)
         return std::nullopt;
     return textValues(body).join(u'/');
+}
+
+QStringList decodeTextValues(QByteArrayView body)
+{
+    if (body.isEmpty() || quint8(body[0]) > 3)
+        return {};
+    return textValues(body);
 }
 
 } // namespace id3

@@ -25,7 +25,10 @@ struct Tag
 {
     int majorVersion = 0;
     QList<Frame> frames; // in tag order, up to padding or the first damaged frame
-    QStringList dropped; // frames that have no ID3v2.3 form, for the log
+    QStringList dropped; // frames that have no ID3v2.3 form or no body, for the log
+    // Why the frames stop before the padding (a frame running past the tag,
+    // bytes that are neither frames nor padding); empty for a whole tag.
+    QString damage;
 };
 
 // The size of the leading tag as the writer strips it: 10 + the synchsafe size,
@@ -43,11 +46,21 @@ struct ParseResult
 };
 ParseResult parseLeadingTag(QByteArrayView data);
 
+// What stops a tag from being carried over, for messages: "unsupported ID3v2
+// version 2.7", "a compressed ID3v2.2 tag".
+QString describe(ParseError error, QByteArrayView data);
+
+// The picture bytes of an APIC body (encoding, MIME type, picture type,
+// description, data); nothing when the body is damaged or holds no bytes.
+std::optional<QByteArray> pictureData(QByteArrayView apicBody);
+
 // One frame in ID3v2.3 layout: id, plain 32-bit size, flags, body.
 QByteArray serialize(const Frame &frame);
 
 // The text of a text frame body (encoding byte first); values separated by NUL
 // are joined with "/".
 std::optional<QString> decodeText(QByteArrayView body);
+// The same values one by one.
+QStringList decodeTextValues(QByteArrayView body);
 
 } // namespace id3

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "MetadataWriter.h"
 
-#include "ByteCursor.h"
 #include "FlacMetadata.h"
 #include "Id3Tag.h"
+#include "Id3v1Tag.h"
 #include "VorbisComment.h"
 #include "model/Log.h"
+
+#include <algorithm>
+#include <array>
 
 namespace MetadataWriter {
 
@@ -23,34 +26,53 @@ void appendU32be(QByteArray &out, quint32 v)
 
 constexpr quint32 maxId3Size = 0x0FFFFFFF;
 
-// The comments of one VORBIS_COMMENT body, raw; a damaged list gives the
-// comments before the damage.
-QList<QByteArrayView> commentsOf(QByteArrayView body)
-{
-    QList<QByteArrayView> comments;
-    ByteCursor c(body);
-    const auto vendorLength = c.u32le();
-    if (!vendorLength || !c.skip(*vendorLength))
-        return comments;
-    const auto count = c.u32le();
-    if (!count)
-        return comments;
-    for (quint32 i = 0; i < *count; ++i) {
-        const auto length = c.u32le();
-        const auto comment = length ? c.take(*length) : std::nullopt;
-        if (!comment)
-            break;
-        comments.append(*comment);
-    }
-    return comments;
-}
-
 struct FieldKey
 {
     const FieldEdit *edit;
     QLatin1StringView vorbisKey;
     const char *id3Id;
 };
+
+std::array<FieldKey, 3> fieldKeys(const TagEdit &edit)
+{
+    return { { { &edit.title, QLatin1StringView("TITLE"), "TIT2" },
+        { &edit.artist, QLatin1StringView("ARTIST"), "TPE1" },
+        { &edit.album, QLatin1StringView("ALBUM"), "TALB" } } };
+}
+
+bool hasFrame(const QList<id3::Frame> &frames, const char *id)
+{
+    return std::any_of(frames.begin(), frames.end(), [id](const id3::Frame &f) { return f.id == id; });
+}
+
+// The last frame of an id with text: what the reader shows.
+std::optional<QString> frameText(const QList<id3::Frame> &frames, const char *id)
+{
+    std::optional<QString> text;
+    for (const id3::Frame &f : frames) {
+        if (f.id == id)
+            text = id3::decodeText(f.body);
+    }
+    if (text && text->isEmpty())
+        return std::nullopt;
+    return text;
+}
+
+// Frames for what a trailing ID3v1 tag holds and the ID3v2 frames don't.
+QList<id3::Frame> foldedFrames(const id3v1::Tag &v1, const QList<id3::Frame> &frames)
+{
+    QList<id3::Frame> out;
+    const auto text = [](const QString &s) { return QByteArray(1, '\x03') + s.toUtf8(); };
+    if (!v1.year.isEmpty() && !hasFrame(frames, "TYER"))
+        out.append({ "TYER", 0, text(v1.year) });
+    if (!v1.comment.isEmpty() && !hasFrame(frames, "COMM"))
+        out.append({ "COMM", 0, QByteArray("\x03XXX\0", 5) + v1.comment.toUtf8() });
+    if (v1.track != 0 && !hasFrame(frames, "TRCK"))
+        out.append({ "TRCK", 0, text(QString::number(v1.track)) });
+    if (v1.genre <= id3v1::lastKnownGenre && !hasFrame(frames, "TCON"))
+        out.append({ "TCON", 0, text(QStringLiteral("(%1)").arg(v1.genre)) });
+    return out;
+}
 
 } // namespace
 
@@ -65,6 +87,8 @@ QString describe(WriteError error)
         return QStringLiteral("the file's format is not supported for writing");
     case WriteError::tooLarge:
         return QStringLiteral("the new tags would be too large for the format");
+    case WriteError::damagedMetadata:
+        return QStringLiteral("the file's metadata is damaged");
     }
     return {};
 }
@@ -102,35 +126,18 @@ QByteArray buildVorbisComment(const std::optional<QString> &title, const std::op
 Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
 {
     if (data.size() < 4 || !data.startsWith("fLaC"))
-        return Result::failure(WriteError::unsupportedFormat);
+        return Result::failure(WriteError::unsupportedFormat, QStringLiteral("not a FLAC stream"));
+    const flac::Layout layout = flac::parseLayout(data);
+    if (!layout.damage.isEmpty())
+        return Result::failure(WriteError::damagedMetadata, layout.damage);
 
-    struct Block
-    {
-        quint8 type;
-        QByteArrayView body;
-    };
-    QList<Block> kept;
+    QList<flac::Block> kept;
     QList<QList<QByteArrayView>> oldComments; // per old comment block
-    ByteCursor c(data);
-    c.skip(4);
-    qsizetype audioStart = c.position();
-    for (;;) {
-        const qsizetype headerAt = c.position();
-        const auto header = c.u8();
-        const auto length = c.u24be();
-        const auto body = (header && length) ? c.take(*length) : std::nullopt;
-        if (!body) {
-            audioStart = headerAt; // a damaged block is carried along as audio
-            break;
-        }
-        audioStart = c.position();
-        const quint8 type = *header & 0x7F;
-        if (type == flac::vorbisCommentType)
-            oldComments.append(commentsOf(*body));
+    for (const flac::Block &b : layout.blocks) {
+        if (b.type == flac::vorbisCommentType)
+            oldComments.append(vorbis::comments(b.body).comments);
         else
-            kept.append({ type, *body });
-        if (*header & 0x80)
-            break;
+            kept.append(b);
     }
 
     // The reader takes a field from the first comment block only, the last
@@ -142,15 +149,12 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
     if (!oldComments.isEmpty())
         ordered.append(oldComments[0]);
 
-    const FieldKey fields[] = { { &edit.title, QLatin1StringView("TITLE"), "TIT2" },
-        { &edit.artist, QLatin1StringView("ARTIST"), "TPE1" },
-        { &edit.album, QLatin1StringView("ALBUM"), "TALB" } };
     QList<QString> keys;
     for (QByteArrayView comment : ordered)
         keys.append(vorbis::upperKey(comment));
 
     QList<QByteArray> comments;
-    for (const FieldKey &f : fields) {
+    for (const FieldKey &f : fieldKeys(edit)) {
         if (f.edit->action == FieldEdit::Action::set) {
             comments.append(f.vorbisKey.toString().toUtf8() + '=' + f.edit->value.toUtf8());
         } else if (f.edit->action == FieldEdit::Action::keep) {
@@ -169,8 +173,8 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
     if (quint64(commentBody.size()) > flac::maxBlockLength)
         return Result::failure(WriteError::tooLarge);
 
-    qsizetype size = 4 + 4 + commentBody.size() + (data.size() - audioStart);
-    for (const Block &b : kept)
+    qsizetype size = 4 + 4 + commentBody.size() + (data.size() - layout.audioStart);
+    for (const flac::Block &b : kept)
         size += 4 + b.body.size();
     QByteArray out;
     out.reserve(size);
@@ -181,11 +185,11 @@ Result writeFLACTags(QByteArrayView data, const TagEdit &edit)
         out.append(char(length >> 16)).append(char(length >> 8)).append(char(length));
         out.append(body);
     };
-    for (const Block &b : kept)
+    for (const flac::Block &b : kept)
         appendBlock(b.type, b.body, false);
     appendBlock(flac::vorbisCommentType, commentBody, true);
-    out.append(data.sliced(audioStart));
-    return { std::move(out), {} };
+    out.append(data.sliced(layout.audioStart));
+    return { std::move(out), {}, {} };
 }
 
 Result writeFLACTags(QByteArrayView data, const std::optional<QString> &title,
@@ -222,59 +226,76 @@ QByteArray id3Header(quint32 framesSize)
 Result writeID3Tags(QByteArrayView data, const TagEdit &edit)
 {
     if (edit.keepsEverything())
-        return { data.toByteArray(), {} };
-    const bool setsAField = edit.title.action == FieldEdit::Action::set
-        || edit.artist.action == FieldEdit::Action::set || edit.album.action == FieldEdit::Action::set;
+        return { data.toByteArray(), {}, {} };
     QList<id3::Frame> oldFrames;
     if (id3::leadingTagSize(data) > 0) {
         id3::ParseResult parsed = id3::parseLeadingTag(data);
-        if (!parsed.tag && !setsAField)
-            return { data.toByteArray(), {} }; // nothing to write: the file stays as it is
-        if (!parsed.tag) {
-            qCDebug(lcTags) << "the old ID3v2 tag can't be carried over (version" << int(quint8(data[3]))
-                            << "flags" << Qt::hex << int(quint8(data[5])) << ")";
-            return Result::failure(WriteError::unsupportedFormat);
-        }
+        if (!parsed.tag)
+            return Result::failure(WriteError::unsupportedFormat, id3::describe(parsed.error, data));
+        if (!parsed.tag->damage.isEmpty())
+            return Result::failure(WriteError::damagedMetadata,
+                QStringLiteral("the ID3v2 tag is damaged: ") + parsed.tag->damage);
         if (!parsed.tag->dropped.isEmpty())
-            qCDebug(lcTags) << "frames without an ID3v2.3 form are left out:" << parsed.tag->dropped;
+            qCDebug(lcTags) << "frames left out of the new tag:" << parsed.tag->dropped;
         oldFrames = std::move(parsed.tag->frames);
     }
+    const QByteArrayView afterTag = stripID3v2(data);
+    const std::optional<id3v1::Tag> v1 = id3v1::parse(afterTag);
+    const QByteArrayView audio = v1 ? afterTag.chopped(id3v1::tagSize) : afterTag;
 
-    const FieldKey fields[] = { { &edit.title, QLatin1StringView("TITLE"), "TIT2" },
-        { &edit.artist, QLatin1StringView("ARTIST"), "TPE1" },
-        { &edit.album, QLatin1StringView("ALBUM"), "TALB" } };
     QByteArray frames;
-    bool anyValue = false;
-    for (const FieldKey &f : fields) {
+    std::array<QString, 3> values; // what each field reads as afterwards
+    const auto fields = fieldKeys(edit);
+    const QString v1Values[3]
+        = { v1 ? v1->title : QString(), v1 ? v1->artist : QString(), v1 ? v1->album : QString() };
+    for (int i = 0; i < 3; ++i) {
+        const FieldKey &f = fields[i];
         if (f.edit->action == FieldEdit::Action::set) {
             frames.append(id3TextFrame(f.id3Id, f.edit->value));
-            anyValue = true;
+            values[i] = f.edit->value;
         } else if (f.edit->action == FieldEdit::Action::keep) {
-            for (const id3::Frame &old : oldFrames) {
-                if (old.id == f.id3Id) {
-                    frames.append(id3::serialize(old));
-                    anyValue = anyValue || !id3::decodeText(old.body).value_or(QString()).isEmpty();
+            if (const auto old = frameText(oldFrames, f.id3Id)) {
+                for (const id3::Frame &frame : oldFrames) {
+                    if (frame.id == f.id3Id)
+                        frames.append(id3::serialize(frame));
                 }
+                values[i] = *old;
+            } else if (!v1Values[i].isEmpty()) {
+                frames.append(id3TextFrame(f.id3Id, v1Values[i]));
+                values[i] = v1Values[i];
             }
         }
     }
-    // Nothing to say about title, artist or album: the file stays as it is.
-    if (!anyValue)
-        return { data.toByteArray(), {} };
     for (const id3::Frame &old : oldFrames) {
         if (old.id != "TIT2" && old.id != "TPE1" && old.id != "TALB")
             frames.append(id3::serialize(old));
     }
+    if (v1) {
+        for (const id3::Frame &folded : foldedFrames(*v1, oldFrames))
+            frames.append(id3::serialize(folded));
+    }
     if (quint64(frames.size()) > maxId3Size)
         return Result::failure(WriteError::tooLarge);
 
-    const QByteArrayView audio = stripID3v2(data);
+    // The ID3v1 tag follows the new values, or goes when one doesn't fit it.
+    QByteArray trailer;
+    if (v1 && std::all_of(values.begin(), values.end(), id3v1::fits)) {
+        id3v1::Tag updated = *v1;
+        updated.title = values[0];
+        updated.artist = values[1];
+        updated.album = values[2];
+        trailer = id3v1::serialize(updated);
+    }
+
     QByteArray out;
-    out.reserve(10 + frames.size() + audio.size());
-    out.append(id3Header(quint32(frames.size())));
-    out.append(frames);
+    out.reserve(10 + frames.size() + audio.size() + trailer.size());
+    if (!frames.isEmpty()) {
+        out.append(id3Header(quint32(frames.size())));
+        out.append(frames);
+    }
     out.append(audio);
-    return { std::move(out), {} };
+    out.append(trailer);
+    return { std::move(out), {}, {} };
 }
 
 Result writeID3Tags(QByteArrayView data, const std::optional<QString> &title,

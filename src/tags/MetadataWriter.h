@@ -21,6 +21,7 @@ enum class WriteError {
     writeFailed,
     unsupportedFormat, // not a FLAC stream, or a tag whose frames can't be carried over
     tooLarge, // a comment block over 16,777,215 bytes or a tag over 28 bits of size
+    damagedMetadata, // a metadata block or tag frame that doesn't hold together
 };
 
 QString describe(WriteError error);
@@ -29,15 +30,16 @@ struct Result
 {
     std::optional<QByteArray> data; // the new file; absent on error
     WriteError error = WriteError::writeFailed;
+    QString detail; // what exactly is wrong, for messages
 
     explicit operator bool() const { return data.has_value(); }
-    static Result failure(WriteError e) { return { std::nullopt, e }; }
+    static Result failure(WriteError e, const QString &detail = {}) { return { std::nullopt, e, detail }; }
 };
 
 // FLAC: every metadata block but the VORBIS_COMMENT blocks is kept with its body
 // unchanged and in order; one new comment block (vendor "Tarnwell") ends the
 // metadata with TITLE, ARTIST and ALBUM first, then every other old comment.
-// Bytes after a damaged block are carried along as audio.
+// Damaged metadata (see flac::parseLayout) is refused, never carried along.
 Result writeFLACTags(QByteArrayView data, const TagEdit &edit);
 Result writeFLACTags(QByteArrayView data, const std::optional<QString> &title,
     const std::optional<QString> &artist, const std::optional<QString> &album);
@@ -48,8 +50,12 @@ QByteArray buildVorbisComment(const std::optional<QString> &title, const std::op
     const std::optional<QString> &album);
 
 // MPEG audio: the leading ID3v2 tag (if any) is replaced by an ID3v2.3 tag with
-// TIT2, TPE1 and TALB first, then the old tag's other frames in ID3v2.3 form.
-// When no field ends up with a value the input comes back unchanged.
+// TIT2, TPE1 and TALB first, then the old tag's other frames in ID3v2.3 form,
+// then what only a trailing ID3v1 tag held (a kept field, year, comment, track,
+// genre). The ID3v1 tag is brought in line with the new values, or removed when
+// one of them doesn't fit it, so no reader sees an old value. Removed fields
+// go even when no frame is left; a tag without frames is left out altogether.
+// A damaged tag, or one of an unknown version, is refused.
 Result writeID3Tags(QByteArrayView data, const TagEdit &edit);
 Result writeID3Tags(QByteArrayView data, const std::optional<QString> &title,
     const std::optional<QString> &artist, const std::optional<QString> &album);

@@ -21,6 +21,14 @@ struct FieldEdit
     // Present and non-empty: set; absent or empty: remove.
     static FieldEdit fromValue(const std::optional<QString> &v) { return v ? set(*v) : remove(); }
 
+    // The field's value after the edit, given its value before.
+    std::optional<QString> applied(const std::optional<QString> &old) const
+    {
+        return action == Action::set   ? std::optional<QString>(value)
+            : action == Action::remove ? std::nullopt
+                                       : old;
+    }
+
     bool operator==(const FieldEdit &) const = default;
 };
 

@@ -11,7 +11,8 @@
 TagLibStream::TagLibStream(const QString &path)
     : m_name(QFile::encodeName(path))
 {
-    m_fd = ::open(m_name.constData(), O_RDONLY | O_CLOEXEC);
+    // Non-blocking: a FIFO must not hold the reader up; it is refused below.
+    m_fd = ::open(m_name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat st;
     if (m_fd >= 0 && (::fstat(m_fd, &st) != 0 || !S_ISREG(st.st_mode))) {
         ::close(m_fd);

@@ -6,18 +6,23 @@
 //   readMetadata / readTrackInfo / readDuration / readEmbeddedArtwork (TagReader)
 //     ├── .flac ── FlacMetadata: block headers walked in the file, first
 //     │            VORBIS_COMMENT body → VorbisComment rules; PICTURE blocks
-//     └── others ─ ContainerReader: items in container order (TagLib for mp3,
-//                  wav, aiff, m4a; CafReader for caf) → metadataFromItems
+//     ├── .mp3 ─── MpegTags: the leading ID3v2 tag by Id3Tag, ID3v1 (Id3v1Tag)
+//     │            for what it lacks; the duration from TagLib
+//     └── others ─ ContainerReader: items in container order (TagLib for wav,
+//                  aiff, m4a; CafReader for caf) → metadataFromItems
 //
-//   saveTags (TagWriter) ── whole file read
-//     ├── .flac ── MetadataWriter::writeFLACTags (new comment block, last)
-//     ├── .mp3 ─── MetadataWriter::writeID3Tags (new ID3v2.3 tag; Id3Tag carries
-//     │            the old tag's other frames over)
-//     ├── m4a, wav, aiff, aif ── ContainerWriter (TagLib on a copy)
-//     └── verified (read back, audio unchanged) → AtomicReplace into place
+//   saveTags (TagWriter) ── refusals before opening, whole file read
+//     ├── planSave (SavePlan): kind by the bytes (AudioFormat), matching the name
+//     │     ├── FLAC ── MetadataWriter::writeFLACTags (new comment block, last)
+//     │     ├── MP3 ─── MetadataWriter::writeID3Tags (new ID3v2.3 tag; Id3Tag
+//     │     │           carries the old frames over, ID3v1 folded in and updated)
+//     │     └── WAV, AIFF, MP4 ── ContainerWriter (TagLib on the temporary copy)
+//     └── verified (read back, audio unchanged) → AtomicReplace into place,
+//         only while the file is still the one read
 //
 // Every function here is blocking and thread-safe: call it from the thread
-// pool, never from the GUI thread. None of them fails: damage reads as absent.
+// pool, never from the GUI thread. None of the readers fails: damage reads as
+// absent.
 
 #include "model/TrackMetadata.h"
 

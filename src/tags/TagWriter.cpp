@@ -3,238 +3,160 @@
 
 #include "AtomicReplace.h"
 #include "ContainerWriter.h"
-#include "FlacMetadata.h"
-#include "MetadataWriter.h"
 #include "model/Log.h"
 
-#include <taglib/attachedpictureframe.h>
-#include <taglib/id3v2framefactory.h>
-#include <taglib/id3v2tag.h>
-#include <taglib/mpegfile.h>
-#include <taglib/tbytevectorstream.h>
-#include <taglib/textidentificationframe.h>
-
+#include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
+#include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 #include <vector>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
-std::optional<QString> expected(const FieldEdit &f, const std::optional<QString> &old)
+using Clock = std::chrono::steady_clock;
+
+// How long a file must stay still after it was last written before it is
+// replaced: a song still being copied into the folder shows itself by growing.
+constexpr auto settleTime = std::chrono::milliseconds(1000);
+
+QString systemError(int err)
 {
-    switch (f.action) {
-    case FieldEdit::Action::set:
-        return f.value;
-    case FieldEdit::Action::remove:
-        return std::nullopt;
-    case FieldEdit::Action::keep:
-        break;
-    }
-    return old;
+    return QString::fromLocal8Bit(std::strerror(err));
 }
 
-// A kept field must read as before, unless it read as nothing before (a
-// comment hidden in a second comment block may surface).
-bool fieldsAsEdited(const TagEdit &edit, const TrackMetadata &before, const TrackMetadata &after)
+// Everything that refuses a file before it is opened.
+SaveResult lookAt(const QString &path)
 {
-    const auto check
-        = [](const FieldEdit &f, const std::optional<QString> &old, const std::optional<QString> &now) {
-              if (f.action == FieldEdit::Action::keep && !old)
-                  return true;
-              return now == expected(f, old);
-          };
-    return check(edit.title, before.title, after.title) && check(edit.artist, before.artist, after.artist)
-        && check(edit.album, before.album, after.album) && (!before.genre || after.genre == before.genre);
-}
-
-struct FlacLayout
-{
-    QList<std::pair<quint8, QByteArrayView>> blocks;
-    qsizetype audioStart = 0;
-    bool complete = false; // ended at a block with the last-block flag
-};
-
-FlacLayout flacLayout(QByteArrayView data)
-{
-    FlacLayout layout;
-    qsizetype pos = 4;
-    layout.audioStart = pos;
-    while (data.size() - pos >= 4) {
-        const quint8 header = quint8(data[pos]);
-        const qsizetype length = (qsizetype(quint8(data[pos + 1])) << 16)
-            | (qsizetype(quint8(data[pos + 2])) << 8) | qsizetype(quint8(data[pos + 3]));
-        if (length > data.size() - pos - 4)
-            break;
-        layout.blocks.append({ quint8(header & 0x7F), data.sliced(pos + 4, length) });
-        pos += 4 + length;
-        layout.audioStart = pos;
-        if (header & 0x80) {
-            layout.complete = true;
-            break;
-        }
+    const QByteArray name = QFile::encodeName(path);
+    struct stat st;
+    if (::stat(name.constData(), &st) != 0) {
+        const int err = errno;
+        if (err == ENOENT || err == ENOTDIR)
+            return { SaveError::missing, {} };
+        return { SaveError::unreadable, systemError(err) };
     }
-    return layout;
-}
-
-QString verifyFlac(QByteArrayView before, QByteArrayView after, const TagEdit &edit)
-{
-    const FlacLayout oldLayout = flacLayout(before);
-    const FlacLayout newLayout = flacLayout(after);
-    if (!newLayout.complete || newLayout.blocks.isEmpty()
-        || newLayout.blocks.last().first != flac::vorbisCommentType)
-        return QStringLiteral("the new metadata blocks are damaged");
-    QList<std::pair<quint8, QByteArrayView>> kept;
-    for (const auto &b : oldLayout.blocks) {
-        if (b.first != flac::vorbisCommentType)
-            kept.append(b);
-    }
-    if (newLayout.blocks.first(newLayout.blocks.size() - 1) != kept)
-        return QStringLiteral("the other metadata blocks would have changed");
-    if (after.sliced(newLayout.audioStart) != before.sliced(oldLayout.audioStart))
-        return QStringLiteral("the audio would have changed");
-    if (!fieldsAsEdited(edit, parseFLACMetadata(before), parseFLACMetadata(after)))
-        return QStringLiteral("the tags did not read back as written");
+    if (S_ISDIR(st.st_mode))
+        return { SaveError::folder, {} };
+    if (!S_ISREG(st.st_mode))
+        return { SaveError::notRegularFile, {} };
+    // Root may write anything; a file nobody may write stays as it is all the same.
+    if ((st.st_mode & 0222) == 0 || ::faccessat(AT_FDCWD, name.constData(), W_OK, AT_EACCESS) != 0)
+        return { SaveError::readOnly, {} };
+    if (st.st_nlink > 1)
+        return { SaveError::hardLinked, QStringLiteral("%1 names").arg(st.st_nlink) };
     return {};
 }
 
-// The ID3v2 tag as TagLib (not our own parser) reads it from memory.
-struct Id3Reading
+SaveResult readFailure(int err, const QString &why)
 {
-    TrackMetadata metadata; // genre left out: ID3v2.4 genre lists read differently once in ID3v2.3
-    bool hasGenre = false;
-    int pictures = 0;
-};
-
-Id3Reading readId3(QByteArrayView data)
-{
-    Id3Reading r;
-    TagLib::ByteVectorStream stream(TagLib::ByteVector(data.data(), uint(data.size())));
-    TagLib::MPEG::File file(&stream, TagLib::ID3v2::FrameFactory::instance(), false);
-    if (!file.isValid() || !file.hasID3v2Tag())
-        return r;
-    TagLib::ID3v2::Tag *tag = file.ID3v2Tag();
-    const auto text = [&](const char *id) -> std::optional<QString> {
-        const auto &list = tag->frameListMap()[id];
-        if (list.isEmpty())
-            return std::nullopt;
-        const auto *frame = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame *>(list.back());
-        const std::string utf8
-            = (frame ? frame->fieldList().toString("/") : list.back()->toString()).to8Bit(true);
-        if (utf8.empty())
-            return std::nullopt;
-        return QString::fromStdString(utf8);
-    };
-    r.metadata = { text("TIT2"), text("TPE1"), text("TALB"), std::nullopt };
-    r.hasGenre = !tag->frameListMap()["TCON"].isEmpty();
-    r.pictures = int(tag->frameListMap()["APIC"].size());
-    return r;
+    switch (err) {
+    case ENOENT:
+    case ENOTDIR:
+        return { SaveError::missing, {} };
+    case EISDIR:
+        return { SaveError::folder, {} };
+    case EINVAL:
+        return { SaveError::notRegularFile, {} };
+    case ESTALE:
+        return { SaveError::changedWhileSaving, {} };
+    default:
+        return { SaveError::unreadable, why };
+    }
 }
 
-QString verifyId3(QByteArrayView before, QByteArrayView after, const TagEdit &edit)
+// Written recently enough (or dated in the future) that it may still be written to.
+bool mayStillBeWritten(const FileIdentity &identity)
 {
-    if (MetadataWriter::stripID3v2(after) != MetadataWriter::stripID3v2(before))
-        return QStringLiteral("the audio would have changed");
-    const Id3Reading old = readId3(before);
-    const Id3Reading now = readId3(after);
-    if (!fieldsAsEdited(edit, old.metadata, now.metadata))
-        return QStringLiteral("the tags did not read back as written");
-    if (now.pictures != old.pictures || now.hasGenre != old.hasGenre)
-        return QStringLiteral("the pictures would not have been carried over");
-    return {};
+    timespec now {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    const auto since = std::chrono::seconds(now.tv_sec - identity.modified.tv_sec)
+        + std::chrono::nanoseconds(now.tv_nsec - identity.modified.tv_nsec);
+    return since < settleTime;
 }
-
-QString lowerSuffix(const QString &path)
-{
-    return QFileInfo(path).suffix().toLower();
-}
-
-} // namespace
-
-namespace {
 
 // A save that has written its new file next to the old one and waits for the
 // flush to disk and the rename.
 struct PendingSave
 {
-    PendingSave(SaveResult result)
-        : done(std::move(result))
-    {
-    }
-    PendingSave(std::unique_ptr<AtomicReplace> r)
-        : replace(std::move(r))
-    {
-    }
     std::optional<SaveResult> done;
     std::unique_ptr<AtomicReplace> replace;
+    Clock::time_point settled; // not renamed before
 };
 
-// Everything up to the rename; `flushData` off leaves the flush to the caller.
-PendingSave prepare(const QString &path, const TagEdit &edit, bool syncFolder, bool flushData)
+struct Options
 {
-    const QString suffix = lowerSuffix(path);
-    const bool ours = suffix == u"flac" || suffix == u"mp3";
-    if (!ours && !container::canWrite(suffix))
-        return { SaveResult { false,
-            QStringLiteral("%1: %2").arg(
-                path, MetadataWriter::describe(MetadataWriter::WriteError::unsupportedFormat)) } };
+    bool syncFolder = true;
+    bool flushData = true;
+    QSet<QString> *cleanedFolders = nullptr; // folders already rid of leftovers
+};
 
-    // A file the user made read-only stays as it is, although replacing it by
-    // rename in a writable folder would work.
-    if (const QFileInfo info(path); info.exists() && !info.isWritable())
-        return { SaveResult { false, QStringLiteral("%1 is read-only").arg(path) } };
+// Everything up to the rename.
+PendingSave prepare(const QString &path, const TagEdit &edit, const Options &options)
+{
+    const auto finished = [](SaveResult r) { return PendingSave { std::move(r), nullptr, {} }; };
+    if (SaveResult refused = lookAt(path); !refused)
+        return finished(std::move(refused));
+    const Clock::time_point readAt = Clock::now();
     QString why;
-    const auto data = readWholeFile(path, &why);
-    if (!data)
-        return { SaveResult { false, why } };
-    if (edit.keepsEverything())
-        return { SaveResult { true, {} } };
+    int err = 0;
+    const auto file = readWholeFile(path, &why, &err);
+    if (!file)
+        return finished(readFailure(err, why));
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    const SavePlan plan = planSave(file->data, suffix, edit);
+    if (plan.action == SavePlan::Action::refuse)
+        return finished(plan.refusal);
+    if (plan.action == SavePlan::Action::nothing)
+        return finished({});
 
-    if (!ours) {
-        const QString failure = container::writeFile(path, suffix, *data, edit, syncFolder);
-        return { SaveResult { failure.isEmpty(), failure } };
+    PendingSave pending { std::nullopt, std::make_unique<AtomicReplace>(path),
+        mayStillBeWritten(file->identity) ? readAt + settleTime : readAt };
+    const QString folder = QFileInfo(pending.replace->target()).path();
+    if (!options.cleanedFolders || !options.cleanedFolders->contains(folder)) {
+        AtomicReplace::removeLeftovers(folder);
+        if (options.cleanedFolders)
+            options.cleanedFolders->insert(folder);
     }
-
-    const MetadataWriter::Result result = suffix == u"flac" ? MetadataWriter::writeFLACTags(*data, edit)
-                                                            : MetadataWriter::writeID3Tags(*data, edit);
-    if (!result)
-        return { SaveResult { false, QStringLiteral("%1: %2").arg(path, MetadataWriter::describe(result.error)) } };
-    if (*result.data == *data)
-        return { SaveResult { true, {} } };
-    const QString failure
-        = suffix == u"flac" ? verifyFlac(*data, *result.data, edit) : verifyId3(*data, *result.data, edit);
-    if (!failure.isEmpty())
-        return { SaveResult { false, QStringLiteral("%1: %2; the file was left as it was").arg(path, failure) } };
-
-    auto replace = std::make_unique<AtomicReplace>(path);
-    replace->setSyncFolder(syncFolder);
-    replace->setFlushData(flushData);
-    if (!replace->create() || !replace->write(*result.data))
-        return { SaveResult { false, replace->errorString() } };
-    return PendingSave(std::move(replace));
+    AtomicReplace &replace = *pending.replace;
+    replace.setExpected(file->identity);
+    replace.setSyncFolder(options.syncFolder);
+    replace.setFlushData(options.flushData);
+    if (plan.action == SavePlan::Action::container) {
+        if (SaveResult r = container::writeInto(replace, path, suffix, file->data, edit); !r)
+            return finished(std::move(r));
+    } else if (!replace.create() || !replace.write(plan.data)) {
+        return finished({ SaveError::writeFailed, replace.errorString() });
+    }
+    return pending;
 }
 
 SaveResult commit(PendingSave &pending)
 {
     if (pending.done)
         return *pending.done;
+    std::this_thread::sleep_until(pending.settled);
     if (!pending.replace->commit())
-        return { false, pending.replace->errorString() };
-    return { true, {} };
-}
-
-SaveResult save(const QString &path, const TagEdit &edit, bool syncFolder)
-{
-    PendingSave pending = prepare(path, edit, syncFolder, true);
-    return commit(pending);
+        return { pending.replace->targetChanged() ? SaveError::changedWhileSaving : SaveError::writeFailed,
+            pending.replace->targetChanged() ? QString() : pending.replace->errorString() };
+    return {};
 }
 
 } // namespace
 
-SaveResult saveTagsWithReason(const QString &path, const TagEdit &edit)
+SaveResult saveTags(const QString &path, const TagEdit &edit)
 {
-    return save(path, edit, true);
+    PendingSave pending = prepare(path, edit, {});
+    return commit(pending);
 }
 
 QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
@@ -249,23 +171,25 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
     QList<SaveResult> results;
     results.reserve(paths.size());
     QStringList folders;
+    QSet<QString> cleaned;
+    const Options options { false, false, &cleaned };
 
     struct Group
     {
-        qsizetype first = 0;
         std::vector<PendingSave> saves;
     };
     const auto flush = [](Group &group) {
         for (PendingSave &pending : group.saves) {
             if (pending.replace && !pending.replace->flushFileSystem())
-                pending.done = SaveResult { false, pending.replace->errorString() };
+                pending.done = SaveResult { SaveError::writeFailed, pending.replace->errorString() };
         }
     };
     const auto finish = [&](Group &group) {
-        for (qsizetype i = 0; i < qsizetype(group.saves.size()); ++i) {
-            results.append(commit(group.saves[i]));
-            const QString folder = QFileInfo(paths.at(group.first + i)).canonicalPath();
-            if (results.last() && !folders.contains(folder))
+        for (PendingSave &pending : group.saves) {
+            results.append(commit(pending));
+            if (!pending.replace || !results.last())
+                continue;
+            if (const QString folder = QFileInfo(pending.replace->target()).path(); !folders.contains(folder))
                 folders.append(folder);
         }
     };
@@ -273,10 +197,11 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
     Group flushing;
     std::future<void> flushed;
     for (qsizetype start = 0; start < paths.size();) {
-        Group group { start, {} };
+        Group group;
         qint64 bytes = 0;
-        for (; start < paths.size() && qsizetype(group.saves.size()) < groupFiles && bytes < groupBytes; ++start) {
-            group.saves.push_back(prepare(paths.at(start), edit, false, false));
+        for (; start < paths.size() && qsizetype(group.saves.size()) < groupFiles && bytes < groupBytes;
+             ++start) {
+            group.saves.push_back(prepare(paths.at(start), edit, options));
             if (group.saves.back().replace)
                 bytes += QFileInfo(paths.at(start)).size();
         }
@@ -296,16 +221,11 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
     return results;
 }
 
-bool saveTags(const QString &path, const TagEdit &edit)
-{
-    const SaveResult r = saveTagsWithReason(path, edit);
-    if (!r)
-        qCWarning(lcTags).noquote() << "tags not saved:" << r.reason;
-    return r.saved;
-}
-
 bool saveTags(const QString &path, const std::optional<QString> &title, const std::optional<QString> &artist,
     const std::optional<QString> &album)
 {
-    return saveTags(path, TagEdit::fromValues(title, artist, album));
+    const SaveResult r = saveTags(path, TagEdit::fromValues(title, artist, album));
+    if (!r)
+        qCWarning(lcTags).noquote() << "tags not saved:" << r.message(path);
+    return r.saved();
 }

@@ -99,6 +99,28 @@ QString upperKey(QByteArrayView comment)
     return upperOf(s.key);
 }
 
+CommentList comments(QByteArrayView body)
+{
+    CommentList list;
+    ByteCursor c(body);
+    const auto vendorLength = c.u32le();
+    if (!vendorLength || !c.skip(*vendorLength))
+        return list;
+    const auto count = c.u32le();
+    if (!count)
+        return list;
+    // Each comment takes at least its 4-byte length, so the loop ends with the body.
+    for (quint32 i = 0; i < *count; ++i) {
+        const auto length = c.u32le();
+        const auto comment = length ? c.take(*length) : std::nullopt;
+        if (!comment)
+            return list;
+        list.comments.append(*comment);
+    }
+    list.whole = c.atEnd();
+    return list;
+}
+
 std::optional<Comment> splitComment(QByteArrayView comment)
 {
     const Split s = splitBytes(comment);
@@ -112,23 +134,10 @@ std::optional<Comment> splitComment(QByteArrayView comment)
 TrackMetadata parseVorbisComment(QByteArrayView body)
 {
     TrackMetadata m;
-    ByteCursor c(body);
-    const auto vendorLength = c.u32le();
-    if (!vendorLength || !c.skip(*vendorLength))
-        return m;
-    const auto count = c.u32le();
-    if (!count)
-        return m;
-    for (quint32 i = 0; i < *count; ++i) {
-        const auto length = c.u32le();
-        if (!length)
-            break;
-        const auto comment = c.take(*length);
-        if (!comment)
-            break;
+    for (QByteArrayView comment : vorbis::comments(body).comments) {
         // Most comments carry keys nobody asked for: look at the key before
         // validating and decoding the whole comment.
-        const QString key = vorbis::upperKey(*comment);
+        const QString key = vorbis::upperKey(comment);
         std::optional<QString> *field = key == u"TITLE" ? &m.title
             : key == u"ARTIST"                          ? &m.artist
             : key == u"ALBUM"                           ? &m.album
@@ -136,7 +145,7 @@ TrackMetadata parseVorbisComment(QByteArrayView body)
                                                         : nullptr;
         if (!field)
             continue;
-        if (auto parsed = vorbis::splitComment(*comment))
+        if (auto parsed = vorbis::splitComment(comment))
             *field = std::move(parsed->value);
     }
     return m;

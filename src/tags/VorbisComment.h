@@ -4,6 +4,7 @@
 #include "model/TrackMetadata.h"
 
 #include <QByteArrayView>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -17,6 +18,15 @@
 TrackMetadata parseVorbisComment(QByteArrayView body);
 
 namespace vorbis {
+
+// The raw comments of a VORBIS_COMMENT body, up to any damage; `whole` when
+// the vendor string, the count and every comment fill the body exactly.
+struct CommentList
+{
+    QList<QByteArrayView> comments;
+    bool whole = false;
+};
+CommentList comments(QByteArrayView body);
 
 // True when the bytes are well-formed UTF-8 (no overlong forms, no surrogates,
 // nothing above U+10FFFF).

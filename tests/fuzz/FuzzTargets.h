@@ -6,15 +6,21 @@
 // Besides not crashing, each checks a property and traps when it fails.
 
 #include "tags/CafReader.h"
+#include "tags/ContainerWriter.h"
 #include "tags/FlacMetadata.h"
 #include "tags/Id3Tag.h"
+#include "tags/Id3v1Tag.h"
 #include "tags/MetadataWriter.h"
+#include "tags/MpegTags.h"
+#include "tags/SavePlan.h"
 #include "tags/VorbisComment.h"
 
 #include <QByteArrayView>
 
 #include <cstddef>
 #include <cstdint>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace fuzz {
 
@@ -29,16 +35,70 @@ inline QByteArrayView view(const uint8_t *data, size_t size)
     return QByteArrayView(reinterpret_cast<const char *>(data), qsizetype(size));
 }
 
+inline bool sameTags(const TrackMetadata &a, const TrackMetadata &b)
+{
+    return a.title == b.title && a.artist == b.artist && a.album == b.album && a.genre == b.genre;
+}
+
+// The bytes as a file, for the readers that go to the disk.
+class MemoryFile
+{
+public:
+    explicit MemoryFile(QByteArrayView bytes)
+        : m_fd(::memfd_create("fuzz", MFD_CLOEXEC))
+    {
+        for (qsizetype done = 0; m_fd >= 0 && done < bytes.size();) {
+            const ssize_t n = ::write(m_fd, bytes.data() + done, size_t(bytes.size() - done));
+            require(n > 0);
+            done += n;
+        }
+    }
+    ~MemoryFile() { ::close(m_fd); }
+    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_fd); }
+
+private:
+    int m_fd;
+};
+
 // The head walk over the whole file and the seeking file walk must agree.
 inline void flacWalk(const uint8_t *data, size_t size)
 {
     const QByteArrayView bytes = view(data, size);
-    const TrackMetadata walked = parseFLACMetadata(bytes);
-    const flac::FileInfo seeked = flac::parseFile(bytes);
-    require(walked.title == seeked.metadata.title && walked.artist == seeked.metadata.artist
-        && walked.album == seeked.metadata.album && walked.genre == seeked.metadata.genre);
+    require(sameTags(parseFLACMetadata(bytes), flac::parseFile(bytes).metadata));
     (void)flac::pictureData(bytes);
     (void)flac::streamInfoDuration(bytes);
+    (void)flac::parseLayout(bytes);
+}
+
+// The disk reader, whose window is smaller than many blocks, against the walk
+// in memory: the first byte picks the block boundary where a padding block of
+// 64 KiB and more (the next two bytes) goes in; the rest is the file.
+inline void flacDiskReader(const uint8_t *data, size_t size)
+{
+    if (size < 3)
+        return;
+    const QByteArrayView file = view(data + 3, size - 3);
+    const quint32 big = 65536 + ((quint32(data[1]) << 8) | data[2]) * 16;
+    qsizetype pos = 4;
+    for (int block = 0; block < data[0] % 8 && file.size() - pos >= 4 && !(quint8(file[pos]) & 0x80);
+         ++block) {
+        const qsizetype length
+            = (qsizetype(quint8(file[pos + 1])) << 16) | (quint8(file[pos + 2]) << 8) | quint8(file[pos + 3]);
+        if (length > file.size() - pos - 4)
+            break;
+        pos += 4 + length;
+    }
+    pos = std::min(pos, file.size());
+    const QByteArray padding = QByteArray(1, '\x01') + char(big >> 16) + char(big >> 8) + char(big)
+        + QByteArray(qsizetype(big), '\0');
+    const QByteArray grown = file.startsWith("fLaC")
+        ? file.first(pos).toByteArray() + padding + file.sliced(pos).toByteArray()
+        : file.toByteArray();
+    const MemoryFile onDisk(grown);
+    const flac::FileInfo read = flac::readFile(onDisk.path());
+    const flac::FileInfo walked = flac::parseFile(grown);
+    require(sameTags(read.metadata, parseFLACMetadata(grown)) && read.duration == walked.duration);
+    (void)flac::readPicture(onDisk.path());
 }
 
 inline void vorbisComment(const uint8_t *data, size_t size)
@@ -47,7 +107,31 @@ inline void vorbisComment(const uint8_t *data, size_t size)
     (void)vorbis::splitComment(view(data, size));
 }
 
-// The first byte chooses what happens to each field, the rest is the file.
+inline void caf(const uint8_t *data, size_t size)
+{
+    (void)caf::parse(view(data, size));
+}
+
+// Our ID3v2 parser, the ID3v1 fallback, pictures and genre lists, from
+// memory and from the disk alike; an ID3v1 tag survives a round trip.
+inline void id3Reader(const uint8_t *data, size_t size)
+{
+    const QByteArrayView file = view(data, size);
+    const QList<container::Item> items = mpeg::tagItems(file, MetadataWriter::stripID3v2(file), true);
+    const MemoryFile onDisk(file);
+    const QList<container::Item> read
+        = mpeg::readFile(onDisk.path(), container::wantTags | container::wantPictures).items;
+    require(sameTags(container::metadataFromItems(items), container::metadataFromItems(read)));
+    require(container::artworkFromItems(items) == container::artworkFromItems(read));
+    if (const auto v1 = id3v1::parse(file)) {
+        const auto again = id3v1::parse(id3v1::serialize(*v1));
+        require(again && again->title == v1->title && again->artist == v1->artist && again->album == v1->album
+            && again->comment == v1->comment && again->track == v1->track && again->genre == v1->genre);
+    }
+}
+
+// The first byte chooses what happens to each field (two bits each) and, in
+// the savePlan target, the file's extension; the rest is the file.
 inline TagEdit editFrom(uint8_t choice)
 {
     const auto field = [](int bits, const char *value) {
@@ -63,6 +147,45 @@ inline TagEdit editFrom(uint8_t choice)
     return { field(choice, "Tïtle"), field(choice >> 2, "Ärtist"), field(choice >> 4, "Album=x") };
 }
 
+inline bool readsAsEdited(const TagEdit &edit, const TrackMetadata &before, const TrackMetadata &after)
+{
+    const auto check
+        = [](const FieldEdit &f, const std::optional<QString> &old, const std::optional<QString> &now) {
+              return f.action == FieldEdit::Action::keep ? (!old || now == old) : now == f.applied(old);
+          };
+    return check(edit.title, before.title, after.title) && check(edit.artist, before.artist, after.artist)
+        && check(edit.album, before.album, after.album) && (!before.genre || after.genre == before.genre);
+}
+
+// The audio of MPEG data: between the leading ID3v2 tag and a trailing ID3v1 tag.
+inline QByteArrayView mpegAudio(QByteArrayView file)
+{
+    const QByteArrayView rest = MetadataWriter::stripID3v2(file);
+    return id3v1::parse(rest) ? rest.chopped(id3v1::tagSize) : rest;
+}
+
+inline TrackMetadata mpegTags(QByteArrayView file)
+{
+    return container::metadataFromItems(mpeg::tagItems(file, MetadataWriter::stripID3v2(file), false));
+}
+
+// The leading tag's frames other than title, artist and album.
+inline QList<id3::Frame> otherFrames(QByteArrayView file)
+{
+    QList<id3::Frame> frames;
+    if (auto parsed = id3::parseLeadingTag(file); parsed.tag)
+        frames = parsed.tag->frames;
+    frames.removeIf([](const id3::Frame &f) { return f.id == "TIT2" || f.id == "TPE1" || f.id == "TALB"; });
+    return frames;
+}
+
+inline bool sameFrames(const QList<id3::Frame> &a, const QList<id3::Frame> &b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const id3::Frame &x, const id3::Frame &y) {
+        return x.id == y.id && x.flags == y.flags && x.body == y.body;
+    });
+}
+
 inline void flacWriter(const uint8_t *data, size_t size)
 {
     if (size < 1)
@@ -74,13 +197,7 @@ inline void flacWriter(const uint8_t *data, size_t size)
         return;
     // The new comment block is the only one and ends the metadata: the reader
     // finds it and the fields set come back as written.
-    const TrackMetadata back = parseFLACMetadata(*r.data);
-    if (edit.title.action == FieldEdit::Action::set)
-        require(back.title == edit.title.value);
-    if (edit.album.action == FieldEdit::Action::set)
-        require(back.album == edit.album.value);
-    if (edit.artist.action == FieldEdit::Action::remove)
-        require(!back.artist);
+    require(readsAsEdited(edit, parseFLACMetadata(file), parseFLACMetadata(*r.data)));
     // Writing the output again with the same edit changes nothing more.
     const MetadataWriter::Result again = MetadataWriter::writeFLACTags(*r.data, edit);
     require(again && *again.data == *r.data);
@@ -95,23 +212,117 @@ inline void id3Writer(const uint8_t *data, size_t size)
     const MetadataWriter::Result r = MetadataWriter::writeID3Tags(file, edit);
     if (!r || *r.data == file)
         return;
-    // The audio after the tag is untouched and the new tag reads back.
-    require(MetadataWriter::stripID3v2(*r.data) == MetadataWriter::stripID3v2(file));
-    const id3::ParseResult parsed = id3::parseLeadingTag(*r.data);
-    require(parsed.tag.has_value() && parsed.tag->majorVersion == 3);
-    if (edit.title.action == FieldEdit::Action::set) {
-        std::optional<QString> title;
-        for (const id3::Frame &f : parsed.tag->frames) {
-            if (f.id == "TIT2" && !title)
-                title = id3::decodeText(f.body);
-        }
-        require(title == edit.title.value);
-    }
+    // The audio between the tags is untouched, every other frame is carried
+    // over in order, and the tags read back as edited.
+    require(mpegAudio(*r.data) == mpegAudio(file));
+    const QList<id3::Frame> before = otherFrames(file);
+    require(
+        sameFrames(before, otherFrames(*r.data).first(std::min(before.size(), otherFrames(*r.data).size()))));
+    require(readsAsEdited(edit, mpegTags(file), mpegTags(*r.data)));
 }
 
-inline void caf(const uint8_t *data, size_t size)
+// The whole decision of a save: any input is refused, or gives contents whose
+// audio and other blocks or frames are the old ones, which read back as
+// edited, and which a second save with the same edit leaves alone.
+inline void savePlan(const uint8_t *data, size_t size)
 {
-    (void)caf::parse(view(data, size));
+    if (size < 1)
+        return;
+    static const QString suffixes[]
+        = { QStringLiteral("flac"), QStringLiteral("mp3"), QStringLiteral("m4a"), QStringLiteral("wav") };
+    const TagEdit edit = editFrom(data[0]);
+    const QString &suffix = suffixes[data[0] >> 6];
+    const QByteArrayView file = view(data + 1, size - 1);
+    const SavePlan plan = planSave(file, suffix, edit);
+    if (plan.action == SavePlan::Action::container)
+        require(container::audioPayload(audioformat::fromSuffix(suffix), file).has_value());
+    if (plan.action != SavePlan::Action::write)
+        return;
+    const QByteArray &out = plan.data;
+    if (suffix == u"flac") {
+        flac::Layout before = flac::parseLayout(file);
+        flac::Layout after = flac::parseLayout(out);
+        require(after.damage.isEmpty() && out.sliced(after.audioStart) == file.sliced(before.audioStart));
+        before.blocks.removeIf([](const flac::Block &b) { return b.type == flac::vorbisCommentType; });
+        require(after.blocks.first(after.blocks.size() - 1) == before.blocks);
+        require(readsAsEdited(edit, parseFLACMetadata(file), parseFLACMetadata(out)));
+    } else {
+        require(mpegAudio(out) == mpegAudio(file));
+        const QList<id3::Frame> before = otherFrames(file);
+        const QList<id3::Frame> after = otherFrames(out);
+        require(after.size() >= before.size() && sameFrames(before, after.first(before.size())));
+        require(readsAsEdited(edit, mpegTags(file), mpegTags(out)));
+    }
+    require(planSave(out, suffix, edit).action == SavePlan::Action::nothing);
 }
+
+// Whether RIFF chunks or MP4 boxes end exactly where the file does, so that
+// one more can be appended without landing inside another.
+inline bool endsOnBoundary(audioformat::Kind kind, QByteArrayView file)
+{
+    const bool mp4 = kind == audioformat::Kind::mp4;
+    qsizetype pos = mp4 ? 0 : 12;
+    if (file.size() < pos)
+        return false;
+    while (file.size() - pos >= 8) {
+        quint64 length = 0;
+        for (int i = 0; i < 4; ++i) {
+            const int shift = (kind == audioformat::Kind::wave ? i : 3 - i) * 8;
+            length |= quint64(quint8(file[pos + (mp4 ? 0 : 4) + i])) << shift;
+        }
+        if (mp4 && length < 8)
+            return false; // to the end of the file, or a 64-bit size: left alone
+        const quint64 step = mp4 ? length : 8 + length + (length & 1);
+        if (step > quint64(file.size() - pos))
+            return false;
+        pos += qsizetype(step);
+    }
+    return pos == file.size();
+}
+
+// The audio payload that tells whether TagLib kept the audio of WAV, AIFF and
+// MP4 files: never larger than the file, and not moved by a chunk appended.
+inline void containerPayload(const uint8_t *data, size_t size)
+{
+    if (size < 1)
+        return;
+    const audioformat::Kind kinds[]
+        = { audioformat::Kind::wave, audioformat::Kind::aiff, audioformat::Kind::mp4 };
+    const audioformat::Kind kind = kinds[data[0] % 3];
+    const QByteArrayView file = view(data + 1, size - 1);
+    const auto payload = container::audioPayload(kind, file);
+    require(!payload || (!payload->isEmpty() && payload->size() <= file.size()));
+    if (!endsOnBoundary(kind, file))
+        return;
+    const QByteArray chunk = kind == audioformat::Kind::mp4 ? QByteArray("\0\0\0\x10"
+                                                                         "free12345678",
+                                 16)
+        : kind == audioformat::Kind::wave                   ? QByteArray("JUNK\x08\0\0\0"
+                                                                                           "12345678",
+                                16)
+                                                            : QByteArray("JUNK\0\0\0\x08"
+                                                                                           "12345678",
+                                                                16);
+    require(container::audioPayload(kind, file.toByteArray() + chunk) == payload);
+}
+
+struct Target
+{
+    const char *name;
+    void (*run)(const uint8_t *, size_t);
+};
+
+// Every target by the name of its folder of seeds and regression inputs.
+inline constexpr Target targets[] = {
+    { "flac_walk", flacWalk },
+    { "flac_disk_reader", flacDiskReader },
+    { "vorbis_comment", vorbisComment },
+    { "caf", caf },
+    { "id3_reader", id3Reader },
+    { "flac_writer", flacWriter },
+    { "id3_writer", id3Writer },
+    { "save_plan", savePlan },
+    { "container_payload", containerPayload },
+};
 
 } // namespace fuzz

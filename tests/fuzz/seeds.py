@@ -29,9 +29,21 @@ def block(kind, body, last=False):
 
 
 STREAMINFO = bytes(10) + bytes([0x0A, 0xC4, 0x42, 0xF0, 0, 0, 0xAC, 0x44]) + bytes(16)
+
+
+def crc8(data):
+    crc = 0
+    for b in data:
+        crc ^= b
+        for _ in range(8):
+            crc = ((crc << 1) ^ 0x07) & 0xFF if crc & 0x80 else (crc << 1) & 0xFF
+    return crc
+
+
+FRAME_HEADER = b"\xff\xf8\xc9\x18\x00"
 PICTURE = be32(3) + be32(9) + b"image/png" + be32(0) + be32(1) * 4 + be32(4) + b"\x89PNG"
 COMMENTS = [b"TITLE=t", b"ARTIST=a", b"ALBUM=b", b"GENRE=g", b"=ALBUM=c", b"X\xff=1", b"DATE=2001"]
-AUDIO = b"\xff\xf8\x69\x08" + bytes(12)
+AUDIO = FRAME_HEADER + bytes([crc8(FRAME_HEADER)]) + bytes(12)
 
 flac = [
     b"fLaC" + block(0, STREAMINFO) + block(4, vorbis(COMMENTS)) + block(1, bytes(8), True) + AUDIO,
@@ -52,7 +64,7 @@ def tag(version, frames, flags=0):
     return b"ID3" + bytes([version, 0, flags]) + synchsafe(len(frames)) + frames
 
 
-MPEG = (b"\xff\xfb\x90\x64" + bytes(100)) * 2
+MPEG = (b"\xff\xfb\x90\x64" + bytes(413)) * 2
 APIC = b"\x00image/jpeg\x00\x03cover\x00\xff\xd8\xff\xe0"
 id3 = [
     tag(3, frame(3, b"TIT2", b"\x03old") + frame(3, b"APIC", APIC) + frame(3, b"TCON", b"\x00(17)")) + MPEG,
@@ -61,6 +73,17 @@ id3 = [
     tag(2, frame(2, b"TT2", b"\x00old") + frame(2, b"PIC", b"\x00JPG\x03\x00\xff\xd8")) + MPEG,
     tag(3, b"\x00\x00\x00\x06" + bytes(6) + frame(3, b"TALB", b"\x01\xff\xfea\x00"), 0xC0) + MPEG,
     MPEG,
+]
+
+
+def id3v1(title, artist, album, genre=17):
+    return b"TAG" + title.ljust(30, b"\0") + artist.ljust(30, b"\0") + album.ljust(30, b"\0") + b"1999" \
+        + b"comment".ljust(28, b"\0") + b"\0\x05" + bytes([genre])
+
+
+id3 += [
+    MPEG + id3v1(b"v1 title", b"v1 artist", b"v1 album"),
+    tag(3, frame(3, b"TIT2", b"\x03v2") + frame(3, b"TPE2", b"") + frame(3, b"TALB", b"\x03")) + MPEG + id3v1(b"", b"a", b"b"),
 ]
 
 
@@ -76,12 +99,34 @@ caf = [
     + caf_chunk(b"data", bytes(8), -1),
 ]
 
+def riff(form, kind, chunks, big):
+    pack = ">I" if big else "<I"
+    body = kind + b"".join(c + struct.pack(pack, len(d)) + d + (b"\0" if len(d) % 2 else b"") for c, d in chunks)
+    return form + struct.pack(pack, len(body)) + body
+
+
+def box(kind, body):
+    return struct.pack(">I", len(body) + 8) + kind + body
+
+
+containers = [
+    bytes([0]) + riff(b"RIFF", b"WAVE", [(b"fmt ", bytes(16)), (b"data", bytes(9)), (b"LIST", b"INFOINAM\x02\0\0\0t\0")], False),
+    bytes([1]) + riff(b"FORM", b"AIFF", [(b"COMM", bytes(18)), (b"SSND", bytes(12))], True),
+    bytes([2]) + box(b"ftyp", b"M4A \0\0\0\0") + box(b"mdat", b"\x21\x10" * 8) + box(b"moov", box(b"udta", b"")),
+]
+
 corpus = {
     "flac_walk": flac,
     "vorbis_comment": [vorbis(COMMENTS), vorbis([b"TITLE=x"], b""), le32(0) + le32(0xFFFFFFFF) + le32(3) + b"A=b"],
     "flac_writer": [bytes([choice]) + f for choice in (0x00, 0x15, 0x2A, 0x3F) for f in flac],
     "id3_writer": [bytes([choice]) + f for choice in (0x02, 0x15, 0x3E) for f in id3],
     "caf": caf,
+    "flac_disk_reader": [bytes([i, 0, 1]) + f for i, f in enumerate(flac)],
+    "id3_reader": id3,
+    # Choice bits 6-7 pick .flac, .mp3, .m4a or .wav.
+    "save_plan": [bytes([0x3E]) + f for f in flac] + [bytes([0x46 | c]) + f for c in (0x00, 0x15, 0x28) for f in id3]
+    + [bytes([0x82]) + containers[2][1:], bytes([0xC2]) + containers[0][1:]],
+    "container_payload": containers,
 }
 
 out = sys.argv[1]

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Byte builders for test fixtures, written apart from the writers so that a
-// writer bug can't hide a reader bug.
+// Byte builders for test fixtures, and plain readers of what the writers
+// produce, written apart from the product's code so that a writer bug can't
+// hide a reader bug.
 
 #include <QByteArray>
+#include <QDebug>
 #include <QList>
 #include <QString>
 
@@ -26,11 +28,6 @@ inline QByteArray be32(quint32 v)
     for (int i = 0; i < 4; ++i)
         b[i] = char(v >> (8 * (3 - i)));
     return b;
-}
-
-inline QByteArray be64(quint64 v)
-{
-    return be32(quint32(v >> 32)) + be32(quint32(v));
 }
 
 inline QByteArray synchsafe(quint32 v)
@@ -58,9 +55,23 @@ struct Block
     std::optional<quint32> length = std::nullopt; // a lying length
 };
 
+// The header of one FLAC frame (4096 samples, 44.1 kHz, stereo, 16 bits) with
+// its CRC-8, then filler standing in for the subframes.
+inline QByteArray flacFrame()
+{
+    QByteArray f("\xFF\xF8\xC9\x18\x00", 5);
+    quint8 crc = 0;
+    for (char c : f) {
+        crc ^= quint8(c);
+        for (int i = 0; i < 8; ++i)
+            crc = quint8((crc & 0x80) ? (crc << 1) ^ 0x07 : crc << 1);
+    }
+    return f + char(crc) + QByteArray(32, '\x5A');
+}
+
 // "fLaC", the blocks (the last one flagged unless lastFlag is false), then audio.
-inline QByteArray flacFile(const QList<Block> &blocks,
-    const QByteArray &audio = QByteArray("\xFF\xF8\x69\x08audio", 9), bool lastFlag = true)
+inline QByteArray flacFile(
+    const QList<Block> &blocks, const QByteArray &audio = flacFrame(), bool lastFlag = true)
 {
     QByteArray f("fLaC");
     for (qsizetype i = 0; i < blocks.size(); ++i) {
@@ -140,30 +151,115 @@ inline QByteArray mpegAudio()
     return a;
 }
 
-inline QByteArray cafChunk(
-    const QByteArray &type, const QByteArray &body, std::optional<qint64> size = std::nullopt)
+// A 128-byte ID3v1.1 tag (track 0: ID3v1.0).
+inline QByteArray id3v1(const QByteArray &title, const QByteArray &artist, const QByteArray &album,
+    const QByteArray &comment = {}, int track = 0, quint8 genre = 255)
 {
-    return type + be64(quint64(size.value_or(body.size()))) + body;
-}
-
-inline QByteArray cafInfo(const QList<std::pair<QByteArray, QByteArray>> &entries)
-{
-    QByteArray b = be32(quint32(entries.size()));
-    for (const auto &[k, v] : entries)
-        b += k + '\0' + v + '\0';
-    return b;
-}
-
-// desc for 16-bit stereo PCM at 44.1 kHz (4 bytes a packet, 1 frame a packet).
-inline QByteArray cafDesc()
-{
-    return QByteArray("\x40\xE5\x88\x80\x00\x00\x00\x00", 8) + "lpcm" + be32(0) + be32(4) + be32(1) + be32(2)
-        + be32(16);
-}
-
-inline QByteArray cafFile(const QByteArray &chunks)
-{
-    return QByteArray("caff\x00\x01\x00\x00", 8) + chunks;
+    const auto field = [](const QByteArray &s, int n) { return s.left(n).leftJustified(n, '\0'); };
+    return "TAG" + field(title, 30) + field(artist, 30) + field(album, 30) + "1999"
+        + (track ? field(comment, 28) + '\0' + char(track) : field(comment, 30)) + char(genre);
 }
 
 } // namespace build
+
+namespace plain {
+
+inline quint32 be(const QByteArray &b, qsizetype at, int n)
+{
+    quint32 v = 0;
+    for (int i = 0; i < n; ++i)
+        v = (v << 8) | quint8(b[at + i]);
+    return v;
+}
+
+struct FlacBlock
+{
+    int type;
+    bool last;
+    QByteArray body;
+    bool operator==(const FlacBlock &) const = default;
+};
+
+// Every block up to the flagged one, and where the audio starts.
+inline QList<FlacBlock> flacBlocks(const QByteArray &file, qsizetype *audioStart = nullptr)
+{
+    QList<FlacBlock> blocks;
+    qsizetype pos = 4;
+    while (pos + 4 <= file.size()) {
+        const quint8 h = quint8(file[pos]);
+        const qsizetype len = be(file, pos + 1, 3);
+        blocks.append({ h & 0x7F, bool(h & 0x80), file.mid(pos + 4, len) });
+        pos += 4 + len;
+        if (h & 0x80)
+            break;
+    }
+    if (audioStart)
+        *audioStart = pos;
+    return blocks;
+}
+
+// The comments of a VORBIS_COMMENT body, and its vendor.
+inline QList<QByteArray> comments(const QByteArray &body, QByteArray *vendor = nullptr)
+{
+    const auto u32 = [&](qsizetype at) {
+        return quint32(quint8(body[at])) | quint32(quint8(body[at + 1])) << 8
+            | quint32(quint8(body[at + 2])) << 16 | quint32(quint8(body[at + 3])) << 24;
+    };
+    qsizetype pos = 4 + u32(0);
+    if (vendor)
+        *vendor = body.mid(4, pos - 4);
+    const quint32 n = u32(pos);
+    pos += 4;
+    QList<QByteArray> out;
+    for (quint32 i = 0; i < n; ++i) {
+        out.append(body.mid(pos + 4, u32(pos)));
+        pos += 4 + u32(pos);
+    }
+    return out;
+}
+
+struct Id3Frame
+{
+    QByteArray id;
+    quint16 flags;
+    QByteArray body;
+    bool operator==(const Id3Frame &) const = default;
+};
+
+// For QCOMPARE's messages.
+inline char *toString(const Id3Frame &f)
+{
+    return qstrdup(f.id + " " + QByteArray::number(f.flags, 16) + " " + f.body.toHex(' '));
+}
+
+// The frames of an ID3v2.3 tag without flags, sizes plain, filling the tag;
+// `rest` gets what follows the tag.
+inline QList<Id3Frame> id3Frames(const QByteArray &file, QByteArray *rest = nullptr)
+{
+    if (!file.startsWith("ID3\x03\x00\x00")) {
+        if (rest)
+            *rest = file;
+        return {};
+    }
+    const qsizetype size
+        = (quint8(file[6]) << 21) | (quint8(file[7]) << 14) | (quint8(file[8]) << 7) | quint8(file[9]);
+    QList<Id3Frame> frames;
+    qsizetype pos = 10;
+    while (pos < 10 + size) {
+        frames.append(
+            { file.mid(pos, 4), quint16(be(file, pos + 8, 2)), file.mid(pos + 10, be(file, pos + 4, 4)) });
+        pos += 10 + be(file, pos + 4, 4);
+    }
+    if (pos != 10 + size)
+        qWarning() << "frames overrun the tag";
+    if (rest)
+        *rest = file.mid(pos);
+    return frames;
+}
+
+inline Id3Frame id3Text(const QByteArray &id, const QString &s, int encoding = 3)
+{
+    return { id, 0, build::id3Text(s, encoding) };
+}
+
+} // namespace plain

@@ -4,6 +4,7 @@
 #   peer_tags.py read FILE            JSON: title, artist, album, genre, pictures (md5), frames
 #   peer_tags.py tag-id3 FILE VERSION  ID3v2.VERSION tag with text, picture, comment, user text
 #   peer_tags.py tag-m4a FILE          MP4 atoms with a cover
+#   peer_tags.py strip-id3v2 FILE      removes the ID3v2 tag, keeping an ID3v1 tag
 import hashlib
 import json
 import struct
@@ -11,7 +12,7 @@ import sys
 import zlib
 
 import mutagen
-from mutagen.id3 import APIC, COMM, ID3, TALB, TCON, TDRC, TIT2, TPE1, TRCK, TXXX
+from mutagen.id3 import APIC, COMM, ID3, TALB, TCON, TDRC, TIT2, TPE1, TRCK, TXXX, delete
 from mutagen.mp4 import MP4, MP4Cover
 
 
@@ -95,5 +96,7 @@ if __name__ == "__main__":
         tag_id3(sys.argv[2], int(sys.argv[3]))
     elif command == "tag-m4a":
         tag_m4a(sys.argv[2])
+    elif command == "strip-id3v2":
+        delete(sys.argv[2], delete_v1=False, delete_v2=True)
     else:
         sys.exit("unknown command " + command)

@@ -36,20 +36,11 @@ private Q_SLOTS:
     {
         QFETCH(QString, target);
         QFETCH(QByteArray, input);
-        const auto *data = reinterpret_cast<const uint8_t *>(input.constData());
-        const size_t size = size_t(input.size());
-        if (target == u"flac_walk")
-            fuzz::flacWalk(data, size);
-        else if (target == u"vorbis_comment")
-            fuzz::vorbisComment(data, size);
-        else if (target == u"flac_writer")
-            fuzz::flacWriter(data, size);
-        else if (target == u"id3_writer")
-            fuzz::id3Writer(data, size);
-        else if (target == u"caf")
-            fuzz::caf(data, size);
-        else
-            QFAIL(qPrintable(QStringLiteral("unknown fuzz target ") + target));
+        const auto found = std::find_if(std::begin(fuzz::targets), std::end(fuzz::targets),
+            [&](const fuzz::Target &t) { return target == QLatin1StringView(t.name); });
+        QVERIFY2(
+            found != std::end(fuzz::targets), qPrintable(QStringLiteral("unknown fuzz target ") + target));
+        found->run(reinterpret_cast<const uint8_t *>(input.constData()), size_t(input.size()));
     }
 };
 
