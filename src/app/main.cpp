@@ -76,7 +76,7 @@ int main(int argc, char **argv)
 
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("tarnwell"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
     // Qt has taken its own options out of the arguments by now.
     parser.process(QCoreApplication::arguments());
