@@ -122,6 +122,8 @@ bool SingleInstance::handOff(const QList<QUrl> &urls)
     if (reply.type() == QDBusMessage::ErrorMessage) {
         std::fprintf(
             stderr, "tarnwell: the running Tarnwell does not answer: %s\n", qPrintable(reply.errorMessage()));
+        // It may have quit meanwhile: then this start takes its place.
+        claim();
         return false;
     }
     qCInfo(lcApp) << "handed" << urls.size() << "folders and songs to the running Tarnwell";

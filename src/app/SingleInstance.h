@@ -56,7 +56,8 @@ public:
     // Without a session bus every start runs on its own.
     bool claim();
     // Gives the running Tarnwell these folders and files (or, with none, asks it
-    // to come forward); false when it does not answer.
+    // to come forward). False when it does not answer: this start then runs on
+    // its own, with the name if the other one has quit.
     bool handOff(const QList<QUrl> &urls);
 
     // Requests are carried out on this state and window from the window's

@@ -65,8 +65,8 @@ int main(int argc, char **argv)
     const QList<QUrl> openUrls = SingleInstance::urlsFrom(parser.positionalArguments(), QDir::currentPath());
     // A Tarnwell already running takes the arguments instead.
     SingleInstance instance;
-    if (!instance.claim())
-        return instance.handOff(openUrls) ? 0 : 1;
+    if (!instance.claim() && instance.handOff(openUrls))
+        return 0;
 
     QFont font(QStringLiteral("Inter"));
     font.setPixelSize(13);
