@@ -14,30 +14,22 @@ app=$1
 for tool in Xvfb xdotool sox dbus-run-session gdbus playerctl; do
   command -v "$tool" > /dev/null || { echo "SKIP: $tool is missing"; exit 77; }
 done
-if [ -z "${TARNWELL_TEST_BUS:-}" ]; then
-  TARNWELL_TEST_BUS=1 exec dbus-run-session -- bash "$0" "$@"
-fi
+# Its own session bus, which ends with the script (and so does everything on it).
+[ -n "${TARNWELL_TEST_BUS:-}" ] || TARNWELL_TEST_BUS=1 exec dbus-run-session -- bash "$0" "$@"
 
 work=$(mktemp -d "${TARNWELL_TEST_ROOT:-${TMPDIR:-/tmp}}/single.XXXXXX")
-xvfb_pid=""
-app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill "$app_pid" 2> /dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
-}
-trap cleanup EXIT INT TERM
-fail() {
-  echo "FAIL: $*"
-  echo "--- log of the first start"
-  cat "$work/log" || true
-  exit 1
-}
-
 # shellcheck source=/dev/null
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/lib/xvfb.sh"
 start_xvfb "$work"
-export QT_QPA_PLATFORM=xcb
-export QT_LOGGING_RULES="tarnwell.app.debug=true"
+app_pid=""
+trap 'kill $app_pid $xvfb_pid 2> /dev/null' EXIT
+fail() {
+  echo "FAIL: $*"
+  echo "--- log of the first start"
+  cat "$work/log"
+  exit 1
+}
+export QT_QPA_PLATFORM=xcb QT_LOGGING_RULES="tarnwell.app.debug=true"
 
 # A song of one second, so that the library moves on to the next one soon.
 music="$work/music"
