@@ -2,12 +2,13 @@
 # Two commands do all the set-up on a fresh Debian/Ubuntu machine:
 #   make run [MUSIC=DIR]   install what is missing, build, start Tarnwell
 #   make test              install what is missing, build, run every test
+#   make package           build the Debian package build/tarnwell_<version>_<arch>.deb
 
 BUILD := build
 JOBS ?= $(shell nproc)
 MUSIC ?=
 
-.PHONY: all deps configure build run test bench screenshots fuzz format clean
+.PHONY: all deps configure build run test package bench screenshots fuzz format clean
 
 all: build
 
@@ -25,6 +26,10 @@ run: build
 
 test: build
 	ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+package: build
+	cd $(BUILD) && cpack
+	@ls $(BUILD)/tarnwell_*.deb
 
 bench: build
 	bash bench/run.sh $(BUILD)

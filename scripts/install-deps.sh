@@ -28,6 +28,9 @@ packages=(
   # test and screenshot tools
   xvfb xauth xdotool x11-apps imagemagick sox flac ffmpeg python3-mutagen dbus playerctl
   pulseaudio-utils
+  # the Debian package: icons drawn from the SVG, man pages, and the validators
+  # and tools its test uses
+  librsvg2-bin scdoc dpkg-dev appstream desktop-file-utils man-db zsh libglib2.0-bin
 )
 
 missing=()

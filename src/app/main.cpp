@@ -2,6 +2,7 @@
 #include "AppState.h"
 #include "artwork/ArtworkImageProvider.h"
 #include "BenchProbe.h"
+#include "SingleInstance.h"
 
 #include "model/Log.h"
 
@@ -22,26 +23,6 @@
 
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
 
-namespace {
-
-// The folders named on the command line, as absolute folder URLs.
-QList<QUrl> foldersFrom(const QStringList &arguments)
-{
-    QList<QUrl> folders;
-    for (const QString &argument : arguments) {
-        const QUrl url = QUrl::fromUserInput(argument, QDir::currentPath(), QUrl::AssumeLocalFile);
-        const QFileInfo info(url.toLocalFile());
-        if (!url.isLocalFile() || !info.isDir()) {
-            std::fprintf(stderr, "tarnwell: %s is not a folder; skipped\n", qPrintable(argument));
-            continue;
-        }
-        folders.append(QUrl::fromLocalFile(info.canonicalFilePath()));
-    }
-    return folders;
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
     const BenchProbe::Clock startTime = BenchProbe::now();
@@ -58,8 +39,9 @@ int main(int argc, char **argv)
     parser.setApplicationDescription(QStringLiteral("Tarnwell plays the music in your own folders."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("folder"), QStringLiteral("Music folders to import at start."),
-                                 QStringLiteral("[FOLDER...]"));
+    parser.addPositionalArgument(QStringLiteral("folder"),
+                                 QStringLiteral("Music folders to import; a song given plays once its folder is in."),
+                                 QStringLiteral("[FOLDER|FILE...]"));
     // Unknown options may be Qt's own (-platform, -style...): they are judged
     // once QGuiApplication has taken those out.
     parser.parse(arguments);
@@ -76,11 +58,15 @@ int main(int argc, char **argv)
 
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("tarnwell"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
     // Qt has taken its own options out of the arguments by now.
     parser.process(QCoreApplication::arguments());
-    const QList<QUrl> folders = foldersFrom(parser.positionalArguments());
+    const QList<QUrl> openUrls = SingleInstance::urlsFrom(parser.positionalArguments(), QDir::currentPath());
+    // A Tarnwell already running takes the arguments instead.
+    SingleInstance instance;
+    if (!instance.claim() && instance.handOff(openUrls))
+        return 0;
 
     QFont font(QStringLiteral("Inter"));
     font.setPixelSize(13);
@@ -115,15 +101,7 @@ int main(int argc, char **argv)
     if (!state.registerMediaControls())
         qCInfo(lcApp) << "no media keys: the session bus is not available";
     BenchProbe probe(startTime, window, &state);
-    // Folders from the command line are imported once the window is up.
-    if (window && !folders.isEmpty()) {
-        // Queued: frames may be swapped several times before this runs once.
-        auto imported = std::make_shared<bool>(false);
-        QObject::connect(window, &QQuickWindow::frameSwapped, &state, [&state, folders, imported] {
-            if (std::exchange(*imported, true))
-                return;
-            state.importFolders(folders);
-        }, Qt::QueuedConnection);
-    }
+    instance.attach(state, window);
+    instance.open(openUrls);
     return app.exec();
 }

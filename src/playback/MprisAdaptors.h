@@ -28,7 +28,7 @@ public:
     bool canRaise() const;
     bool hasTrackList() const { return false; }
     QString identity() const { return QStringLiteral("Tarnwell"); }
-    QString desktopEntry() const { return QStringLiteral("tarnwell"); }
+    QString desktopEntry() const { return QStringLiteral("org.tarnwell.tarnwell"); }
     QStringList supportedUriSchemes() const { return {}; }
     QStringList supportedMimeTypes() const { return {}; }
 

@@ -77,7 +77,7 @@ Item {
         }
 
         function test_photographFadesInOnItsOwn() {
-            const overlay = show(Qt.resolvedUrl("../../src/app/tarnwell.svg"))
+            const overlay = show(Qt.resolvedUrl("../../data/icons/org.tarnwell.tarnwell.svg"))
             tryVerify(() => overlay.bgImageVisible, 5000)
             const backdrop = find(overlay, "onboardingBackdrop")
             verify(backdrop.visible)
