@@ -62,6 +62,7 @@ void AudioPlayer::play()
         if (m_atEnd) {
             m_pipeline->seek(0);
             m_atEnd = false;
+            m_toldEndApproaching = false; // a song played again asks again
         }
         m_pipeline->play();
     }

@@ -45,9 +45,11 @@ QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const
 // Gapless: a few seconds before a song ends the controller chooses the next
 // one by the same rules (for shuffle, the random draw is made then and kept)
 // and hands its file to the player. When the song ends the owner calls
-// playNext as always; the prepared song is then the one that plays, already
-// joined or loaded then. Anything the user does meanwhile (next, previous, a
-// pick, shuffle, a change of the queue) drops the prepared song.
+// playNext as always, and the prepared song is the one that plays: the player
+// has joined it already, or it is loaded now. Anything the user does meanwhile
+// (next, previous, a pick, shuffle, a change of the queue the owner reports
+// with queueChanged) drops the prepared song; a queue change nobody reported
+// is noticed at the end, and the queue's next song loaded instead.
 //
 // Plain C++ over PlayerControl so every rule can be checked without sound. The
 // owner (the main state) reacts to the player's finishTick by calling playNext.

@@ -170,17 +170,17 @@ private Q_SLOTS:
         if (lengthKnownAtLoad)
             QVERIFY2(qAbs(player.duration() - length) <= tolerance,
                 qPrintable(QString::number(player.duration())));
-        // The position moves at once, and the sound follows once it plays.
-        player.seek(std::nan(""));
-        QCOMPARE(player.currentTime(), 0.0);
-        player.seek(1.0);
-        QCOMPARE(player.currentTime(), 1.0);
         player.play();
         QVERIFY(player.isPlaying());
-        QVERIFY(moved.wait(patience));
-        QVERIFY2(player.currentTime() >= 0.9, qPrintable(QString::number(player.currentTime())));
         QTRY_VERIFY2_WITH_TIMEOUT(qAbs(player.duration() - length) <= tolerance,
             qPrintable(QString::number(player.duration())), patience);
+        // The position moves at once, and the sound follows.
+        player.seek(std::nan(""));
+        QVERIFY(player.currentTime() < 1.0);
+        player.seek(1.0);
+        QCOMPARE(player.currentTime(), 1.0);
+        QVERIFY(moved.wait(patience));
+        QVERIFY2(player.currentTime() >= 0.9, qPrintable(QString::number(player.currentTime())));
 
         player.pause();
         QVERIFY(!player.isPlaying());

@@ -182,7 +182,6 @@ private Q_SLOTS:
         };
         // Order and wrap-around.
         row("next follows the queue", "queue A B C,play A,next", "B", "A", "A,B");
-        row("next after the last plays the first", "queue A B C,play C,next", "A", "C", "C,A");
         row("the queue is asked anew each time", "queue A B C,play A,queue C A,next", "C", "A", "A,C");
         row("next with nothing playing does nothing", "queue A B C,next", "", "", "");
         // Previous: history first, then the queue, never wrapping.
@@ -190,8 +189,6 @@ private Q_SLOTS:
             "queue A B C,play A,play C,prev,prev", "A", "", "A,C,A");
         row("previous without history steps back in the queue", "queue A B C,start C,prev,prev,prev", "A", "",
             "C,B,A");
-        row("going back does not remember the song left", "queue A B C,play A,play B,play C,prev,prev", "A",
-            "", "A,B,C,B,A");
         // History.
         row("replaying the playing song pushes it again", "queue A B C,play A,play A,play A", "A", "A,A",
             "A,A,A");
@@ -202,8 +199,6 @@ private Q_SLOTS:
             "A,B,A", "A,B,A,B");
         row("shuffle picks among the other songs in queue order", "queue A B C D,shuffle,play B,pick 2,next",
             "D", "B", "B,D");
-        row("shuffle with nothing playing picks from the whole queue", "queue A B C,shuffle,pick 1,next", "B",
-            "", "B");
         // A song outside the queue (another playlist is selected), an empty queue.
         row("song not in the queue: next and previous do nothing", "queue A B C,play X,next,prev", "X", "",
             "X");
@@ -270,30 +265,6 @@ private Q_SLOTS:
         Rig rig;
         rig.run(list("queue A B C D E,shuffle,play C,near,end"));
         QCOMPARE(rig.pickCounts, QList<qsizetype> { 4 });
-    }
-
-    void playbackQueueFollowsTheSelection_data()
-    {
-        QTest::addColumn<QString>("selected"); // "", a playlist name, or "unknown"
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("no playlist selected: the library") << "" << QStringList { "A", "B", "C" };
-        QTest::newRow("a playlist: its songs in its order") << "mix" << QStringList { "C", "A" };
-        QTest::newRow("an unknown playlist: nothing") << "unknown" << QStringList {};
-    }
-
-    void playbackQueueFollowsTheSelection()
-    {
-        QFETCH(QString, selected);
-        QFETCH(QStringList, expected);
-        const QList<Track> library { song(QStringLiteral("A")), song(QStringLiteral("B")),
-            song(QStringLiteral("C")) };
-        const Playlist mix { QUuid::createUuid(), QStringLiteral("mix"), { library[2], library[0] } };
-        std::optional<QUuid> id;
-        if (selected == u"mix")
-            id = mix.id;
-        else if (selected == u"unknown")
-            id = QUuid::createUuid();
-        QCOMPARE(names(playbackQueue(id, { mix }, library)), expected);
     }
 
     void seek_data()
