@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // tarnwell-cli play: the files given, in order, through the program's own
-// player and controller, with media keys and now-playing over MPRIS. Prints
-// the position once a second; Ctrl+C stops.
+// player and controller, with media keys and now-playing over MPRIS. Songs
+// follow each other without a gap and play levelled unless told otherwise
+// (the stored preference is left alone). Prints the position once a second;
+// Ctrl+C stops.
 #include "Commands.h"
 
 #include "playback/AudioPlayer.h"
@@ -41,7 +43,8 @@ void line(const QString &text)
 
 int usage()
 {
-    cli::error(QStringLiteral("usage: tarnwell-cli play [--shuffle] [--repeat] FILE..."));
+    cli::error(QStringLiteral(
+        "usage: tarnwell-cli play [--shuffle] [--repeat] [--no-gapless] [--no-levelling] FILE..."));
     return cli::usageError;
 }
 
@@ -51,12 +54,18 @@ int cli::play(const QStringList &args)
 {
     bool shuffle = false;
     bool repeat = false;
+    bool gapless = true;
+    bool levelling = true;
     QList<Track> tracks;
     for (const QString &arg : args) {
         if (arg == u"--shuffle") {
             shuffle = true;
         } else if (arg == u"--repeat") {
             repeat = true;
+        } else if (arg == u"--no-gapless") {
+            gapless = false;
+        } else if (arg == u"--no-levelling") {
+            levelling = false;
         } else if (arg.startsWith(u"--")) {
             return usage();
         } else {
@@ -72,6 +81,7 @@ int cli::play(const QStringList &args)
         return usage();
 
     AudioPlayer player;
+    player.overrideVolumeLevelling(levelling);
     PlaybackController controller(player, [&tracks] { return tracks; });
     MprisService mpris(player, controller);
     mpris.registerOnBus(); // without a session bus, playback goes on without media keys
@@ -86,8 +96,11 @@ int cli::play(const QStringList &args)
     });
 
     // Like the program, the end of a song plays the next one; unlike it, the
-    // command ends after the last one unless told to repeat.
+    // command ends after the last one unless told to repeat, so nothing is
+    // joined after the last song.
     int finished = 0;
+    const auto joinAfterThisSong = [&] { return gapless && (repeat || finished + 1 < tracks.size()); };
+    controller.setGapless(joinAfterThisSong());
     QObject::connect(&player, &AudioPlayer::finishTickChanged, &player, [&] {
         ++finished;
         const bool done = shuffle ? finished >= tracks.size() : controller.playingTrack() == tracks.last();
@@ -96,6 +109,7 @@ int cli::play(const QStringList &args)
             return;
         }
         controller.playNext();
+        controller.setGapless(joinAfterThisSong());
         if (!player.isPlaying()) {
             error(QStringLiteral("cannot play the next file"));
             QCoreApplication::exit(1);

@@ -24,7 +24,7 @@ const Command commands[] = {
     {"write", "write FILE... [--title T] [--artist A] [--album B]\n"
               "                              writes tags; options not given keep the file's value, \"\" removes",
      cli::write},
-    {"play", "play [--shuffle] [--repeat] FILE...\n"
+    {"play", "play [--shuffle] [--repeat] [--no-gapless] [--no-levelling] FILE...\n"
              "                              plays the files in order, printing the position once a second",
      cli::play},
     {"search", "search DIR QUERY            the search answer for QUERY over the songs below DIR, as JSON",

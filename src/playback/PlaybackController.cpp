@@ -4,6 +4,7 @@
 #include <QRandomGenerator>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const QList<Playlist> &playlists,
@@ -26,6 +27,12 @@ PlaybackController::PlaybackController(PlayerControl &player, QueueSource queue,
     if (!m_random)
         m_random
             = [](qsizetype count) { return qsizetype(QRandomGenerator::global()->bounded(quint64(count))); };
+    m_player.setEndApproachingHandler([this] { onEndApproaching(); });
+}
+
+PlaybackController::~PlaybackController()
+{
+    m_player.setEndApproachingHandler({});
 }
 
 PlaybackController::Batch::~Batch()
@@ -60,8 +67,11 @@ void PlaybackController::playTrack(const Track &track)
 bool PlaybackController::startPlayback(const Track &track)
 {
     Batch batch(*this);
+    // Loading withdraws whatever the player had queued.
+    m_prepared.reset();
     if (!m_player.load(track.url))
         return false;
+    m_endApproaching = false;
     if (!m_playingTrack || !(*m_playingTrack == track))
         m_pending |= PlayingTrackChanged;
     m_playingTrack = track;
@@ -72,17 +82,39 @@ bool PlaybackController::startPlayback(const Track &track)
 void PlaybackController::playNext()
 {
     Batch batch(*this);
+    const std::optional<QUrl> ended = m_player.takeSongEnd();
+    const std::optional<Track> prepared = std::exchange(m_prepared, std::nullopt);
+    if (ended && prepared && isStillNext(*prepared)) {
+        if (*ended == prepared->url)
+            adopt(*prepared);
+        else // stopped at the end, or joined a file withdrawn too late
+            playTrack(*prepared);
+        return;
+    }
+    if (prepared)
+        m_player.queueNext(QUrl());
+    if (const std::optional<Track> next = chooseNext()) {
+        playTrack(*next);
+    } else if (ended && !ended->isEmpty() && m_playingTrack) {
+        // The player went on to a song that is no longer wanted and nothing
+        // follows: leave it as a song that ended.
+        m_player.load(m_playingTrack->url);
+        m_player.pause();
+    }
+}
+
+std::optional<Track> PlaybackController::chooseNext()
+{
     const QList<Track> queue = currentQueue();
     if (queue.isEmpty())
-        return;
+        return std::nullopt;
     if (!m_isShuffled) {
         if (!m_playingTrack)
-            return;
+            return std::nullopt;
         const qsizetype i = indexOf(queue, *m_playingTrack);
         if (i < 0)
-            return;
-        playTrack(queue.at((i + 1) % queue.size()));
-        return;
+            return std::nullopt;
+        return queue.at((i + 1) % queue.size());
     }
     // Only the playing song is left out: songs heard a moment ago may come again.
     QList<Track> candidates;
@@ -92,9 +124,72 @@ void PlaybackController::playNext()
             candidates.append(t);
     }
     if (candidates.isEmpty())
-        return;
+        return std::nullopt;
     const qsizetype pick = m_random(candidates.size());
-    playTrack(candidates.at(std::clamp<qsizetype>(pick, 0, candidates.size() - 1)));
+    return candidates.at(std::clamp<qsizetype>(pick, 0, candidates.size() - 1));
+}
+
+bool PlaybackController::isStillNext(const Track &track) const
+{
+    const QList<Track> queue = currentQueue();
+    if (!m_playingTrack)
+        return false;
+    const qsizetype playing = indexOf(queue, *m_playingTrack);
+    if (!m_isShuffled)
+        return playing >= 0 && queue.at((playing + 1) % queue.size()) == track;
+    return !(track == *m_playingTrack) && indexOf(queue, track) >= 0;
+}
+
+void PlaybackController::onEndApproaching()
+{
+    m_endApproaching = true;
+    prepareNext();
+}
+
+void PlaybackController::prepareNext()
+{
+    if (!m_gapless || !m_endApproaching)
+        return;
+    m_prepared = chooseNext();
+    // A file the player can't join stays the choice: it is loaded at the end.
+    m_player.queueNext(m_prepared ? m_prepared->url : QUrl());
+}
+
+void PlaybackController::cancelPrepared()
+{
+    if (!m_prepared)
+        return;
+    m_prepared.reset();
+    m_player.queueNext(QUrl());
+}
+
+void PlaybackController::adopt(const Track &track)
+{
+    if (m_playingTrack) {
+        m_history.append(*m_playingTrack);
+        m_pending |= HistoryChanged;
+    }
+    if (!m_playingTrack || !(*m_playingTrack == track))
+        m_pending |= PlayingTrackChanged;
+    m_playingTrack = track;
+    m_endApproaching = false;
+}
+
+void PlaybackController::queueChanged()
+{
+    cancelPrepared();
+    prepareNext();
+}
+
+void PlaybackController::setGapless(bool on)
+{
+    if (m_gapless == on)
+        return;
+    m_gapless = on;
+    if (on)
+        prepareNext();
+    else
+        cancelPrepared();
 }
 
 void PlaybackController::playPrevious()
@@ -128,9 +223,15 @@ void PlaybackController::toggleShuffle()
     Batch batch(*this);
     m_isShuffled = !m_isShuffled;
     m_pending |= ShuffleChanged;
+    // The song prepared under the other rule is not the one to play.
+    cancelPrepared();
+    prepareNext();
 }
 
 void PlaybackController::seek(double fraction)
 {
+    // With the length unknown, any share would mean the start of the song.
+    if (!std::isfinite(fraction) || m_player.duration() <= 0)
+        return;
     m_player.seek(fraction * m_player.duration());
 }

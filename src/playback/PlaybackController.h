@@ -7,9 +7,13 @@
 //        │
 //   PlaybackController ── playingTrack, history, isShuffled; playTrack, playNext, ...
 //        │  (PlayerControl: load, play, pause, seek)
-//   AudioPlayer ── one PlaybinPipeline per file ── GStreamer playbin
-//        │                                          └─ CafSource: FFmpeg → appsrc for .caf
-//        └─ finishTick ──→ the owner calls playNext
+//   AudioPlayer ── one PlaybinPipeline per load ── GStreamer playbin
+//        │   │                                      ├─ LevellingStage: ReplayGain per stream
+//        │   │                                      └─ CafSource: FFmpeg → appsrc for .caf
+//        │   └─ end approaching ──→ the controller prepares the next song and
+//        │                          queues its file, which the playbin joins
+//        └─ finishTick ──→ the owner calls playNext, which takes the joined
+//                          song as the playing one (or loads the next one)
 //
 //   MprisService ── observes the player and the controller; media keys and
 //                   now-playing clients reach them over D-Bus
@@ -38,6 +42,15 @@ QList<Track> playbackQueue(const std::optional<QUuid> &selectedPlaylistId, const
 // random, the previous one from the history or the queue. The queue is asked
 // for anew on every use, so it always follows the current selection.
 //
+// Gapless: a few seconds before a song ends the controller chooses the next
+// one by the same rules (for shuffle, the random draw is made then and kept)
+// and hands its file to the player. When the song ends the owner calls
+// playNext as always, and the prepared song is the one that plays: the player
+// has joined it already, or it is loaded now. Anything the user does meanwhile
+// (next, previous, a pick, shuffle, a change of the queue the owner reports
+// with queueChanged) drops the prepared song; a queue change nobody reported
+// is noticed at the end, and the queue's next song loaded instead.
+//
 // Plain C++ over PlayerControl so every rule can be checked without sound. The
 // owner (the main state) reacts to the player's finishTick by calling playNext.
 class PlaybackController
@@ -58,6 +71,9 @@ public:
 
     // random defaults to the system's random source.
     PlaybackController(PlayerControl &player, QueueSource queue, RandomIndex random = {});
+    ~PlaybackController();
+    PlaybackController(const PlaybackController &) = delete;
+    PlaybackController &operator=(const PlaybackController &) = delete;
 
     void setChangeListener(ChangeListener listener) { m_listener = std::move(listener); }
 
@@ -70,15 +86,25 @@ public:
     // be opened nothing else changes and false is returned.
     bool startPlayback(const Track &track);
     // The song after the playing one in the queue (the first after the last),
-    // or with shuffle on a random other song of the queue.
+    // or with shuffle on a random other song of the queue. Right after a song
+    // ended, the song prepared for that moment.
     void playNext();
     // The last song of history, else the one before the playing song in the
     // queue; nothing at the start of the queue.
     void playPrevious();
     void togglePlayPause();
     void toggleShuffle();
-    // Jumps to that share (0..1) of the song's length.
+    // Jumps to that share (0..1) of the song's length; nothing while the
+    // length is unknown or the share is not a number.
     void seek(double fraction);
+    // The queue may have changed: the prepared song is chosen again.
+    void queueChanged();
+    // On (the default), songs follow each other without a gap. Off, nothing
+    // is prepared: each song ends and the next is loaded afterwards.
+    void setGapless(bool on);
+
+    // The song chosen to follow the playing one, once its end approaches.
+    const std::optional<Track> &preparedNext() const { return m_prepared; }
 
     const std::optional<Track> &playingTrack() const { return m_playingTrack; }
     // Oldest first; grows with every playTrack while something plays.
@@ -105,6 +131,14 @@ private:
     };
 
     static qsizetype indexOf(const QList<Track> &queue, const Track &track);
+    // The song playNext would start now; for shuffle, a new draw.
+    std::optional<Track> chooseNext();
+    bool isStillNext(const Track &track) const;
+    void onEndApproaching();
+    void prepareNext();
+    void cancelPrepared();
+    // The player already plays the song: it becomes the playing one.
+    void adopt(const Track &track);
 
     PlayerControl &m_player;
     QueueSource m_queue;
@@ -113,6 +147,10 @@ private:
     std::optional<Track> m_playingTrack;
     QList<Track> m_history;
     bool m_isShuffled = false;
+    std::optional<Track> m_prepared;
+    // The playing song's end approaches: a cancelled choice is made again.
+    bool m_endApproaching = false;
+    bool m_gapless = true;
     int m_depth = 0;
     unsigned m_pending = 0;
 };

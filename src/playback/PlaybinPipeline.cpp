@@ -2,6 +2,7 @@
 #include "PlaybinPipeline.h"
 
 #include "CafSource.h"
+#include "LevellingStage.h"
 #include "model/Log.h"
 
 #include <QFile>
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <condition_variable>
 #include <mutex>
 
@@ -22,15 +24,32 @@ struct BusLink
 {
     std::mutex mutex;
     std::condition_variable prerollDone;
+    std::condition_variable nextSettled;
     // Guarded by mutex. Cleared before the pipeline is torn down, so no event is
     // posted once the owner has let go of it.
     QObject *receiver = nullptr;
     bool prerolled = false;
     bool failed = false;
     QString error;
+    // Files are counted from 0, the opened one, in the order they play.
+    // The one the playbin reads now; the heard one may still be the one before.
+    int reading = 0;
+    // The file to join after file queuedAfter, until the playbin takes it.
+    QString queued;
+    int queuedAfter = -1;
+    // The owner has said what follows each file up to this one (maybe nothing).
+    int settledUpTo = -1;
+    bool closing = false;
+    // The file taken, until its stream starts.
+    QString joining;
+
+    // Set once before the playbin starts.
+    std::shared_ptr<LevellingStage> levelling;
 
     // GUI thread only.
     bool alive = true;
+    QString path;
+    int heard = 0;
     PlaybinPipeline::EventHandler handler;
 };
 
@@ -43,18 +62,88 @@ using Event = PlaybinPipeline::Event;
 constexpr int playFlagAudio = 1 << 1;
 constexpr int playFlagSoftVolume = 1 << 4;
 
-// Called with link->mutex held.
-void deliver(const std::shared_ptr<BusLink> &link, Event event)
+// Called with link->mutex held. joined: the file of an Advanced event.
+void deliver(const std::shared_ptr<BusLink> &link, Event event, const QString &joined = {})
 {
     if (!link->receiver)
         return;
     QMetaObject::invokeMethod(
         link->receiver,
-        [link, event] {
-            if (link->alive && link->handler)
+        [link, event, joined] {
+            if (!link->alive)
+                return;
+            if (event == Event::Advanced) {
+                link->path = joined;
+                ++link->heard;
+            }
+            if (link->handler)
                 link->handler(event);
         },
         Qt::QueuedConnection);
+}
+
+bool isCaf(const QString &path)
+{
+    return path.endsWith(u".caf", Qt::CaseInsensitive);
+}
+
+gchar *uriOf(const QString &absolutePath, QString *error)
+{
+    GError *uriError = nullptr;
+    gchar *uri = gst_filename_to_uri(QFile::encodeName(absolutePath).constData(), &uriError);
+    if (!uri && error)
+        *error = QString::fromUtf8(uriError ? uriError->message : "bad file name");
+    g_clear_error(&uriError);
+    return uri;
+}
+
+// About the time the sink takes to play what the playbin reads ahead.
+constexpr int settleTimeoutMs = 1500;
+
+// Runs in a streaming thread once the current file has been read to its end.
+// A uri set before this returns is played next without a gap; none, and the
+// stream ends.
+void onAboutToFinish(GstElement *playbin, gpointer data)
+{
+    const std::shared_ptr<BusLink> &link = *static_cast<std::shared_ptr<BusLink> *>(data);
+    QString next;
+    {
+        // A song shorter than what the playbin reads ahead is read to its end
+        // before the owner has heard it start, let alone chosen what follows:
+        // wait for that choice while the sink plays what it has.
+        std::unique_lock lock(link->mutex);
+        const int current = link->reading;
+        if (!link->nextSettled.wait_for(lock, std::chrono::milliseconds(settleTimeoutMs),
+                [&] { return link->closing || link->settledUpTo >= current; }))
+            qCDebug(lcPlayback) << "no word of the file after" << current << "in time; ending it";
+        // A file queued to follow an earlier one came too late for it.
+        if (link->closing || link->queuedAfter != current)
+            return;
+        next = std::exchange(link->queued, QString());
+    }
+    if (next.isEmpty())
+        return;
+    // A file gone since it was queued ends the song as usual, and the next
+    // load reports it.
+    if (!QFileInfo(next).isFile()) {
+        qCInfo(lcPlayback) << "not joining" << next << ": no such file";
+        return;
+    }
+    QString why;
+    gchar *uri = uriOf(next, &why);
+    if (!uri) {
+        qCInfo(lcPlayback) << "not joining" << next << ":" << why;
+        return;
+    }
+    // Read here, where the sink still has a second of the current song to play.
+    link->levelling->expect(next, replaygain::readTrackGain(next));
+    {
+        std::lock_guard lock(link->mutex);
+        link->joining = next;
+        ++link->reading;
+    }
+    g_object_set(playbin, "uri", uri, nullptr);
+    g_free(uri);
 }
 
 QString errorText(GstMessage *message)
@@ -104,6 +193,14 @@ GstBusSyncReply onBusMessage(GstBus *, GstMessage *message, gpointer data)
         deliver(link, Event::DurationChanged);
         break;
     }
+    case GST_MESSAGE_STREAM_START: {
+        // The sink has the first sample of the joined file; the opened file's
+        // own start is not news.
+        std::lock_guard lock(link->mutex);
+        if (!link->joining.isEmpty())
+            deliver(link, Event::Advanced, std::exchange(link->joining, QString()));
+        break;
+    }
     default:
         break;
     }
@@ -113,6 +210,11 @@ GstBusSyncReply onBusMessage(GstBus *, GstMessage *message, gpointer data)
 void deleteLink(gpointer data)
 {
     delete static_cast<std::shared_ptr<BusLink> *>(data);
+}
+
+void deleteLinkClosure(gpointer data, GClosure *)
+{
+    deleteLink(data);
 }
 
 void onSourceSetup(GstElement *, GstElement *source, gpointer data)
@@ -208,8 +310,8 @@ QString PlaybinPipeline::sinkDescription()
     return configured.isEmpty() ? QStringLiteral("autoaudiosink") : configured;
 }
 
-std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(
-    const QString &path, QObject *receiver, EventHandler handler, int timeoutMs, QString *error)
+std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObject *receiver,
+    EventHandler handler, int timeoutMs, bool levelling, QString *error)
 {
     auto fail = [error](const QString &why) {
         if (error)
@@ -234,18 +336,22 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(
     g_object_set(playbin, "audio-sink", sink, "flags", playFlagAudio | playFlagSoftVolume, nullptr);
 
     const QString absolute = info.absoluteFilePath();
-    if (info.suffix().compare(u"caf", Qt::CaseInsensitive) == 0) {
+    pipeline->m_levelling = std::make_shared<LevellingStage>();
+    pipeline->m_levelling->setEnabled(levelling);
+    pipeline->m_levelling->expect(absolute);
+    if (GstElement *filter = pipeline->m_levelling->element())
+        g_object_set(playbin, "audio-filter", filter, nullptr);
+
+    if (isCaf(absolute)) {
+        pipeline->m_joinable = false;
         g_object_set(playbin, "uri", "appsrc://", nullptr);
         g_signal_connect_data(playbin, "source-setup", G_CALLBACK(onSourceSetup), new QString(absolute),
             deletePath, GConnectFlags(0));
     } else {
-        GError *uriError = nullptr;
-        gchar *uri = gst_filename_to_uri(QFile::encodeName(absolute).constData(), &uriError);
-        if (!uri) {
-            const QString why = QString::fromUtf8(uriError ? uriError->message : "bad file name");
-            g_clear_error(&uriError);
+        QString why;
+        gchar *uri = uriOf(absolute, &why);
+        if (!uri)
             return fail(why);
-        }
         g_object_set(playbin, "uri", uri, nullptr);
         g_free(uri);
     }
@@ -253,10 +359,14 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(
     auto link = std::make_shared<BusLink>();
     link->receiver = receiver;
     link->handler = std::move(handler);
+    link->levelling = pipeline->m_levelling;
+    link->path = absolute;
     pipeline->m_link = link;
     GstBus *bus = gst_element_get_bus(playbin);
     gst_bus_set_sync_handler(bus, onBusMessage, new std::shared_ptr<BusLink>(link), deleteLink);
     gst_object_unref(bus);
+    g_signal_connect_data(playbin, "about-to-finish", G_CALLBACK(onAboutToFinish),
+        new std::shared_ptr<BusLink>(link), deleteLinkClosure, GConnectFlags(0));
 
     const GstStateChangeReturn ret = gst_element_set_state(playbin, GST_STATE_PAUSED);
     std::unique_lock lock(link->mutex);
@@ -281,6 +391,8 @@ PlaybinPipeline::~PlaybinPipeline()
         {
             std::lock_guard lock(m_link->mutex);
             m_link->receiver = nullptr;
+            m_link->closing = true;
+            m_link->nextSettled.notify_all();
         }
         m_link->alive = false;
     }
@@ -288,6 +400,40 @@ PlaybinPipeline::~PlaybinPipeline()
         gst_element_set_state(m_playbin, GST_STATE_NULL);
         gst_object_unref(m_playbin);
     }
+}
+
+bool PlaybinPipeline::queueNext(const QString &path)
+{
+    const bool joinable = path.isEmpty() || (m_joinable && !isCaf(path));
+    std::lock_guard lock(m_link->mutex);
+    m_link->queued = joinable ? path : QString();
+    m_link->queuedAfter = m_link->heard;
+    m_link->settledUpTo = std::max(m_link->settledUpTo, m_link->heard);
+    m_link->nextSettled.notify_all();
+    return joinable;
+}
+
+void PlaybinPipeline::settleNext()
+{
+    std::lock_guard lock(m_link->mutex);
+    m_link->settledUpTo = std::max(m_link->settledUpTo, m_link->heard);
+    m_link->nextSettled.notify_all();
+}
+
+bool PlaybinPipeline::isJoining() const
+{
+    std::lock_guard lock(m_link->mutex);
+    return !m_link->joining.isEmpty();
+}
+
+QString PlaybinPipeline::path() const
+{
+    return m_link->path;
+}
+
+void PlaybinPipeline::setLevelling(bool on)
+{
+    m_levelling->setEnabled(on);
 }
 
 void PlaybinPipeline::play()
@@ -302,6 +448,15 @@ void PlaybinPipeline::pause()
 
 bool PlaybinPipeline::seek(double seconds)
 {
+    if (!std::isfinite(seconds))
+        return false;
+    // A flushing seek waits for the streaming threads, one of which may be
+    // waiting for the next file: it goes on without one.
+    {
+        std::lock_guard lock(m_link->mutex);
+        m_link->settledUpTo = std::max(m_link->settledUpTo, m_link->reading);
+        m_link->nextSettled.notify_all();
+    }
     const gint64 target = gint64(std::max(0.0, seconds) * double(GST_SECOND));
     return gst_element_seek_simple(
         m_playbin, GST_FORMAT_TIME, GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), target);

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: GPL-3.0-or-later
-# tarnwell-cli play end to end: plays files in order and ends, refuses what it
-# can't play, and answers a desktop's media keys over MPRIS (playerctl on the
-# private bus dbus-run-session gives this script).
+# tarnwell-cli play end to end: plays files in order, joined without a gap and
+# levelled, and ends; refuses what it can't play; answers a desktop's media
+# keys over MPRIS (playerctl on the private bus dbus-run-session gives this
+# script).
 # Usage: cli_play.sh TARNWELL-CLI
 set -uo pipefail
 cli=$1
@@ -31,6 +32,28 @@ expected=$(printf 'playing %s\nplaying %s' "$dir/one.wav" "$dir/two.flac")
 [ "$(grep '^playing' <<<"$out")" = "$expected" ] || fail "songs played: $out"
 grep -Eq '^0:0[01] / 0:01 playing$' <<<"$out" || fail "no position line: $out"
 
+# Songs joined without a gap and levelled: the recording holds both files'
+# samples back to back, the one tagged -6 dB at half the level, or as it is
+# with --no-levelling.
+tone "$dir/a.flac" 1.5
+cp "$dir/a.flac" "$dir/quiet.flac"
+metaflac --set-tag="REPLAYGAIN_TRACK_GAIN=-6.02 dB" --set-tag=REPLAYGAIN_TRACK_PEAK=0.5 "$dir/quiet.flac"
+ffmpeg -nostdin -v error -i "$dir/a.flac" -f s16le - > "$dir/a.raw"
+record() {
+  TARNWELL_AUDIO_SINK="capsfilter caps=audio/x-raw,format=S16LE,layout=interleaved,rate=44100,channels=2 ! filesink location=$dir/rec.raw" \
+    "$cli" play "$@" > /dev/null 2>&1
+}
+peak() { sox -t raw -r 44100 -e signed -b 16 -c 2 "$1" -n stat 2>&1 | awk '/Maximum amplitude/ { print $3 }'; }
+bytes=$(stat -c %s "$dir/a.raw")
+record "$dir/a.flac" "$dir/quiet.flac"
+[ "$(stat -c %s "$dir/rec.raw")" -eq $((2 * bytes)) ] || fail "a gapless pair recorded $(stat -c %s "$dir/rec.raw") bytes, not $((2 * bytes))"
+cmp -s -n "$bytes" "$dir/rec.raw" "$dir/a.raw" || fail "the untagged song did not play as it is"
+tail -c "$bytes" "$dir/rec.raw" > "$dir/second.raw"
+awk -v q="$(peak "$dir/second.raw")" -v a="$(peak "$dir/a.raw")" 'BEGIN { exit !(q > 0.48 * a && q < 0.52 * a) }' ||
+  fail "the song tagged -6 dB peaks at $(peak "$dir/second.raw"), the untagged one at $(peak "$dir/a.raw")"
+record --no-levelling "$dir/a.flac" "$dir/quiet.flac"
+cat "$dir/a.raw" "$dir/a.raw" | cmp -s - "$dir/rec.raw" || fail "--no-levelling changed the samples"
+
 # What can't be played.
 "$cli" play "$dir/notes.mp3" >/dev/null 2>&1
 [ $? -eq 1 ] || fail "a text file named .mp3 should fail with 1"
@@ -43,16 +66,16 @@ grep -Eq '^0:0[01] / 0:01 playing$' <<<"$out" || fail "no position line: $out"
 
 # Media keys and now-playing over MPRIS.
 if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ] || ! command -v playerctl >/dev/null; then
-  echo "SKIP: MPRIS part needs dbus-run-session and playerctl"
+  fail "the MPRIS part needs dbus-run-session and playerctl"
 else
   "$cli" play "$dir/long A.wav" "$dir/long B.wav" > "$dir/out.txt" 2>"$dir/err.txt" &
   player_pid=$!
   pc() { playerctl --player=tarnwell "$@" 2>/dev/null; }
-  # wait_for EXPECTED COMMAND...: polls for up to 5 s.
+  # wait_for EXPECTED COMMAND...: polls until it answers that (or 30 s pass).
   wait_for() {
     local want=$1 got=
     shift
-    for _ in $(seq 50); do
+    for _ in $(seq 300); do
       got=$("$@")
       [ "$got" = "$want" ] && return 0
       sleep 0.1
@@ -65,8 +88,8 @@ else
   wait_for 30000000 pc metadata mpris:length
   pc play-pause
   wait_for Paused pc status
-  sleep 1.2
-  tail -n 1 "$dir/out.txt" | grep -q 'paused$' || fail "the position line should say paused: $(tail -n 1 "$dir/out.txt")"
+  last_state() { tail -n 1 "$dir/out.txt" | awk '{ print $NF }'; }
+  wait_for paused last_state
   pc play-pause
   wait_for Playing pc status
   pc next
@@ -74,7 +97,7 @@ else
   pc previous
   wait_for "long A" pc metadata title
   kill -INT "$player_pid"
-  for _ in $(seq 50); do kill -0 "$player_pid" 2>/dev/null || break; sleep 0.1; done
+  for _ in $(seq 300); do kill -0 "$player_pid" 2>/dev/null || break; sleep 0.1; done
   if kill -0 "$player_pid" 2>/dev/null; then
     fail "Ctrl+C did not stop playback"
   else

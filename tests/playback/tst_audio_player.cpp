@@ -1,26 +1,94 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The player on real files through "fakesink sync=true", which keeps real time
-// without a sound card.
+// The player on real files. Sound goes to "fakesink sync=true", which keeps
+// real time without a sound card, or, where the samples matter, into a file
+// that ffmpeg's decoding of the same files is compared with.
 #include "AudioFixtures.h"
 #include "playback/AudioPlayer.h"
+#include "playback/PlaybackController.h"
+#include "playback/ReplayGain.h"
 #include "support/TestSupport.h"
 
-#include <QDir>
-#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <cmath>
+#include <span>
 
 using fixtures::Format;
 
 namespace {
 
-constexpr double clipSeconds = 1.2;
+// Every wait is for a condition; this only ends a test that hangs.
+constexpr int patience = 60000;
 
 QUrl fileUrl(const QString &path)
 {
     return QUrl::fromLocalFile(path);
 }
+
+// Players made while it lives write 16-bit stereo at 44.1 kHz to the file,
+// in real time or as fast as they decode. The file sink truncates when it
+// opens, so a sink opened twice loses what came before.
+class RecordingSink
+{
+public:
+    RecordingSink(const QString &file, bool realTime)
+        : m_old(qgetenv("TARNWELL_AUDIO_SINK"))
+    {
+        qputenv("TARNWELL_AUDIO_SINK",
+            QStringLiteral("capsfilter caps=audio/x-raw,format=S16LE,layout=interleaved,rate=44100,channels=2"
+                           " ! filesink buffer-mode=unbuffered sync=%1 location=\"%2\"")
+                .arg(realTime ? u"true" : u"false", file)
+                .toUtf8());
+    }
+    ~RecordingSink() { qputenv("TARNWELL_AUDIO_SINK", m_old); }
+
+private:
+    QByteArray m_old;
+};
+
+std::span<const qint16> samples(const QByteArray &pcm)
+{
+    return { reinterpret_cast<const qint16 *>(pcm.constData()), size_t(pcm.size()) / 2 };
+}
+
+int peak(std::span<const qint16> s)
+{
+    int peak = 0;
+    for (const qint16 v : s)
+        peak = std::max(peak, std::abs(int(v)));
+    return peak;
+}
+
+// The player and controller wired as the program wires them, over a list of
+// files; the owner stops after the last song instead of starting over.
+struct Chain
+{
+    explicit Chain(const QStringList &files)
+    {
+        for (const QString &f : files)
+            songs.append(Track::create(fileUrl(f)));
+        QObject::connect(&player, &AudioPlayer::finishTickChanged, &player, [this] {
+            if (controller.playingTrack() != songs.last())
+                controller.playNext();
+        });
+        controller.setChangeListener([this](unsigned changes) {
+            if (!(changes & PlaybackController::PlayingTrackChanged))
+                return;
+            controller.setGapless(controller.playingTrack() != songs.last());
+            if (onStart)
+                onStart();
+        });
+    }
+
+    AudioPlayer player;
+    QList<Track> songs;
+    PlaybackController controller { player, [this] { return songs; } };
+    std::function<void()> onStart;
+};
 
 } // namespace
 
@@ -29,18 +97,31 @@ class TestAudioPlayer : public QObject
     Q_OBJECT
 
     QTemporaryDir m_dir;
-    QMap<Format, QString> m_clips;
-    QString m_long; // 4 s WAV
-    QString m_other; // 2 s FLAC
+    QString m_long; // 30 s WAV
 
     QString path(const QString &name) const { return m_dir.filePath(name); }
 
-    // Loads and plays until the position has moved, so a pipeline is running.
-    void startPlaying(AudioPlayer &player, const QString &file)
+    QString make(Format format, const QString &name, double seconds, int frequency = 440)
     {
-        QVERIFY(player.load(fileUrl(file)));
-        player.play();
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.3, 3000);
+        const QString file = path(name + u'.' + fixtures::extension(format));
+        if (!fixtures::makeAudio(format, file, seconds, frequency))
+            return {};
+        return file;
+    }
+
+    // Waits until the player has played that far: time passing measured by
+    // audio, not by a sleep.
+    static void playUntil(AudioPlayer &player, double seconds)
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() >= seconds, patience);
+    }
+
+    void letAudioTimePass(double seconds)
+    {
+        AudioPlayer clock;
+        QVERIFY(clock.load(fileUrl(m_long)));
+        clock.play();
+        playUntil(clock, seconds);
     }
 
 private Q_SLOTS:
@@ -48,16 +129,8 @@ private Q_SLOTS:
     {
         QVERIFY(m_dir.isValid());
         QVERIFY2(testsupport::haveTool(QStringLiteral("ffmpeg")), "ffmpeg is needed");
-        for (Format f : { Format::Wav, Format::Flac, Format::Mp3VbrNoXing, Format::M4aAac, Format::M4aAlac,
-                 Format::Aiff, Format::CafLpcm, Format::CafAlac, Format::CafAac }) {
-            const QString file = path(fixtures::name(f).replace(u' ', u'-') + u'.' + fixtures::extension(f));
-            QVERIFY2(fixtures::makeAudio(f, file, clipSeconds), qPrintable(fixtures::name(f)));
-            m_clips.insert(f, file);
-        }
-        m_long = path(QStringLiteral("long.wav"));
-        QVERIFY(fixtures::makeAudio(Format::Wav, m_long, 4.0));
-        m_other = path(QStringLiteral("other.flac"));
-        QVERIFY(fixtures::makeAudio(Format::Flac, m_other, 2.0));
+        m_long = make(Format::Wav, QStringLiteral("long"), 30);
+        QVERIFY(!m_long.isEmpty());
     }
 
     void playsEveryFormat_data()
@@ -74,177 +147,295 @@ private Q_SLOTS:
         QTest::newRow("m4a alac") << Format::M4aAlac << true << 0.05;
         QTest::newRow("aiff") << Format::Aiff << true << 0.05;
         QTest::newRow("caf lpcm") << Format::CafLpcm << true << 0.05;
-        QTest::newRow("caf alac") << Format::CafAlac << true << 0.05;
-        QTest::newRow("caf aac") << Format::CafAac << true << 0.1;
+        // ALAC packets hold 4096 frames; CAF's length counts whole packets.
+        QTest::newRow("caf alac") << Format::CafAlac << true << 0.1;
     }
 
-    // Length, position while playing and paused, and the end of the file.
+    // Length, seeking, pause and resume, the end, and play after the end.
     void playsEveryFormat()
     {
         QFETCH(Format, format);
         QFETCH(bool, lengthKnownAtLoad);
         QFETCH(double, tolerance);
+        constexpr double length = 3.0;
+        const QString file = make(format, fixtures::name(format).replace(u' ', u'-'), length);
+        QVERIFY(!file.isEmpty());
         AudioPlayer player;
         QSignalSpy finished(&player, &AudioPlayer::finishTickChanged);
+        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
 
-        QVERIFY(player.load(fileUrl(m_clips.value(format))));
+        QVERIFY(player.load(fileUrl(file)));
         QCOMPARE(player.currentTime(), 0.0);
         QCOMPARE(player.isPlaying(), false);
         if (lengthKnownAtLoad)
-            QVERIFY2(qAbs(player.duration() - clipSeconds) <= tolerance,
+            QVERIFY2(qAbs(player.duration() - length) <= tolerance,
                 qPrintable(QString::number(player.duration())));
-
         player.play();
         QVERIFY(player.isPlaying());
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.2, 2000);
-        QTRY_VERIFY2_WITH_TIMEOUT(qAbs(player.duration() - clipSeconds) <= tolerance,
-            qPrintable(QString::number(player.duration())), 2000);
+        QTRY_VERIFY2_WITH_TIMEOUT(qAbs(player.duration() - length) <= tolerance,
+            qPrintable(QString::number(player.duration())), patience);
+        // The position moves at once, and the sound follows.
+        player.seek(std::nan(""));
+        QVERIFY(player.currentTime() < 1.0);
+        player.seek(1.0);
+        QCOMPARE(player.currentTime(), 1.0);
+        QVERIFY(moved.wait(patience));
+        QVERIFY2(player.currentTime() >= 0.9, qPrintable(QString::number(player.currentTime())));
 
         player.pause();
-        const double pausedAt = player.currentTime();
-        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
-        QTest::qWait(600);
-        QCOMPARE(moved.size(), 0);
-        QCOMPARE(player.currentTime(), pausedAt);
-        QVERIFY(player.livePosition() < clipSeconds - 0.2); // the sound really stopped
-
+        QVERIFY(!player.isPlaying());
+        const double pausedAt = player.livePosition();
         player.play();
-        QVERIFY(finished.wait(int(clipSeconds * 1000) + 3000));
+        QVERIFY(player.livePosition() >= pausedAt - 0.05); // resumed where it was
+        player.seek(length - 0.5);
+        QCOMPARE(player.currentTime(), length - 0.5);
+        QVERIFY(moved.wait(patience));
+        QVERIFY2(player.currentTime() >= length - 0.6 || !finished.isEmpty(),
+            qPrintable(QString::number(player.currentTime())));
+
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, patience);
         QCOMPARE(player.finishTick(), 1);
         QCOMPARE(player.isPlaying(), false);
         QCOMPARE(player.currentTime(), 0.0);
-        // Nothing ticks on after the end, and the end is counted once.
-        QSignalSpy after(&player, &AudioPlayer::currentTimeChanged);
-        QTest::qWait(500);
-        QCOMPARE(after.size(), 0);
+        // Played again it starts over, and the end was counted once.
+        player.play();
+        playUntil(player, 0.2);
+        QVERIFY(player.currentTime() < length - 0.5);
         QCOMPARE(finished.size(), 1);
     }
 
-    void failedLoadKeepsWhatWasPublished_data()
+    void loadStopsTheOldSound_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::addColumn<QByteArray>("content"); // null: the file does not exist
-        QTest::newRow("text named .mp3") << QStringLiteral("notes.mp3") << QByteArray("just some text\n", 15);
-        QTest::newRow("text named .caf") << QStringLiteral("notes.caf") << QByteArray("just some text\n", 15);
+        QTest::addColumn<QByteArray>("content"); // null: the file does not exist; "audio": a real file
+        QTest::newRow("text named .mp3") << QStringLiteral("notes.mp3") << QByteArray("just some text\n");
+        QTest::newRow("text named .caf") << QStringLiteral("notes.caf") << QByteArray("just some text\n");
         QTest::newRow("empty .flac") << QStringLiteral("empty.flac") << QByteArray("");
         QTest::newRow("missing file") << QStringLiteral("missing.wav") << QByteArray();
+        QTest::newRow("another song") << QStringLiteral("other.flac") << QByteArray("audio");
     }
 
-    void failedLoadKeepsWhatWasPublished()
+    // A file that can't be opened leaves what was published as it was; either
+    // way the old sound stops at once.
+    void loadStopsTheOldSound()
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, content);
-        const QString bad = path(name);
-        QFile::remove(bad);
-        if (!content.isNull())
+        const QString file = path(name);
+        QFile::remove(file);
+        const bool audio = content == "audio";
+        if (audio)
+            QVERIFY(fixtures::makeAudio(Format::Flac, file, 2.0));
+        else if (!content.isNull())
             testsupport::writeFile(m_dir.path(), name, content);
 
         AudioPlayer player;
-        startPlaying(player, m_long);
-        const double duration = player.duration();
-        const double position = player.currentTime();
-        QSignalSpy playing(&player, &AudioPlayer::isPlayingChanged);
-        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
-        QSignalSpy length(&player, &AudioPlayer::durationChanged);
-
-        QVERIFY(!player.load(fileUrl(bad)));
-        QCOMPARE(player.duration(), duration);
-        QCOMPARE(player.currentTime(), position);
-        QCOMPARE(player.isPlaying(), true);
-
-        // The old sound has stopped: its position stands still, nothing ticks.
-        const double stoppedAt = player.livePosition();
-        QTest::qWait(400);
-        QCOMPARE(player.livePosition(), stoppedAt);
-        QCOMPARE(playing.size() + moved.size() + length.size(), 0);
-
-        // The old file is still the loaded one and resumes where it stopped.
-        player.play();
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > stoppedAt + 0.1, 2000);
-    }
-
-    void freshPlayerPlaysNothing()
-    {
-        AudioPlayer player;
-        QVERIFY(!player.hasFile());
-        player.play();
-        QVERIFY(player.isPlaying());
-        QTest::qWait(600);
-        QCOMPARE(player.currentTime(), 0.0);
-        player.pause();
-        QVERIFY(!player.isPlaying());
-    }
-
-    void loadWhilePlayingStopsTheOldSound()
-    {
-        AudioPlayer player;
-        startPlaying(player, m_long);
-        QVERIFY(player.load(fileUrl(m_other)));
-        QVERIFY(qAbs(player.duration() - 2.0) < 0.05);
-        QCOMPARE(player.currentTime(), 0.0);
-        // Still published as playing until the caller plays or pauses, but the
-        // position updates stopped with the old file.
-        QVERIFY(player.isPlaying());
-        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
-        QTest::qWait(600);
-        QCOMPARE(moved.size(), 0);
-        player.play();
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.2, 2000);
-    }
-
-    void playTwiceKeepsOneTimer()
-    {
-        AudioPlayer player;
         QVERIFY(player.load(fileUrl(m_long)));
         player.play();
-        player.play();
+        playUntil(player, 0.3);
+        const double position = player.currentTime();
+        QSignalSpy length(&player, &AudioPlayer::durationChanged);
         QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
-        QTest::qWait(1100);
-        // One timer updates four times a second; two would update about eight times.
-        QVERIFY2(moved.size() >= 2 && moved.size() <= 5, qPrintable(QString::number(moved.size())));
+
+        QCOMPARE(player.load(fileUrl(file)), audio);
+        QCOMPARE(player.isPlaying(), true); // until the caller plays or pauses
+        QCOMPARE(player.duration(), audio ? 2.0 : 30.0);
+        QCOMPARE(player.currentTime(), audio ? 0.0 : position);
+        const double stoppedAt = player.livePosition();
+        const qsizetype changes = length.size() + moved.size();
+        letAudioTimePass(0.5);
+        QCOMPARE(player.livePosition(), stoppedAt);
+        QCOMPARE(length.size() + moved.size(), changes);
+
+        // What is loaded now plays on from where it stood.
+        player.play();
+        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > stoppedAt + 0.1, patience);
     }
 
-    void seekMovesThePositionAtOnce_data()
+    // Three files of three formats end to end: the recording holds exactly
+    // their samples, in order, none missing or added at the joins, through a
+    // sink opened once; each song becomes the playing one when its first
+    // sample has reached the sink, not before.
+    void gaplessJoinsKeepEverySample()
+    {
+        const QStringList files { make(Format::Wav, QStringLiteral("one"), 2.0, 300),
+            make(Format::Flac, QStringLiteral("two"), 1.5, 500),
+            make(Format::M4aAlac, QStringLiteral("three"), 1.0, 700) };
+        QByteArray expected;
+        QList<qsizetype> boundaries;
+        for (const QString &f : files) {
+            boundaries.append(expected.size());
+            expected += fixtures::decode(f);
+        }
+        const QString recording = path(QStringLiteral("joins.raw"));
+        RecordingSink sink(recording, true);
+        Chain chain(files);
+        QList<qint64> recordedAtStart;
+        chain.onStart = [&] { recordedAtStart.append(QFileInfo(recording).size()); };
+
+        chain.controller.playTrack(chain.songs.first());
+        QTRY_COMPARE_WITH_TIMEOUT(chain.player.finishTick(), 3, patience);
+
+        const QByteArray recorded = testsupport::readFile(recording);
+        qsizetype firstDifference = 0;
+        while (firstDifference < std::min(recorded.size(), expected.size())
+            && recorded[firstDifference] == expected[firstDifference])
+            ++firstDifference;
+        QVERIFY2(recorded == expected,
+            qPrintable(QStringLiteral(
+                "recorded %1 frames, expected %2; first difference at frame %3; joins at %4, %5")
+                           .arg(recorded.size() / 4)
+                           .arg(expected.size() / 4)
+                           .arg(firstDifference / 4)
+                           .arg(boundaries[1] / 4)
+                           .arg(boundaries[2] / 4)));
+        QCOMPARE(recordedAtStart.size(), 3);
+        for (int i = 1; i < 3; ++i)
+            QVERIFY2(recordedAtStart[i] >= boundaries[i], qPrintable(QString::number(recordedAtStart[i])));
+        QCOMPARE(chain.controller.history(), (QList<Track> { chain.songs[0], chain.songs[1] }));
+    }
+
+    void autoAdvanceWithoutAJoin_data()
+    {
+        QTest::addColumn<Format>("first");
+        QTest::addColumn<Format>("second");
+        QTest::addColumn<bool>("secondVanishes");
+        // Deleted after it was queued: the song ends as usual, the next one
+        // can't be loaded, and the chain stops there.
+        QTest::newRow("onto a file that vanished") << Format::Wav << Format::Flac << true;
+        // CAF can't be joined: the song ends and the next one is loaded.
+        QTest::newRow("onto a caf file") << Format::Wav << Format::CafLpcm << false;
+        QTest::newRow("from a caf file") << Format::CafLpcm << Format::Wav << false;
+    }
+
+    void autoAdvanceWithoutAJoin()
+    {
+        QFETCH(Format, first);
+        QFETCH(Format, second);
+        QFETCH(bool, secondVanishes);
+        const QStringList files { make(first, QStringLiteral("first"), 2.0),
+            make(second, QStringLiteral("second"), 1.0) };
+        Chain chain(files);
+        chain.controller.playTrack(chain.songs.first());
+        QVERIFY(chain.controller.preparedNext() == chain.songs.last());
+        if (secondVanishes)
+            QVERIFY(QFile::remove(files.last()));
+        QTRY_COMPARE_WITH_TIMEOUT(chain.player.finishTick(), secondVanishes ? 1 : 2, patience);
+        QCOMPARE(chain.controller.playingTrack(), secondVanishes ? chain.songs.first() : chain.songs.last());
+        QCOMPARE(chain.controller.history(), QList<Track> { chain.songs.first() });
+        QVERIFY(!chain.player.isPlaying());
+    }
+
+    void levellingFollowsEachSong_data()
     {
         QTest::addColumn<Format>("format");
-        QTest::newRow("wav") << Format::Wav;
-        QTest::newRow("flac") << Format::Flac;
-        QTest::newRow("mp3 vbr without xing") << Format::Mp3VbrNoXing;
-        QTest::newRow("m4a aac") << Format::M4aAac;
-        QTest::newRow("aiff") << Format::Aiff;
-        QTest::newRow("caf alac") << Format::CafAlac;
-        QTest::newRow("caf aac") << Format::CafAac;
+        QTest::addColumn<bool>("taggedFirst");
+        QTest::addColumn<bool>("levelling");
+        QTest::addColumn<double>("firstLevel"); // of the untagged file's own level
+        QTest::addColumn<double>("secondToFirst");
+        // Each format keeps the gain its own way; a second song joined
+        // without a gap gets its own level from its first sample on.
+        QTest::newRow("flac, tagged second") << Format::Flac << false << true << 1.0 << 0.5;
+        QTest::newRow("mp3, tagged second") << Format::Mp3 << false << true << 1.0 << 0.5;
+        QTest::newRow("m4a, tagged second") << Format::M4aAac << false << true << 1.0 << 0.5;
+        QTest::newRow("wav, tagged second") << Format::Wav << false << true << 1.0 << 0.5;
+        QTest::newRow("aiff, tagged second") << Format::Aiff << false << true << 1.0 << 0.5;
+        QTest::newRow("an untagged second song drops the gain") << Format::Flac << true << true << 0.5 << 2.0;
+        QTest::newRow("levelling off") << Format::Flac << true << false << 1.0 << 1.0;
     }
 
-    // The position moves before the next update, the audio follows it (the end
-    // comes as soon as the rest of the file has played), and play after the
-    // end starts over.
-    void seekMovesThePositionAtOnce()
+    void levellingFollowsEachSong()
     {
         QFETCH(Format, format);
-        const QString file = path(QStringLiteral("seek.") + fixtures::extension(format));
-        QVERIFY(fixtures::makeAudio(format, file, 4.0));
+        QFETCH(bool, taggedFirst);
+        QFETCH(bool, levelling);
+        QFETCH(double, firstLevel);
+        QFETCH(double, secondToFirst);
+        const QString plain = make(format, QStringLiteral("plain"), 1.5);
+        const QString tagged = path(QStringLiteral("tagged.") + fixtures::extension(format));
+        QFile::remove(tagged);
+        QVERIFY(QFile::copy(plain, tagged));
+        QVERIFY(fixtures::tagTrackGain(tagged, QStringLiteral("-6.02 dB"), QStringLiteral("0.5")));
+        const QString recording = path(QStringLiteral("levels.raw"));
+        RecordingSink sink(recording, false);
+        Chain chain(taggedFirst ? QStringList { tagged, plain } : QStringList { plain, tagged });
+        chain.player.overrideVolumeLevelling(levelling);
+        chain.controller.playTrack(chain.songs.first());
+        QTRY_COMPARE_WITH_TIMEOUT(chain.player.finishTick(), 2, patience);
+
+        // The two songs hold the same decoded samples, so they split evenly.
+        const QByteArray pcm = testsupport::readFile(recording);
+        const std::span<const qint16> all = samples(pcm);
+        QVERIFY(!all.empty() && all.size() % 4 == 0);
+        const std::span<const qint16> first = all.first(all.size() / 2), second = all.last(all.size() / 2);
+        const int ownPeak = peak(samples(fixtures::decode(plain)));
+        QVERIFY2(qAbs(peak(first) - firstLevel * ownPeak) <= 0.03 * ownPeak,
+            qPrintable(QStringLiteral("%1 of %2").arg(peak(first)).arg(ownPeak)));
+        for (size_t i = 0; i < second.size(); ++i) {
+            // A float decoder's output is dithered on its way to 16 bits.
+            if (qAbs(second[i] - secondToFirst * first[i]) > 3 + secondToFirst)
+                QFAIL(qPrintable(QStringLiteral("sample %1 of the second song: %2, the first's: %3")
+                                     .arg(i)
+                                     .arg(second[i])
+                                     .arg(first[i])));
+        }
+    }
+
+    void gainTags_data()
+    {
+        QTest::addColumn<QString>("gain");
+        QTest::addColumn<QString>("peak");
+        QTest::addColumn<double>("factor");
+        const double minus6 = std::pow(10.0, -6.02 / 20);
+        QTest::newRow("the usual form") << "-6.02 dB"
+                                        << "0.5" << minus6;
+        QTest::newRow("no unit, spaces around") << " -6.02 "
+                                                << "" << minus6;
+        QTest::newRow("unit in capitals") << "-6.02 DB"
+                                          << "" << minus6;
+        QTest::newRow("a plus sign, kept below full scale by the peak") << "+6 dB"
+                                                                        << "0.8" << 1 / 0.8;
+        QTest::newRow("a boost with the peak unknown is not taken") << "+6 dB"
+                                                                    << "" << 1.0;
+        QTest::newRow("a small boost under the peak") << "+3 dB"
+                                                      << "0.5" << std::pow(10.0, 3 / 20.0);
+        QTest::newRow("no tag: the pre-amp") << ""
+                                             << "" << 1.0;
+        QTest::newRow("not a number") << "loud"
+                                      << "0.5" << 1.0;
+        QTest::newRow("a comma") << "-6,02 dB"
+                                 << "" << 1.0;
+        QTest::newRow("beyond any real gain") << "-99 dB"
+                                              << "" << 1.0;
+        QTest::newRow("a peak of zero is no peak") << "+6 dB"
+                                                   << "0" << 1.0;
+    }
+
+    void gainTags()
+    {
+        QFETCH(QString, gain);
+        QFETCH(QString, peak);
+        QFETCH(double, factor);
+        const replaygain::TrackGain tags { replaygain::parseGain(gain), replaygain::parsePeak(peak) };
+        QVERIFY2(qAbs(replaygain::levellingFactor(tags) - factor) < 1e-9,
+            qPrintable(QString::number(replaygain::levellingFactor(tags))));
+    }
+
+    // The preference is read by each new player; the command line's choice is not kept.
+    void levellingPreference()
+    {
+        QCOMPARE(AudioPlayer().volumeLevelling(), true);
+        {
+            AudioPlayer player;
+            QSignalSpy changed(&player, &AudioPlayer::volumeLevellingChanged);
+            player.setVolumeLevelling(false);
+            QCOMPARE(changed.size(), 1);
+        }
+        QCOMPARE(QSettings().value(AudioPlayer::volumeLevellingKey).toBool(), false);
         AudioPlayer player;
-        QSignalSpy finished(&player, &AudioPlayer::finishTickChanged);
-        QVERIFY(player.load(fileUrl(file)));
-
-        player.seek(2.0);
-        QCOMPARE(player.currentTime(), 2.0);
-        player.play();
-        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
-        QVERIFY(moved.wait(2000));
-        QVERIFY2(player.currentTime() >= 1.9, qPrintable(QString::number(player.currentTime())));
-
-        player.seek(3.5);
-        QCOMPARE(player.currentTime(), 3.5);
-        QElapsedTimer clock;
-        clock.start();
-        QVERIFY(finished.wait(3000));
-        QVERIFY2(clock.elapsed() < 1500, qPrintable(QString::number(clock.elapsed())));
-
-        player.play();
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > 0.2, 2000);
-        QVERIFY(player.currentTime() < 2.0);
+        QCOMPARE(player.volumeLevelling(), false);
+        player.overrideVolumeLevelling(true);
+        QCOMPARE(AudioPlayer().volumeLevelling(), false);
     }
 };
 

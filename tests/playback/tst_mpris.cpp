@@ -8,8 +8,6 @@
 #include "playback/PlaybackController.h"
 #include "support/TestSupport.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImageReader>
@@ -46,11 +44,6 @@ struct Stack
     MprisService mpris;
 };
 
-QString nameOf(const std::optional<Track> &track)
-{
-    return track ? QFileInfo(track->path()).completeBaseName() : QString();
-}
-
 } // namespace
 
 class TestMpris : public QObject
@@ -63,12 +56,13 @@ class TestMpris : public QObject
 
     // Runs playerctl without blocking the event loop, which must keep
     // answering playerctl's own calls. Returns stdout, trimmed; null on failure.
-    QString playerctl(const QStringList &args)
+    QString playerctl(const char *args)
     {
         QProcess p;
         QSignalSpy done(&p, &QProcess::finished);
-        p.start(QStringLiteral("playerctl"), QStringList { QStringLiteral("--player=tarnwell") } + args);
-        if (!done.wait(10000)) {
+        p.start(QStringLiteral("playerctl"),
+            QStringList { QStringLiteral("--player=tarnwell") } + QString::fromLatin1(args).split(u' '));
+        if (!done.wait(60000)) {
             p.kill();
             p.waitForFinished();
             return {};
@@ -79,20 +73,12 @@ class TestMpris : public QObject
         return out.isNull() ? QStringLiteral("") : out;
     }
 
-    static QStringList playersOnTheBus()
-    {
-        const QStringList names = QDBusConnection::sessionBus().interface()->registeredServiceNames().value();
-        return names.filter(QStringLiteral("org.mpris.MediaPlayer2.tarnwell"));
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
-        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-            QSKIP("needs a session bus: run under dbus-run-session");
-        if (!testsupport::haveTool(QStringLiteral("playerctl")))
-            QSKIP("needs playerctl");
-        for (const char *name : { "First Song", "Second", "Third" }) {
+        QVERIFY2(!qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"), "run under dbus-run-session");
+        QVERIFY2(testsupport::haveTool(QStringLiteral("playerctl")), "playerctl is needed");
+        for (const char *name : { "First Song", "Second" }) {
             const QString file = m_dir.filePath(QString::fromLatin1(name) + QStringLiteral(".wav"));
             QVERIFY(fixtures::makeAudio(Format::Wav, file, 20.0));
             m_songs.append(Track::create(QUrl::fromLocalFile(file)));
@@ -107,40 +93,6 @@ private Q_SLOTS:
 
     void cleanup() { m_stack.reset(); }
 
-    void registersOnceAndUnregisters()
-    {
-        MprisService &mpris = m_stack->mpris;
-        QVERIFY(mpris.registerOnBus()); // a second time: nothing more
-        QCOMPARE(mpris.busName(), QStringLiteral("org.mpris.MediaPlayer2.tarnwell"));
-        QCOMPARE(playersOnTheBus(), QStringList { mpris.busName() });
-        QCOMPARE(playerctl({ QStringLiteral("--list-all") }), QStringLiteral("tarnwell"));
-        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Stopped"));
-
-        mpris.unregisterFromBus();
-        QVERIFY(!mpris.isRegistered());
-        QCOMPARE(playersOnTheBus(), QStringList());
-        QVERIFY(playerctl({ QStringLiteral("status") }).isNull());
-    }
-
-    void playPauseAndStatus()
-    {
-        Stack &s = *m_stack;
-        s.controller.playTrack(m_songs[0]);
-        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
-
-        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
-        QTRY_VERIFY(!s.player.isPlaying());
-        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Paused"));
-
-        QVERIFY(!playerctl({ QStringLiteral("play-pause") }).isNull());
-        QTRY_VERIFY(s.player.isPlaying());
-        QVERIFY(!playerctl({ QStringLiteral("pause") }).isNull());
-        QTRY_VERIFY(!s.player.isPlaying());
-        QVERIFY(!playerctl({ QStringLiteral("play") }).isNull());
-        QTRY_VERIFY(s.player.isPlaying());
-        QCOMPARE(playerctl({ QStringLiteral("status") }), QStringLiteral("Playing"));
-    }
-
     // A following client hears of each change without asking.
     void clientsAreToldOfChanges()
     {
@@ -154,7 +106,7 @@ private Q_SLOTS:
         const auto waitForLine = [&](const QString &line) {
             QElapsedTimer clock;
             clock.start();
-            while (!lines.contains(line) && clock.elapsed() < 5000) {
+            while (!lines.contains(line) && clock.elapsed() < 60000) {
                 follower.waitForReadyRead(50);
                 QCoreApplication::processEvents();
                 while (follower.canReadLine())
@@ -171,49 +123,21 @@ private Q_SLOTS:
         follower.waitForFinished();
     }
 
-    void metadataTitleAndLength()
+    void metadataAndPosition()
     {
         Stack &s = *m_stack;
-        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QString());
+        QCOMPARE(playerctl("metadata title"), QString());
         s.controller.playTrack(m_songs[0]);
-        QCOMPARE(
-            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
-        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:length") }),
-            QStringLiteral("20000000"));
-        QCOMPARE(playerctl({ QStringLiteral("metadata"), QStringLiteral("artist") }), QString());
+        QCOMPARE(playerctl("metadata artist"), QString());
         // playerctl quotes object paths.
-        QString trackId = playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:trackid") });
+        QString trackId = playerctl("metadata mpris:trackid");
         trackId.remove(u'\'');
         QVERIFY2(trackId.startsWith(QStringLiteral("/org/tarnwell/track/")), qPrintable(trackId));
 
-        // Position is read live, not from the last update.
-        QTest::qWait(600);
-        const double position = playerctl({ QStringLiteral("position") }).toDouble();
-        QVERIFY2(position > 0.3 && position < 5, qPrintable(QString::number(position)));
+        QTRY_VERIFY(playerctl("position").toDouble() > 0.3);
+        // Half of 20 s: playing on from the start would take ten seconds to get there.
         s.controller.seek(0.5);
-        QTRY_VERIFY_WITH_TIMEOUT(qAbs(playerctl({QStringLiteral("position")}).toDouble() - 10.2) < 0.7, 3000);
-    }
-
-    void nextAndPrevious()
-    {
-        Stack &s = *m_stack;
-        s.controller.playTrack(m_songs[0]);
-        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
-        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
-        QCOMPARE(
-            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("Second"));
-        QVERIFY(!playerctl({ QStringLiteral("next") }).isNull());
-        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Third"));
-
-        // Previous goes back through what was played.
-        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
-        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("Second"));
-        QVERIFY(!playerctl({ QStringLiteral("previous") }).isNull());
-        QTRY_COMPARE(nameOf(s.controller.playingTrack()), QStringLiteral("First Song"));
-        QCOMPARE(
-            playerctl({ QStringLiteral("metadata"), QStringLiteral("title") }), QStringLiteral("First Song"));
-        QVERIFY(s.controller.history().isEmpty());
-        QVERIFY(s.player.isPlaying());
+        QTRY_VERIFY(playerctl("position").toDouble() >= 9.9);
     }
 
     // Clients read shuffle and set it both ways; setting it to what it is
@@ -221,15 +145,16 @@ private Q_SLOTS:
     void shuffleBothWays()
     {
         Stack &s = *m_stack;
-        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("Off"));
+        QCOMPARE(playerctl("shuffle"), QStringLiteral("Off"));
         s.controller.toggleShuffle();
-        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("On"));
-        QVERIFY(!playerctl({ QStringLiteral("shuffle"), QStringLiteral("On") }).isNull());
-        QTest::qWait(50);
+        QCOMPARE(playerctl("shuffle"), QStringLiteral("On"));
+        QVERIFY(!playerctl("shuffle On").isNull());
+        // Answered after the command was handled.
+        QCOMPARE(playerctl("shuffle"), QStringLiteral("On"));
         QVERIFY(s.controller.isShuffled());
-        QVERIFY(!playerctl({ QStringLiteral("shuffle"), QStringLiteral("Off") }).isNull());
+        QVERIFY(!playerctl("shuffle Off").isNull());
         QTRY_VERIFY(!s.controller.isShuffled());
-        QCOMPARE(playerctl({ QStringLiteral("shuffle") }), QStringLiteral("Off"));
+        QCOMPARE(playerctl("shuffle"), QStringLiteral("Off"));
     }
 
     void artworkAsAFile()
@@ -242,7 +167,7 @@ private Q_SLOTS:
         QVERIFY(ready.wait(5000));
         s.controller.playTrack(m_songs[1]);
 
-        const QUrl art(playerctl({ QStringLiteral("metadata"), QStringLiteral("mpris:artUrl") }));
+        const QUrl art(playerctl("metadata mpris:artUrl"));
         QVERIFY2(art.isLocalFile(), qPrintable(art.toString()));
         QImageReader reader(art.toLocalFile());
         QCOMPARE(reader.format(), QByteArray("jpeg"));
