@@ -59,7 +59,7 @@ _tarnwell_cli()
             ;;
         play)
             if [[ $cur == -* ]]; then
-                mapfile -t COMPREPLY < <(compgen -W '--shuffle --repeat' -- "$cur")
+                mapfile -t COMPREPLY < <(compgen -W '--shuffle --repeat --no-gapless --no-levelling' -- "$cur")
             else
                 _tarnwell_cli_songs "$cur"
             fi

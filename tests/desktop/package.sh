@@ -122,7 +122,7 @@ complete_words() { # the words bash offers after: tarnwell-cli WORD...
 [ "$(complete_words "")" = "${commands[*]}" ] ||
   fail "bash completes the commands as \"$(complete_words "")\", tarnwell-cli has \"${commands[*]}\""
 for command in "${commands[@]}"; do
-  options=$(grep -E "^  $command " "$work/usage" | grep -oE -- '--[a-z]+' | tr '\n' ' ' | sed 's/ $//' || true)
+  options=$(grep -E "^  $command " "$work/usage" | grep -oE -- '--[a-z][a-z-]*' | tr '\n' ' ' | sed 's/ $//' || true)
   [ "$(complete_words "$command" --)" = "$options" ] ||
     fail "bash completes $command -- as \"$(complete_words "$command" --)\", not \"$options\""
   grep -qE "^ +$command( |$)" "$work/tarnwell-cli.txt" || fail "man tarnwell-cli lacks the command $command"
