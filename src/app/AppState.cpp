@@ -142,6 +142,7 @@ void AppState::connectServices()
             });
     connect(&m_artistDetail, &ArtistDetail::loaded, this,
             [this] { m_artistDetail.setSelectedAlbum(m_selectedArtistAlbum); });
+    connect(&m_untagged, &UntaggedSongs::saveFinished, this, &AppState::forgetFileInfo);
 
     // Activating the search closes the theme popup.
     connect(this, &AppState::searchActiveChanged, this, [this] {
@@ -607,9 +608,17 @@ void AppState::saveSingleTrackTags(const QString &title, const QString &artist, 
     QtConcurrent::run(&AppState::writeTags, *track, tagValue(title), tagValue(artist), tagValue(album))
         .then(this, [this](bool written) {
             closeTagEditor();
-            if (written)
-                showMessage(QStringLiteral("Tags saved"), MessageAnimation::Default, tagsSavedMessageMs);
+            if (!written)
+                return;
+            showMessage(QStringLiteral("Tags saved"), MessageAnimation::Default, tagsSavedMessageMs);
+            forgetFileInfo();
         });
+}
+
+void AppState::forgetFileInfo()
+{
+    m_queueModel.forgetFileInfo();
+    m_artistDetail.tracks()->forgetFileInfo();
 }
 
 QString AppState::tagEditorTrackId() const

@@ -28,7 +28,6 @@
 #include "LibraryImport.h"
 #include "Palette.h"
 #include "Preferences.h"
-#include "TrackListModel.h"
 #include "UntaggedSongs.h"
 #include "UpdateChecker.h"
 #include "library/FolderMonitor.h"
@@ -40,6 +39,7 @@
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
 #include "browse/SearchIndex.h"
+#include "browse/SongListModel.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
@@ -123,7 +123,7 @@ class AppState : public QObject
     Q_PROPERTY(SearchIndex *searchIndex READ searchIndex CONSTANT)
 
     // The song list: the current queue, its heading and whether it is a playlist.
-    Q_PROPERTY(TrackListModel *queueModel READ queueModel CONSTANT)
+    Q_PROPERTY(SongListModel *queueModel READ queueModel CONSTANT)
     Q_PROPERTY(QString queueTitle READ queueTitle NOTIFY currentQueueChanged)
     Q_PROPERTY(bool showingPlaylist READ showingPlaylist NOTIFY currentQueueChanged)
     // The artists screen: the grid, and the detail of the selected artist
@@ -302,7 +302,7 @@ public:
     MprisService &mpris() { return m_mpris; }
 
     // Song list and sidebar ---------------------------------------------------
-    TrackListModel *queueModel() { return &m_queueModel; }
+    SongListModel *queueModel() { return &m_queueModel; }
     // The selected playlist's name, else "All Songs".
     QString queueTitle() const;
     bool showingPlaylist() const;
@@ -403,6 +403,8 @@ private:
         return true;
     }
     void setTagEditor(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);
+    // Song lists show tags read from the files: after a save they read again.
+    void forgetFileInfo();
 
     // The controller reports what one of its operations changed.
     void onPlaybackChanged(unsigned changes);
@@ -442,7 +444,7 @@ private:
     MprisService m_mpris;
     ArtworkLoader m_artworkLoader;
     SearchIndex m_searchIndex;
-    TrackListModel m_queueModel;
+    SongListModel m_queueModel;
     ArtistListModel m_artists;
     ArtistDetail m_artistDetail;
     UntaggedSongs m_untagged;
