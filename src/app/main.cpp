@@ -4,6 +4,7 @@
 #include "BenchProbe.h"
 
 #include "model/Log.h"
+#include "playback/MprisService.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -111,8 +112,9 @@ int main(int argc, char **argv)
             window->requestActivate();
         });
     }
-    // Media keys work without a session bus too, just not from outside.
-    if (!state.registerMediaControls())
+    // Without a session bus the window still plays and pauses (the space
+    // bar), but media keys and the desktop's media controls can't reach it.
+    if (!state.mpris().registerOnBus())
         qCInfo(lcApp) << "no media keys: the session bus is not available";
     BenchProbe probe(startTime, window, &state);
     // Folders from the command line are imported once the window is up.
@@ -122,7 +124,7 @@ int main(int argc, char **argv)
         QObject::connect(window, &QQuickWindow::frameSwapped, &state, [&state, folders, imported] {
             if (std::exchange(*imported, true))
                 return;
-            state.importFolders(folders);
+            state.library()->importFolders(folders);
         }, Qt::QueuedConnection);
     }
     return app.exec();

@@ -16,6 +16,9 @@ Item {
             width: 220
             height: parent.height
             playlists: [{ id: "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", name: "Road", count: 0 }]
+            screen: Navigation.Songs
+            selectedPlaylistID: ""
+            draggingTrackId: ""
         }
         SongListView {
             id: list
