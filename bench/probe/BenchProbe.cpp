@@ -15,16 +15,16 @@
 #include <cstdio>
 #include <utility>
 
-BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
-    : m_start(start)
+const QStringList BenchProbe::modes{QStringLiteral("first-frame"), QStringLiteral("import-stall"),
+                                    QStringLiteral("tag-batch"), QStringLiteral("scroll")};
+
+BenchProbe::BenchProbe(const QString &mode, Clock start, QQuickWindow *window, AppState *state)
+    : QObject(state)
+    , m_start(start)
 {
-    const QByteArray mode = qgetenv("TARNWELL_BENCH");
-    if (mode.isEmpty() || !window)
-        return;
     Library *library = state->library();
     ArtworkPrefetch *prefetch = &state->artworkPrefetch();
-
-    if (mode == "first-frame") {
+    if (mode == u"first-frame") {
         connect(window, &QQuickWindow::frameSwapped, this, [this] {
             if (std::exchange(m_reported, true))
                 return;
@@ -37,7 +37,7 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         return;
     }
 
-    if (mode == "import-stall") {
+    if (mode == u"import-stall") {
         // A 2 ms heartbeat: any longer gap between two beats is time the GUI
         // thread spent on something else.
         m_heartbeat.setTimerType(Qt::PreciseTimer);
@@ -57,7 +57,7 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         });
         return;
     }
-    if (mode == "tag-batch") {
+    if (mode == u"tag-batch") {
         m_heartbeat.setTimerType(Qt::PreciseTimer);
         m_heartbeat.setInterval(2);
         connect(&m_heartbeat, &QTimer::timeout, this, &BenchProbe::tick);
@@ -67,14 +67,12 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         });
         return;
     }
-    if (mode == "scroll") {
+    if (mode == u"scroll") {
         connect(prefetch, &ArtworkPrefetch::planned, this, [this, window, library, state] {
             if (!library->isImporting() && !std::exchange(m_reported, true))
                 startScroll(window, state);
         });
-        return;
     }
-    std::fprintf(stderr, "TARNWELL_BENCH: unknown mode %s\n", mode.constData());
 }
 
 void BenchProbe::startTagBatch(AppState *state)
