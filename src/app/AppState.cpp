@@ -69,6 +69,8 @@ void AppState::connectRooms()
         else if (m_navigation.screen() == Navigation::Screen::Untagged)
             m_untagged.load(m_library.tracks());
     });
+    // A song prepared to follow the playing one is chosen again from the new queue.
+    connect(&m_queue, &CurrentQueue::changed, this, [this] { m_controller.queueChanged(); });
     connect(&m_artistBrowser, &ArtistBrowser::playRequested, this,
             [this](const Track &first) { m_nowPlaying.play(first); });
 

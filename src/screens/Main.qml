@@ -406,7 +406,9 @@ ApplicationWindow {
 
     AppMenu {
         id: appMenu
+        volumeLevelling: AppState.nowPlaying.player.volumeLevelling
         onAboutTriggered: aboutDialog.open()
+        onVolumeLevellingToggled: AppState.nowPlaying.player.volumeLevelling = !volumeLevelling
         onCheckForUpdatesTriggered: window.checkForUpdates()
         onQuitTriggered: Qt.quit()
     }
@@ -442,6 +444,13 @@ ApplicationWindow {
                 title: "Tarnwell"
                 Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
                 Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
+                Platform.MenuSeparator {}
+                Platform.MenuItem {
+                    text: "Volume Levelling"
+                    checkable: true
+                    checked: AppState.nowPlaying.player.volumeLevelling
+                    onTriggered: AppState.nowPlaying.player.volumeLevelling = checked
+                }
                 Platform.MenuSeparator {}
                 Platform.MenuItem { text: "Quit Tarnwell"; onTriggered: Qt.quit() }
             }
