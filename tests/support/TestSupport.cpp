@@ -7,6 +7,10 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 namespace testsupport {
 
 QString writeFile(const QString &dir, const QString &relativePath, const QByteArray &bytes)
@@ -70,6 +74,38 @@ bool makeAudio(const QString &path, double seconds)
                 QStringLiteral("-b"), QStringLiteral("16"), QStringLiteral("-c"), QStringLiteral("2"),
                 path, QStringLiteral("synth"), len, QStringLiteral("sine"), QStringLiteral("440")})
                .exitCode == 0;
+}
+
+namespace {
+
+// Capabilities are per thread: the raw calls change only this one.
+bool capabilities(bool set, __user_cap_data_struct (&data)[2])
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    return ::syscall(set ? SYS_capset : SYS_capget, &header, data) == 0;
+}
+
+constexpr quint32 overrides = (1u << CAP_DAC_OVERRIDE) | (1u << CAP_DAC_READ_SEARCH);
+
+} // namespace
+
+PermissionsEnforced::PermissionsEnforced()
+{
+    __user_cap_data_struct data[2] = {};
+    if (!capabilities(false, data))
+        return;
+    m_effective = data[0].effective & overrides;
+    data[0].effective &= ~overrides;
+    capabilities(true, data);
+}
+
+PermissionsEnforced::~PermissionsEnforced()
+{
+    __user_cap_data_struct data[2] = {};
+    if (m_effective && capabilities(false, data)) {
+        data[0].effective |= m_effective;
+        capabilities(true, data);
+    }
 }
 
 } // namespace testsupport

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QtGlobal>
 #include <QString>
 #include <QStringList>
 
@@ -29,5 +30,20 @@ bool haveTool(const QString &program);
 // Makes a short audio file with sox (and ffmpeg for m4a) at test time.
 // Returns false when the tools are missing or fail.
 bool makeAudio(const QString &path, double seconds = 1.0);
+
+// While it lives, the calling thread is held to file permissions even when it
+// runs as root, so a test can make a file unreadable or a folder unwritable
+// for real.
+class PermissionsEnforced
+{
+public:
+    PermissionsEnforced();
+    ~PermissionsEnforced();
+    PermissionsEnforced(const PermissionsEnforced &) = delete;
+    PermissionsEnforced &operator=(const PermissionsEnforced &) = delete;
+
+private:
+    quint32 m_effective = 0;
+};
 
 } // namespace testsupport
