@@ -18,7 +18,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -169,25 +168,6 @@ private Q_SLOTS:
         QVERIFY(saveTags(path, edit));
         QCOMPARE(readMetadata(path).title, newTitle);
         QCOMPARE(listing(m_folder), before);
-    }
-
-    // A real small file system that fills up during the write.
-    void realFullFileSystem()
-    {
-        if (!isRoot())
-            QSKIP("mounting a small file system needs root");
-        if (::mount("tmpfs", name(m_folder).constData(), "tmpfs", 0, "size=256k") != 0)
-            QSKIP("no tmpfs can be mounted here");
-        const QByteArray bytes = flacBytes(170 * 1024);
-        const QString path = writeOld(m_folder, QStringLiteral("big.flac"), bytes);
-        const SaveResult r = saveTags(path, edit);
-        const QByteArray after = testsupport::readFile(path);
-        const QStringList entries = listing(m_folder);
-        ::umount(name(m_folder).constData());
-        QCOMPARE(r.error, SaveError::writeFailed);
-        QVERIFY2(r.detail.contains(QStringLiteral("space")), qPrintable(r.detail));
-        QCOMPARE(after, bytes);
-        QCOMPARE(entries, QStringList { "big.flac" });
     }
 
     void refusals_data()
