@@ -44,12 +44,7 @@ class TestAppFaults : public QObject
     SongListModel &songs() { return *m_state->queue()->model(); }
 
     // The artist the song list shows in a row, once its file has been read.
-    QString shownArtist(int row)
-    {
-        const QModelIndex index = songs().index(row);
-        QTRY_VERIFY_WITH_TIMEOUT(!songs().data(index, SongListModel::ArtistRole).toString().isEmpty(), 60000);
-        return songs().data(index, SongListModel::ArtistRole).toString();
-    }
+    QString shownArtist(int row) { return songs().data(songs().index(row), SongListModel::ArtistRole).toString(); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -123,14 +118,14 @@ private Q_SLOTS:
         m_state->navigation()->selectPlaylist(trackjson::uuidText(reversed));
         QTRY_VERIFY_WITH_TIMEOUT(!changed.isEmpty(), 60000);
         QCOMPARE(changed.first().at(0).value<QModelIndex>().row(), 0);
-        QCOMPARE(shownArtist(0), QStringLiteral("Bo"));
-        QCOMPARE(shownArtist(1), QStringLiteral("Ada"));
+        QTRY_COMPARE_WITH_TIMEOUT(shownArtist(0), QStringLiteral("Bo"), 60000);
+        QTRY_COMPARE_WITH_TIMEOUT(shownArtist(1), QStringLiteral("Ada"), 60000);
     }
 
     // After a save the rows read their files again instead of showing the old tags.
     void rowsFollowATagEdit()
     {
-        QCOMPARE(shownArtist(0), QStringLiteral("Ada"));
+        QTRY_COMPARE_WITH_TIMEOUT(shownArtist(0), QStringLiteral("Ada"), 60000);
         QSignalSpy saved(m_state->tagEditor(), &TagEditorSession::saved);
         m_state->tagEditor()->open(idOf(0));
         QTRY_VERIFY_WITH_TIMEOUT(m_state->tagEditor()->isOpen(), 60000);
