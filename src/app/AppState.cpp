@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 
+#include "ArtworkSources.h"
 #include "LibraryImport.h"
+#include "artwork/AlbumPictures.h"
+
+#include <QtConcurrent>
 
 #include <QQmlEngine>
 
@@ -60,6 +64,12 @@ void AppState::connectRooms()
 {
     connect(&m_library, &Library::folderImported, this, &AppState::afterImport);
     connect(&m_library, &Library::filesDiscovered, this, &AppState::afterDiscovery);
+    connect(&m_library, &Library::folderForgotten, this, &AppState::afterForget);
+    // However songs arrive (an import, a watched folder), the welcome is done.
+    connect(&m_library, &Library::tracksChanged, this, [this] {
+        if (m_library.trackCount() > 0)
+            m_preferences.completeOnboarding();
+    });
 
     // The artists and the untagged songs are grouped anew each time their
     // screen is opened.
@@ -74,6 +84,18 @@ void AppState::connectRooms()
     connect(&m_artistBrowser, &ArtistBrowser::playRequested, this,
             [this](const Track &first) { m_nowPlaying.play(first); });
 
+    // Albums and artists without a picture on disk show their songs' own.
+    connect(&m_searchIndex, &SearchIndex::indexChanged, this, [this] {
+        QtConcurrent::run([index = m_searchIndex.trackIndex()] {
+            QList<AlbumPictures::Song> songs;
+            songs.reserve(index.size());
+            for (const TrackSearchEntry &entry : index.entries())
+                songs.append({entry.track.url, entry.artist, entry.album});
+            return AlbumPictures::makeIndex(songs);
+        }).then(this, [this](AlbumPictures::Index index) { m_artworkLoader.albumPictures().setIndex(std::move(index)); });
+    });
+    connect(&m_artworkLoader.albumPictures(), &AlbumPictures::replaced, this, &ArtworkSources::announceReplaced);
+
     // Song lists show tags read from the files: after a save they read again.
     const auto tagsWritten = [this] {
         m_queue.model()->forgetFileInfo();
@@ -83,11 +105,13 @@ void AppState::connectRooms()
     connect(&m_untagged, &UntaggedSongs::saveFinished, this, tagsWritten);
 }
 
-void AppState::afterImport()
+void AppState::afterImport(const QUrl &folder)
 {
+    // A folder forgotten while it was imported is not watched, nor remembered.
+    if (m_folderMonitor.watchedFolders().contains(folder))
+        m_preferences.addLibraryFolder(folder);
     if (m_library.tracks().isEmpty())
         return;
-    m_preferences.completeOnboarding();
     m_artworkPrefetch.start(m_library.tracks());
     m_searchIndex.rebuild(m_library.tracks());
 }
@@ -97,6 +121,27 @@ void AppState::afterDiscovery(int first, int count)
     m_artworkPrefetch.start(m_library.tracks().mid(first, count));
     m_searchIndex.rebuild(m_library.tracks());
     m_banner.show(import::discoveredMessage(count), Banner::Animation::Default, discoveredMessageMs);
+}
+
+void AppState::afterForget(const QUrl &folder)
+{
+    m_preferences.removeLibraryFolder(folder);
+    m_searchIndex.rebuild(m_library.tracks());
+    if (m_navigation.screen() == Navigation::Screen::Artists)
+        m_artistBrowser.load(m_library.tracks());
+    else if (m_navigation.screen() == Navigation::Screen::Untagged)
+        m_untagged.load(m_library.tracks());
+}
+
+void AppState::importLibraryFolders()
+{
+    m_library.importFolders(m_preferences.libraryFolders());
+}
+
+void AppState::forgetLibraryFolder(const QUrl &folder)
+{
+    m_preferences.removeLibraryFolder(folder);
+    m_library.forgetFolder(folder);
 }
 
 std::optional<Track> AppState::findSong(const QString &trackId) const

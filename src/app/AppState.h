@@ -8,8 +8,11 @@
 //
 //   AppState
 //     ├── library ── songs in import order; imports, watched folders
-//     │     folderImported / filesDiscovered ─► preferences (welcome done),
+//     │     songs ─► preferences (welcome done)
+//     │     folderImported / filesDiscovered ─► preferences (library folders),
 //     │     artworkPrefetch, searchIndex.rebuild, banner "N new songs added"
+//     │     folderForgotten ─► preferences, searchIndex.rebuild
+//     │     searchIndex ─► the albums' songs for the artwork loader's pictures
 //     ├── navigation ── the one screen and its selections; search, theme popup
 //     │     screen ─► artistBrowser.load or untagged.load (grouped afresh)
 //     ├── queue ── the selected playlist's songs, else the library ─► song list
@@ -119,9 +122,15 @@ public:
     // A row of the theme popup: stored, and the popup closes.
     Q_INVOKABLE void selectTheme(int themeIndex);
 
+    // At start: the folders of the library imported again, quietly.
+    Q_INVOKABLE void importLibraryFolders();
+    // "Music Folders…": the folder leaves the library and is not imported again.
+    Q_INVOKABLE void forgetLibraryFolder(const QUrl &folder);
+
 private:
     void connectRooms();
-    void afterImport();
+    void afterImport(const QUrl &folder);
+    void afterForget(const QUrl &folder);
     void afterDiscovery(int first, int count);
 
     // Services

@@ -88,6 +88,7 @@ int run(int argc, char **argv, const WindowHook &onWindow)
 
     AppState state(nullptr);
     AppState::setInstance(&state);
+    state.importLibraryFolders();
     app.installEventFilter(state.keyPressFilter());
 
     QQmlApplicationEngine engine;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ArtworkImageProvider.h"
 
+#include "AlbumPictures.h"
 #include "ArtworkLoader.h"
 #include "ArtworkSource.h"
 #include "Coro.h"
@@ -95,12 +96,9 @@ QCoro::Task<std::optional<QImage>> find(ArtworkLoader *loader, artworksource::Re
         co_return co_await loader->albumArt(request.artist, request.album, cancel);
     }
     case artworksource::Request::Album:
-        co_return co_await loader->albumArt(request.artist, request.album, cancel);
+        co_return co_await loader->albumPictures().album(request.artist, request.album, cancel);
     case artworksource::Request::Artist:
-    {
-        const QString name = request.artist.value_or(QString());
-        co_return co_await loader->artistImage(name, cancel);
-    }
+        co_return co_await loader->albumPictures().artist(request.artist.value_or(QString()), cancel);
     case artworksource::Request::Playing:
         co_return loader->image();
     }

@@ -26,12 +26,33 @@ void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
     m_watchedFolders.append(folder);
     // The folder and its subfolders are listed on the pool, then watched.
     auto *watcher = new QFutureWatcher<FolderTree>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, folder] {
         watcher->deleteLater();
-        armWatcher(watcher->result().folders);
+        if (m_watchedFolders.contains(folder))
+            armWatcher(watcher->result().folders);
         Q_EMIT watching();
     });
     watcher->setFuture(QtConcurrent::run(scanTree, folder.toLocalFile()));
+}
+
+void FolderMonitor::unwatch(const QUrl &folder)
+{
+    if (m_watchedFolders.removeAll(folder) == 0)
+        return;
+    QStringList drop;
+    for (const QString &dir : m_watcher.directories()) {
+        if (!isWatched(dir))
+            drop.append(dir);
+    }
+    if (!drop.isEmpty())
+        m_watcher.removePaths(drop);
+    m_unwatchable.removeIf([this](const QString &dir) { return !isWatched(dir); });
+}
+
+bool FolderMonitor::isWatched(const QString &path) const
+{
+    return std::any_of(m_watchedFolders.cbegin(), m_watchedFolders.cend(),
+                       [&path](const QUrl &folder) { return isInside(path, folder.toLocalFile()); });
 }
 
 void FolderMonitor::onChange()
@@ -75,7 +96,7 @@ void FolderMonitor::finishRescan(const QList<FolderTree> &trees)
         folders += tree.folders;
         for (const QString &path : tree.audioFiles) {
             QUrl url = QUrl::fromLocalFile(path);
-            if (!m_knownURLs.contains(url))
+            if (!m_knownURLs.contains(url) && isWatched(path))
                 found.append(std::move(url));
         }
     }

@@ -31,6 +31,10 @@ public:
     // Replaces knownURLs and starts watching the folder unless it is watched already.
     void watch(const QUrl &folder, const QSet<QUrl> &knownURLs);
 
+    // Stops watching a folder and the folders below it that no other watched
+    // folder holds; a rescan running meanwhile reports nothing from them.
+    void unwatch(const QUrl &folder);
+
     const QList<QUrl> &watchedFolders() const { return m_watchedFolders; }
     const QList<QUrl> &discoveredURLs() const { return m_discoveredURLs; }
     const QSet<QUrl> &knownURLs() const { return m_knownURLs; }
@@ -67,6 +71,7 @@ private:
     void onChange();
     void finishRescan(const QList<FolderTree> &trees);
     void armWatcher(const QStringList &folders);
+    bool isWatched(const QString &path) const;
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;

@@ -305,3 +305,10 @@ QList<QUrl> scanFolder(const QUrl &folder)
         urls.append(QUrl::fromLocalFile(p));
     return urls;
 }
+
+bool isInside(const QString &path, const QString &folder)
+{
+    if (!path.startsWith(folder))
+        return false;
+    return path.size() == folder.size() || folder.endsWith(u'/') || path.at(folder.size()) == u'/';
+}

@@ -39,3 +39,6 @@ std::vector<std::string> scanFolderNative(const QString &folder);
 QStringList scanFolder(const QString &folder);
 QList<QUrl> scanFolder(const QUrl &folder);
 
+
+// Whether a path is the folder or lies below it ("/a/bc" is not inside "/a/b").
+bool isInside(const QString &path, const QString &folder);

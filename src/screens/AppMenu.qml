@@ -13,6 +13,7 @@ Menu {
     required property bool volumeLevelling
 
     signal aboutTriggered()
+    signal musicFoldersTriggered()
     signal volumeLevellingToggled()
     signal checkForUpdatesTriggered()
     signal quitTriggered()
@@ -68,6 +69,7 @@ Menu {
 
     Action { text: "About Tarnwell"; onTriggered: menu.aboutTriggered() }
     Action { text: "Check for Updates..."; onTriggered: menu.checkForUpdatesTriggered() }
+    Action { text: "Music Folders…"; onTriggered: menu.musicFoldersTriggered() }
     MenuSeparator {
         contentItem: Rectangle { implicitHeight: 1; color: Theme.border }
         topPadding: 5

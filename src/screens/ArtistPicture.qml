@@ -25,6 +25,16 @@ Rectangle {
         color: Theme.secondaryText
         opacity: frame.hasPicture ? 0 : 1
     }
+    // A service found a better picture than the songs' own: shown instead.
+    Connections {
+        target: ArtworkSources
+        function onReplaced(source) {
+            if (source.toString() === frame.source.toString()) {
+                image.source = ""
+                image.source = Qt.binding(() => frame.source)
+            }
+        }
+    }
     Image {
         id: image
         anchors.fill: parent

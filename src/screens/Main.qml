@@ -148,8 +148,12 @@ ApplicationWindow {
         id: homeScreen
         HomeView {
             objectName: "homeView"
-            recentArtists: AppState.preferences.recentArtists
             allArtists: AppState.searchIndex.allArtistNames
+            // Only artists the library still has: a name must lead somewhere.
+            recentArtists: {
+                const known = new Set(allArtists.map((name) => name.toLowerCase()))
+                return AppState.preferences.recentArtists.filter((name) => known.has(name.toLowerCase()))
+            }
             onArtistSelected: (name) => AppState.navigation.openArtist(name)
         }
     }
@@ -294,6 +298,7 @@ ApplicationWindow {
                 initialArtist: values.artist || ""
                 initialAlbum: values.album || ""
                 busy: AppState.untagged.isSaving
+                errorText: editorLayer.batch ? AppState.untagged.saveError : AppState.tagEditor.error
                 busyText: "Saving " + AppState.untagged.savedSoFar + " of " + AppState.untagged.editingCount + "…"
                 onSaveRequested: (title, artist, album) => {
                     if (editorLayer.batch)
@@ -408,6 +413,7 @@ ApplicationWindow {
         id: appMenu
         volumeLevelling: AppState.nowPlaying.player.volumeLevelling
         onAboutTriggered: aboutDialog.open()
+        onMusicFoldersTriggered: musicFoldersDialog.open()
         onVolumeLevellingToggled: AppState.nowPlaying.player.volumeLevelling = !volumeLevelling
         onCheckForUpdatesTriggered: window.checkForUpdates()
         onQuitTriggered: Qt.quit()
@@ -416,6 +422,13 @@ ApplicationWindow {
     AboutDialog {
         id: aboutDialog
         version: ProgramInfo.version
+    }
+
+    MusicFoldersDialog {
+        id: musicFoldersDialog
+        objectName: "musicFoldersDialog"
+        folders: AppState.preferences.libraryFolders
+        onRemoveRequested: (folder) => AppState.forgetLibraryFolder(folder)
     }
 
     UpdateDialog {
@@ -444,6 +457,7 @@ ApplicationWindow {
                 title: "Tarnwell"
                 Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
                 Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
+                Platform.MenuItem { text: "Music Folders…"; onTriggered: musicFoldersDialog.open() }
                 Platform.MenuSeparator {}
                 Platform.MenuItem {
                     text: "Volume Levelling"

@@ -17,6 +17,8 @@ Rectangle {
     property string initialAlbum: ""
     property bool busy: false
     property string busyText: ""
+    // Why the last save failed: one line a file. The fields keep what was typed.
+    property string errorText: ""
 
     readonly property bool several: songCount >= 2
     readonly property bool hasChanges: titleField.text !== initialTitle || artistField.text !== initialArtist
@@ -127,6 +129,18 @@ Rectangle {
             label: "Album"
             placeholder: panel.several ? "Leave empty to keep original" : "Album name"
             initial: panel.initialAlbum
+        }
+
+        Text {
+            objectName: "saveError"
+            width: parent.width
+            visible: text !== ""
+            text: panel.errorText
+            wrapMode: Text.Wrap
+            maximumLineCount: 6
+            elide: Text.ElideRight
+            font.pixelSize: 12
+            color: Theme.primaryText
         }
 
         Item {

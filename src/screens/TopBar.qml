@@ -78,8 +78,9 @@ Item {
             visible: bar.hasTracks
             onClicked: bar.themeClicked()
         }
+        // Shown with an empty library too: the way back after the welcome.
         ImportButton {
-            visible: bar.hasTracks
+            objectName: "importButton"
             Layout.leftMargin: 4
             onClicked: bar.importClicked()
         }

@@ -4,8 +4,12 @@
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
 #include "browse/SongListModel.h"
+#include "TestSupport.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
 #include <QHash>
 #include <QMutex>
 #include <QQmlEngine>
@@ -14,6 +18,7 @@
 #include <QtQuickTest>
 
 #include <memory>
+#include <vector>
 
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
 
@@ -65,6 +70,42 @@ public:
     }
     Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
 
+    // A new folder holding short silent songs of these names, and a
+    // folder.jpg when asked; its file URL.
+    Q_INVOKABLE QUrl folderOfSongs(const QStringList &names, bool withFolderImage = false)
+    {
+        auto *dir = new QTemporaryDir;
+        m_folders.emplace_back(dir);
+        for (const QString &name : names) {
+            if (!testsupport::makeAudio(dir->filePath(name)))
+                qWarning() << "could not make" << name;
+        }
+        if (withFolderImage) {
+            QImage image(64, 64, QImage::Format_RGB32);
+            image.fill(Qt::darkCyan);
+            image.save(dir->filePath(QStringLiteral("folder.jpg")));
+        }
+        return QUrl::fromLocalFile(dir->path());
+    }
+    Q_INVOKABLE bool makeReadOnly(const QUrl &file)
+    {
+        return QFile::setPermissions(file.toLocalFile(), QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+    }
+    // The id of the library's song at a file URL; empty when none.
+    Q_INVOKABLE QString songAt(Library *library, const QUrl &file) const
+    {
+        for (const Track &track : library->tracks()) {
+            if (track.url == file)
+                return trackjson::uuidText(track.id);
+        }
+        return {};
+    }
+    // The program started again: a main state of its own over the same settings.
+    Q_INVOKABLE AppState *secondLaunch()
+    {
+        return kept(new AppState(m_playlists.filePath(QStringLiteral("playlists.json")), this));
+    }
+
 private:
     template<typename T>
     static T *kept(T *object)
@@ -92,6 +133,8 @@ private:
     }
 
     std::shared_ptr<Tags> m_tags = std::make_shared<Tags>();
+    std::vector<std::unique_ptr<QTemporaryDir>> m_folders;
+    QTemporaryDir m_playlists;
 };
 
 class Setup : public QObject
