@@ -17,7 +17,9 @@ Item {
     implicitHeight: size
     Accessible.ignored: true
 
-    NumberAnimation on phase {
+    NumberAnimation {
+        target: wave
+        property: "phase"
         from: 0
         to: 2 * Math.PI
         duration: 1100
