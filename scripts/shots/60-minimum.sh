@@ -16,7 +16,7 @@ for theme in ${SHOT_THEMES:-noir sunrise light}; do
   sleep 0.8
   click 70 130 # "All Songs"
   click 400 175 # the first song plays
-  click 792 38 # home
+  click 552 38 # home, further left in the narrow window
   sleep 0.4
   shot "min-home-$theme"
   click 70 98 # "All Artists"
