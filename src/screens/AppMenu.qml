@@ -19,6 +19,9 @@ Menu {
     signal quitTriggered()
 
     width: 220
+    // A click beside the open menu only closes it.
+    modal: true
+    dim: false
     topPadding: 6
     bottomPadding: 6
 

@@ -21,115 +21,119 @@ Item {
     signal editRequested(string trackId)
     signal dragStarted(string trackId)
 
-    Column {
-        id: header
-        x: 28
-        y: 12
-        width: parent.width - 56
-        spacing: 8
-
-        Row {
-            objectName: "backButton"
-            spacing: 6
-            SymbolIcon {
-                anchors.verticalCenter: parent.verticalCenter
-                name: "chevron.left"
-                size: 12
-                font.weight: Font.DemiBold
-                color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
-            }
-            Text {
-                anchors.verticalCenter: parent.verticalCenter
-                text: "All Artists"
-                font.pixelSize: 13
-                color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
-            }
-            HoverHandler { id: backHover; cursorShape: Qt.PointingHandCursor }
-            TapHandler { onTapped: screen.backClicked() }
-            Accessible.role: Accessible.Button
-            Accessible.name: "All Artists"
-        }
-        Text {
-            objectName: "artistTitle"
-            width: parent.width
-            text: screen.detail.artistName
-            elide: Text.ElideRight
-            font.pixelSize: 26
-            font.weight: Font.Thin
-            font.letterSpacing: 1
-            color: Theme.primaryText
-            Accessible.role: Accessible.Heading
-        }
-        Text {
-            visible: !screen.detail.isLoading && screen.detail.albums.count > 0
-            text: "Albums"
-            font.pixelSize: 16
-            font.weight: Font.Medium
-            color: Theme.primaryText
-        }
-        ListView {
-            objectName: "albumRow"
-            visible: !screen.detail.isLoading && screen.detail.albums.count > 0
-            width: parent.width
-            height: 184
-            orientation: ListView.Horizontal
-            spacing: 18
-            clip: true
-            boundsBehavior: Flickable.StopAtBounds
-            model: screen.detail.albums
-            delegate: AlbumCard {
-                required property string name
-                required property int trackCount
-                required property bool isSelected
-                albumName: name
-                artistName: screen.detail.artistName
-                songCount: trackCount
-                isSelected: isSelected
-                onClicked: screen.albumSelected(name)
-            }
-        }
-        Row {
-            visible: screen.detail.selectedAlbum !== ""
-            spacing: 12
-            Text {
-                objectName: "selectedAlbumName"
-                anchors.verticalCenter: parent.verticalCenter
-                text: screen.detail.selectedAlbum
-                font.pixelSize: 15
-                font.weight: Font.Medium
-                color: Theme.primaryText
-            }
-            Text {
-                objectName: "showAllButton"
-                anchors.verticalCenter: parent.verticalCenter
-                text: "Show all"
-                font.pixelSize: 13
-                color: showAllHover.hovered ? Theme.primaryText : Theme.brand
-                HoverHandler { id: showAllHover; cursorShape: Qt.PointingHandCursor }
-                TapHandler { onTapped: screen.showAllClicked() }
-                Accessible.role: Accessible.Button
-                Accessible.name: text
-            }
-        }
-    }
-
     BusyIndicator {
         anchors.centerIn: parent
         running: screen.detail.isLoading
         visible: running
     }
 
+    // The artist's name, albums and selected album scroll away with the
+    // songs, so that a short window still shows a page of songs.
     ListView {
         id: songs
         objectName: "artistSongs"
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors.fill: parent
         anchors.leftMargin: 14
         anchors.rightMargin: 14
-        anchors.topMargin: 10
-        visible: !screen.detail.isLoading
         clip: true
         interactive: false
-        model: screen.detail.tracks
+        model: screen.detail.isLoading ? null : screen.detail.tracks
+        header: Item {
+            width: songs.width - scrollBar.width
+            height: header.height
+            Column {
+                id: header
+                x: 14
+                width: parent.width - 28
+                topPadding: 12
+                bottomPadding: 10
+                spacing: 8
+
+                Row {
+                    objectName: "backButton"
+                    spacing: 6
+                    SymbolIcon {
+                        anchors.verticalCenter: parent.verticalCenter
+                        name: "chevron.left"
+                        size: 12
+                        font.weight: Font.DemiBold
+                        color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
+                    }
+                    Text {
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: "All Artists"
+                        font.pixelSize: 13
+                        color: backHover.hovered ? Theme.primaryText : Theme.secondaryText
+                    }
+                    HoverHandler { id: backHover; cursorShape: Qt.PointingHandCursor }
+                    TapHandler { onTapped: screen.backClicked() }
+                    Accessible.role: Accessible.Button
+                    Accessible.name: "All Artists"
+                }
+                Text {
+                    objectName: "artistTitle"
+                    width: parent.width
+                    text: screen.detail.artistName
+                    elide: Text.ElideRight
+                    font.pixelSize: 26
+                    font.weight: Font.Thin
+                    font.letterSpacing: 1
+                    color: Theme.primaryText
+                    Accessible.role: Accessible.Heading
+                }
+                Text {
+                    visible: !screen.detail.isLoading && screen.detail.albums.count > 0
+                    text: "Albums"
+                    font.pixelSize: 16
+                    font.weight: Font.Medium
+                    color: Theme.primaryText
+                }
+                ListView {
+                    objectName: "albumRow"
+                    visible: !screen.detail.isLoading && screen.detail.albums.count > 0
+                    width: parent.width
+                    height: 184
+                    orientation: ListView.Horizontal
+                    spacing: 18
+                    clip: true
+                    boundsBehavior: Flickable.StopAtBounds
+                    model: screen.detail.albums
+                    delegate: AlbumCard {
+                        required property string name
+                        required property int trackCount
+                        required property bool isSelected
+                        albumName: name
+                        artistName: screen.detail.artistName
+                        songCount: trackCount
+                        isSelected: isSelected
+                        onClicked: screen.albumSelected(name)
+                    }
+                }
+                Row {
+                    visible: screen.detail.selectedAlbum !== ""
+                    spacing: 12
+                    Text {
+                        objectName: "selectedAlbumName"
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: screen.detail.selectedAlbum
+                        font.pixelSize: 15
+                        font.weight: Font.Medium
+                        color: Theme.primaryText
+                    }
+                    Text {
+                        objectName: "showAllButton"
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: "Show all"
+                        font.pixelSize: 13
+                        color: showAllHover.hovered ? Theme.primaryText : Theme.brand
+                        HoverHandler { id: showAllHover; cursorShape: Qt.PointingHandCursor }
+                        TapHandler { onTapped: screen.showAllClicked() }
+                        Accessible.role: Accessible.Button
+                        Accessible.name: text
+                    }
+                }
+            }
+        }
         ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
         WheelHandler {
             onWheel: (event) => {

@@ -30,6 +30,13 @@ Rectangle {
 
     Component.onCompleted: field.forceActiveFocus()
 
+    CardShadow {
+        radius: panel.radius
+        color: Qt.rgba(0, 0, 0, 0.3)
+    }
+    // Clicks on the panel stay on the panel.
+    MouseArea { anchors.fill: parent }
+
     Column {
         id: content
         anchors.fill: parent

@@ -10,6 +10,8 @@ Item {
 
     required property list<string> recentArtists
     required property list<string> allArtists
+    // Whether the library holds songs (with an artist tag or not).
+    property bool hasSongs: false
 
     signal artistSelected(string name)
 
@@ -54,7 +56,7 @@ Item {
                 objectName: "recentArtists"
                 visible: home.recentArtists.length > 0
                 width: parent.width
-                height: 104
+                height: 122
                 orientation: ListView.Horizontal
                 spacing: 16
                 clip: true
@@ -101,8 +103,10 @@ Item {
             color: Theme.secondaryText
         }
         Text {
+            objectName: "homeEmptyText"
             anchors.horizontalCenter: parent.horizontalCenter
-            text: "Import music to get started"
+            text: home.hasSongs ? "No song has an artist yet: Untagged Songs lets you add them"
+                                : "Import music to get started"
             font.pixelSize: 14
             font.weight: Font.Light
             color: Theme.secondaryText

@@ -154,6 +154,7 @@ ApplicationWindow {
                 const known = new Set(allArtists.map((name) => name.toLowerCase()))
                 return AppState.preferences.recentArtists.filter((name) => known.has(name.toLowerCase()))
             }
+            hasSongs: AppState.library.trackCount > 0
             onArtistSelected: (name) => AppState.navigation.openArtist(name)
         }
     }
@@ -281,8 +282,10 @@ ApplicationWindow {
             anchors.fill: parent
             color: "#000000"
             opacity: 0.3
+            // Takes the hover too, so the rows behind the dim stay still.
             MouseArea {
                 anchors.fill: parent
+                hoverEnabled: true
                 onClicked: if (!AppState.untagged.isSaving) editorLayer.close()
             }
         }
@@ -322,7 +325,11 @@ ApplicationWindow {
             anchors.fill: parent
             color: "#000000"
             opacity: 0.35
-            TapHandler { onTapped: AppState.playlists.cancelCreate() }
+            MouseArea {
+                anchors.fill: parent
+                hoverEnabled: true
+                onClicked: AppState.playlists.cancelCreate()
+            }
         }
         Loader {
             anchors.centerIn: parent
@@ -333,6 +340,30 @@ ApplicationWindow {
                 onCancelRequested: AppState.playlists.cancelCreate()
             }
         }
+    }
+
+    // While the theme popup or the search dropdown is open, a click anywhere
+    // else only closes it: nothing under the pointer is pressed. The search
+    // field itself stays live so that typing can go on.
+    MouseArea {
+        id: dismissCatcher
+        objectName: "dismissCatcher"
+        anchors.fill: parent
+        enabled: AppState.navigation.showThemePicker || searchDropdown.shown
+        hoverEnabled: enabled
+        acceptedButtons: Qt.AllButtons
+        onPressed: (mouse) => {
+            const bar = window.searchBarItem
+            if (searchDropdown.shown && bar && bar.visible) {
+                const p = mapToItem(bar, mouse.x, mouse.y)
+                if (bar.contains(p)) {
+                    mouse.accepted = false
+                    return
+                }
+            }
+            AppState.navigation.dismissPopups()
+        }
+        onWheel: (wheel) => wheel.accepted = true
     }
 
     // What the search finds, under the search bar.
@@ -352,13 +383,14 @@ ApplicationWindow {
         z: 10
         results: AppState.navigation.searchActive && AppState.searchIndex.count >= 0
                  ? AppState.searchIndex.search(AppState.navigation.searchText) : ({ artists: [], albums: [], tracks: [] })
-        readonly property bool shown: AppState.navigation.searchActive && hasResults
+        query: AppState.navigation.searchText
+        readonly property bool shown: AppState.navigation.searchActive && (hasResults || showsNoResults)
         visible: opacity > 0
         opacity: shown ? 1 : 0
         scale: shown ? 1 : 0.97
         transformOrigin: Item.TopLeft
-        Behavior on opacity { NumberAnimation { duration: 150 } }
-        Behavior on scale { NumberAnimation { duration: 150 } }
+        Behavior on opacity { NumberAnimation { duration: Theme.popupDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on scale { NumberAnimation { duration: Theme.popupDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         onPlayRequested: (trackId) => AppState.playFromSearch(trackId)
         onAlbumRequested: (artist, album) => AppState.navigation.openAlbum(artist, album)
         onArtistRequested: (name) => AppState.navigation.openArtist(name)
@@ -411,6 +443,7 @@ ApplicationWindow {
 
     AppMenu {
         id: appMenu
+        objectName: "appMenu"
         volumeLevelling: AppState.nowPlaying.player.volumeLevelling
         onAboutTriggered: aboutDialog.open()
         onMusicFoldersTriggered: musicFoldersDialog.open()

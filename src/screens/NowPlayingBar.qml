@@ -78,7 +78,7 @@ Rectangle {
                 font.pixelSize: 13
                 color: Theme.primaryText
             }
-            Text {
+            Figures {
                 objectName: "elapsed"
                 text: SongFormat.formatTime(nowPlaying.currentTime)
                 font.pixelSize: 12

@@ -92,7 +92,20 @@ Item {
         }
     }
 
+    // Under the words while the photograph shows, so that they stay as
+    // legible as on the plain background.
+    Rectangle {
+        objectName: "onboardingScrim"
+        anchors.centerIn: welcome
+        width: welcome.width + 96
+        height: welcome.height + 72
+        radius: 28
+        color: Theme.windowBackground
+        opacity: backdrop.visible ? 0.8 * backdrop.opacity / 0.38 : 0
+    }
+
     Column {
+        id: welcome
         anchors.centerIn: parent
         spacing: 0
 
@@ -101,7 +114,8 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             text: "YOUR MUSIC COLLECTION"
             color: Theme.brand
-            opacity: overlay.logoVisible ? 0.65 : 0
+            // Fully opaque: the small caption needs the brand colour's whole contrast.
+            opacity: overlay.logoVisible ? 1 : 0
             transform: Translate { y: overlay.logoVisible ? 0 : 6; Behavior on y { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } } }
             Behavior on opacity { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } }
             font.family: Theme.uiFont

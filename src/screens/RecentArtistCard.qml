@@ -12,13 +12,15 @@ Item {
 
     signal clicked()
 
-    width: 72
-    height: 100
+    // Wider than the picture, so that a name has room for two lines.
+    width: 96
+    height: 120
     Accessible.role: Accessible.Button
     Accessible.name: name
 
     ArtistPicture {
         id: picture
+        anchors.horizontalCenter: parent.horizontalCenter
         width: 72
         height: 72
         radius: 36
@@ -30,9 +32,11 @@ Item {
     Text {
         anchors.top: picture.bottom
         anchors.topMargin: 6
-        width: 72
+        width: parent.width
         horizontalAlignment: Text.AlignHCenter
         text: card.name
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
         elide: Text.ElideRight
         font.pixelSize: 12
         font.weight: Font.Medium

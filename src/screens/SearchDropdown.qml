@@ -10,6 +10,9 @@ Rectangle {
     // {artists: [...], albums: [...], tracks: [...]} as the search index gives it.
     property var results: ({ artists: [], albums: [], tracks: [] })
     readonly property bool hasResults: results.artists.length + results.albums.length + results.tracks.length > 0
+    // What was typed: a query that finds nothing says so.
+    property string query: ""
+    readonly property bool showsNoResults: !hasResults && query.trim() !== ""
 
     signal playRequested(string trackId)
     signal albumRequested(string artist, string album)
@@ -22,11 +25,30 @@ Rectangle {
     border.color: Theme.border
     border.width: 1
 
+    CardShadow {
+        radius: dropdown.radius
+        color: Qt.rgba(Theme.raisedBackground.r, Theme.raisedBackground.g, Theme.raisedBackground.b, 0.24)
+    }
+
     Column {
         id: column
         y: 8
         width: parent.width
 
+        Text {
+            objectName: "noResults"
+            visible: dropdown.showsNoResults
+            width: parent.width
+            leftPadding: 14
+            rightPadding: 14
+            topPadding: 10
+            bottomPadding: 10
+            text: "No results"
+            elide: Text.ElideRight
+            color: Theme.secondaryText
+            font.family: Theme.uiFont
+            font.pixelSize: 13
+        }
         SearchSection {
             objectName: "artistsSection"
             width: parent.width

@@ -27,9 +27,12 @@ Rectangle {
     implicitWidth: 220
     color: "transparent"
 
+    // The side margins lie inside the clipped area, so that a playlist row
+    // that grows under a dragged song is drawn whole.
     Flickable {
         anchors.fill: parent
-        anchors.margins: 12
+        anchors.topMargin: 12
+        anchors.bottomMargin: 12
         contentHeight: column.implicitHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
@@ -37,7 +40,8 @@ Rectangle {
 
         Column {
             id: column
-            width: parent.width
+            x: 12
+            width: parent.width - 24
             spacing: 2
 
             SidebarEntry {

@@ -49,7 +49,7 @@ Item {
                 font.letterSpacing: 1
                 Accessible.role: Accessible.Heading
             }
-            Text {
+            Figures {
                 objectName: "listCount"
                 text: SongFormat.songCount(list.count)
                 color: Theme.secondaryText
@@ -81,11 +81,10 @@ Item {
                 anchors.right: parent.right
                 visible: screen.isPlaylist
                 spacing: 6
-                SymbolIcon {
+                Waveform {
                     anchors.verticalCenter: parent.verticalCenter
-                    name: "waveform"
+                    running: false
                     size: 14
-                    font.weight: Font.ExtraLight
                     color: Theme.secondaryText
                 }
                 Text {

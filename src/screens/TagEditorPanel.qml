@@ -53,6 +53,10 @@ Rectangle {
     }
     Component.onCompleted: titleField.forceActiveFocus()
 
+    CardShadow {
+        radius: panel.radius
+        color: Qt.rgba(0, 0, 0, 0.28)
+    }
     // Clicks on the panel stay on the panel.
     MouseArea { anchors.fill: parent }
 
@@ -179,6 +183,14 @@ Rectangle {
         }
     }
 
+    // The panel dims behind the question.
+    Rectangle {
+        objectName: "discardDim"
+        anchors.fill: parent
+        radius: panel.radius
+        visible: alert.visible
+        color: Qt.rgba(0, 0, 0, 0.3)
+    }
     // "Discard changes?"
     Rectangle {
         id: alert
@@ -192,6 +204,10 @@ Rectangle {
         border.color: Theme.border
         border.width: 1
         MouseArea { anchors.fill: parent }
+        CardShadow {
+            radius: alert.radius
+            color: Qt.rgba(0, 0, 0, 0.28)
+        }
         Column {
             id: alertColumn
             x: 18
@@ -228,7 +244,7 @@ Rectangle {
                     objectName: "discardButton"
                     text: "Discard"
                     fontSize: 13
-                    color: hovered ? "#c0392b" : "#d9534f"
+                    color: hovered ? "#a82824" : "#c9302c"
                     onClicked: panel.cancelRequested()
                 }
             }

@@ -76,7 +76,7 @@ Item {
             width: 18
             height: parent.height
 
-            Text {
+            Figures {
                 objectName: "rowNumber"
                 anchors.centerIn: parent
                 visible: !row.isPlaying && !row.hovered
@@ -92,12 +92,10 @@ Item {
                 size: 12
                 color: row.isActive ? Theme.brand : Theme.primaryText
             }
-            SymbolIcon {
+            Waveform {
+                objectName: "playingWave"
                 anchors.centerIn: parent
                 visible: row.isPlaying && !row.hovered
-                name: "waveform"
-                size: 13
-                color: Theme.brand
             }
             SymbolIcon {
                 id: pauseButton
@@ -180,7 +178,7 @@ Item {
                 Accessible.role: Accessible.Button
                 Accessible.name: "Edit tags"
             }
-            Text {
+            Figures {
                 objectName: "rowLength"
                 anchors.verticalCenter: parent.verticalCenter
                 visible: row.duration > 0
@@ -226,7 +224,9 @@ Item {
             }
             Text {
                 anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, 240)
                 text: row.name
+                elide: Text.ElideRight
                 font.pixelSize: 13
                 color: Theme.primaryText
             }

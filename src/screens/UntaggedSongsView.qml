@@ -146,12 +146,16 @@ Item {
                 height: 1
                 color: Theme.panelBackground
             }
+            // Ends where the Edit button begins, shown or not: long names elide.
             Row {
                 anchors.left: parent.left
                 anchors.leftMargin: 20
+                anchors.right: editButton.left
+                anchors.rightMargin: 12
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 12
                 SymbolIcon {
+                    id: checkbox
                     objectName: "checkbox"
                     anchors.verticalCenter: parent.verticalCenter
                     name: row.isSelected ? "checkmark.square.fill" : "square"
@@ -168,21 +172,29 @@ Item {
                 }
                 Column {
                     anchors.verticalCenter: parent.verticalCenter
+                    width: parent.width - checkbox.width - parent.spacing
                     spacing: 2
                     Text {
+                        objectName: "untaggedName"
+                        width: parent.width
                         text: row.name
+                        elide: Text.ElideRight
                         font.pixelSize: 13
                         font.weight: Font.Medium
                         color: Theme.primaryText
                     }
                     Text {
+                        width: parent.width
                         text: row.missing
+                        elide: Text.ElideRight
                         font.pixelSize: 11
                         color: Theme.secondaryText
                     }
                 }
             }
             PillButton {
+                id: editButton
+                objectName: "rowEditButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20
                 anchors.verticalCenter: parent.verticalCenter

@@ -118,6 +118,23 @@ Item {
             compare(dividers, data.dividers)
         }
 
+        function test_noResultsLine_data() {
+            const none = { artists: [], albums: [], tracks: [] }
+            const one = { artists: [{ name: "Artist A", trackCount: 1 }], albums: [], tracks: [] }
+            return [
+                { tag: "nothing typed", query: "", results: none, line: false },
+                { tag: "only spaces", query: "   ", results: none, line: false },
+                { tag: "nothing found", query: "zzz", results: none, line: true },
+                { tag: "something found", query: "art", results: one, line: false },
+            ]
+        }
+
+        function test_noResultsLine(data) {
+            dropdown.query = data.query
+            dropdown.results = data.results
+            compare(find(dropdown, "noResults").visible, data.line)
+        }
+
         function test_rowsSayWhatTheyHold() {
             dropdown.results = { artists: [{ name: "Artist A", trackCount: 1 }],
                                  albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 12 }],
