@@ -4,7 +4,7 @@
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
 #include "browse/SongListModel.h"
-#include "TestSupport.h"
+#include "support/TestSupport.h"
 
 #include <QCoreApplication>
 #include <QFile>
