@@ -54,15 +54,18 @@ awk -v q="$(peak "$dir/second.raw")" -v a="$(peak "$dir/a.raw")" 'BEGIN { exit !
 record --no-levelling "$dir/a.flac" "$dir/quiet.flac"
 cat "$dir/a.raw" "$dir/a.raw" | cmp -s - "$dir/rec.raw" || fail "--no-levelling changed the samples"
 
-# What can't be played.
-"$cli" play "$dir/notes.mp3" >/dev/null 2>&1
-[ $? -eq 1 ] || fail "a text file named .mp3 should fail with 1"
-"$cli" play "$dir/missing.wav" >/dev/null 2>&1
-[ $? -eq 1 ] || fail "a missing file should fail with 1"
-"$cli" play >/dev/null 2>&1
-[ $? -eq 2 ] || fail "no file should be a usage error (2)"
-"$cli" play --loud "$dir/one.wav" >/dev/null 2>&1
-[ $? -eq 2 ] || fail "an unknown option should be a usage error (2)"
+# What can't be played exits with 1, a usage error with 2.
+exits() {
+  local want=$1
+  shift
+  "$cli" play "$@" >/dev/null 2>&1
+  local got=$?
+  [ "$got" -eq "$want" ] || fail "play $* exited with $got, not $want"
+}
+exits 1 "$dir/notes.mp3"
+exits 1 "$dir/missing.wav"
+exits 2
+exits 2 --loud "$dir/one.wav"
 
 # Media keys and now-playing over MPRIS.
 if [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ] || ! command -v playerctl >/dev/null; then
