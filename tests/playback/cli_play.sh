@@ -55,13 +55,7 @@ record --no-levelling "$dir/a.flac" "$dir/quiet.flac"
 cat "$dir/a.raw" "$dir/a.raw" | cmp -s - "$dir/rec.raw" || fail "--no-levelling changed the samples"
 
 # What can't be played exits with 1, a usage error with 2.
-exits() {
-  local want=$1
-  shift
-  "$cli" play "$@" >/dev/null 2>&1
-  local got=$?
-  [ "$got" -eq "$want" ] || fail "play $* exited with $got, not $want"
-}
+exits() { local want=$1; shift; "$cli" play "$@" >/dev/null 2>&1; local got=$?; [ "$got" -eq "$want" ] || fail "play $* exited with $got, not $want"; }
 exits 1 "$dir/notes.mp3"
 exits 1 "$dir/missing.wav"
 exits 2
