@@ -337,7 +337,6 @@ private Q_SLOTS:
         QTest::newRow("mp3, tagged second") << Format::Mp3 << false << true << 1.0 << 0.5;
         QTest::newRow("m4a, tagged second") << Format::M4aAac << false << true << 1.0 << 0.5;
         QTest::newRow("wav, tagged second") << Format::Wav << false << true << 1.0 << 0.5;
-        QTest::newRow("aiff, tagged second") << Format::Aiff << false << true << 1.0 << 0.5;
         QTest::newRow("an untagged second song drops the gain") << Format::Flac << true << true << 0.5 << 2.0;
         QTest::newRow("levelling off") << Format::Flac << true << false << 1.0 << 1.0;
     }
