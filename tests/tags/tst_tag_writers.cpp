@@ -262,9 +262,6 @@ private Q_SLOTS:
         const QByteArray picture = build::pictureBody(QByteArray(300, 'P'));
         const auto damaged = WriteError::damagedMetadata;
         row("three bytes", true, "fLa", WriteError::unsupportedFormat);
-        row("ID3v2 tag in front", true,
-            build::id3Tag(3, id3Frame(3, "TIT2", id3Text("x"))) + build::flacFile({ { 0, si } }),
-            WriteError::unsupportedFormat);
         // An old comment that the new block must carry pushes it past 24 bits.
         row("comment block over 16,777,215 bytes", true,
             build::flacFile(
