@@ -183,7 +183,6 @@ private Q_SLOTS:
                   QTest::newRow(what) << QString::fromLatin1(file) << bytes << setup << error;
               };
         row("MP3 named .flac", "song.flac", mp3Bytes(), Setup::none, SaveError::wrongContent);
-        row("M4A named .mp3", "song.mp3", m_m4a, Setup::none, SaveError::wrongContent);
         row("text named .mp3", "song.mp3", QByteArray(3000, 't'), Setup::none, SaveError::wrongContent);
         row("empty .mp3", "song.mp3", {}, Setup::none, SaveError::noAudio);
         row("an ID3v2 tag and nothing else", "song.mp3",
@@ -353,25 +352,6 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(link).isSymLink());
         QCOMPARE(readMetadata(target).title, newTitle);
         QCOMPARE(listing(m_folder + QStringLiteral("/real")), QStringList { "song.mp3" });
-    }
-
-    void batchSave()
-    {
-        const QString flac = writeOld(m_folder, QStringLiteral("a.FLAC"), flacBytes());
-        const QString mp3 = writeOld(m_folder, QStringLiteral("sub/b.mp3"), mp3Bytes());
-        const QString caf = writeOld(m_folder, QStringLiteral("c.caf"), QByteArray("caff"));
-        const TagEdit albumOnly { FieldEdit::keep(), FieldEdit::keep(),
-            FieldEdit::set(QStringLiteral("Shared")) };
-        const QList<SaveResult> results = saveTags(QStringList { flac, caf, mp3 }, albumOnly);
-        QCOMPARE(results.size(), 3);
-        QVERIFY(results[0] && !results[1] && results[2]);
-        for (const QString &path : { flac, mp3 }) {
-            const TrackMetadata m = readMetadata(path);
-            QCOMPARE(m.album, std::optional<QString>(QStringLiteral("Shared")));
-            QCOMPARE(m.title, std::optional<QString>(QStringLiteral("old")));
-        }
-        QCOMPARE(readMetadata(flac).genre, std::optional<QString>(QStringLiteral("g")));
-        QCOMPARE(listing(m_folder), (QStringList { "a.FLAC", "c.caf", "sub" }));
     }
 };
 
