@@ -6,7 +6,7 @@
 #     the artwork prefetch and the index build running (target < 50 ms)
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
-app="$build/bin/tarnwell"
+app="$build/bin/tarnwell-probe"
 tree=${BENCH_IMPORT_TREE:-${TMPDIR:-/tmp}/tarnwell-bench-import}
 for tool in Xvfb sox python3; do
   command -v "$tool" > /dev/null || { echo "bench_app: $tool is missing"; exit 0; }
@@ -46,17 +46,17 @@ fi
 source "$(dirname "${BASH_SOURCE[0]}")/session.sh"
 bench_session app
 
-TARNWELL_BENCH=first-frame "$app" > /dev/null 2>&1 || true # warm the caches
+"$app" first-frame > /dev/null 2>&1 || true # warm the caches
 best=999999
 for _ in 1 2 3 4 5; do
   start=$(date +%s%3N)
-  frame=$(TARNWELL_BENCH=first-frame "$app" 2> /dev/null | awk '/first-frame-epoch-ms/ { print $2 }')
+  frame=$("$app" first-frame 2> /dev/null | awk '/first-frame-epoch-ms/ { print $2 }')
   [ -n "$frame" ] || { echo "bench_app: no first frame"; exit 1; }
   ms=$((frame - start))
   [ "$ms" -lt "$best" ] && best=$ms
 done
 echo "start to first frame: ${best} ms (best of 5, target < 500)"
 
-stall=$(TARNWELL_BENCH=import-stall timeout 300 "$app" "$tree" 2> /dev/null | awk '/longest-gui-stall-ms/ { print $2 }')
+stall=$(timeout 300 "$app" import-stall "$tree" 2> /dev/null | awk '/longest-gui-stall-ms/ { print $2 }')
 echo "songs imported: $(find "$tree" -name '*.flac' ! -name '.seed.flac' | wc -l)"
 echo "longest GUI-thread stall while importing: ${stall:-?} ms (target < 50)"

@@ -7,7 +7,7 @@
 # 16.7 ms at 60 Hz; Xvfb renders in software, slower than a real display.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
-app="$build/bin/tarnwell"
+app="$build/bin/tarnwell-probe"
 tree=${BENCH_SCROLL_TREE:-${TMPDIR:-/tmp}/tarnwell-bench-scroll}
 count=${BENCH_SONGS:-100000}
 for tool in Xvfb sox python3; do
@@ -37,7 +37,7 @@ fi
 source "$(dirname "${BASH_SOURCE[0]}")/session.sh"
 bench_session scroll
 
-out=$(TARNWELL_BENCH=scroll timeout 600 "$app" "$tree" 2> /dev/null)
+out=$(timeout 600 "$app" scroll "$tree" 2> /dev/null)
 value() { awk -v k="$1" '$1 == k { print $2 }' <<< "$out"; }
 echo "songs in the list: $(value songs)"
 echo "\"All Songs\" to the list on screen: $(value show-all-songs-ms) ms"

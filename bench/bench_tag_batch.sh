@@ -5,7 +5,7 @@
 # the files were written (target < 50 ms), and how long the batch took.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
-app="$build/bin/tarnwell"
+app="$build/bin/tarnwell-probe"
 count=${BENCH_FILES:-500}
 for tool in Xvfb sox; do
   command -v "$tool" > /dev/null || { echo "bench_tag_batch: $tool is missing"; exit 0; }
@@ -23,7 +23,7 @@ for i in $(seq -w 1 "$count"); do cp "$work/seed.flac" "$music/Take $i.flac"; do
 echo "files: $count of $(du -k "$work/seed.flac" | cut -f1) KiB"
 
 
-out=$(TARNWELL_BENCH=tag-batch timeout 600 "$app" "$music" 2> /dev/null)
+out=$(timeout 600 "$app" tag-batch "$music" 2> /dev/null)
 saved=$(awk '/^saved-files/ { print $2 }' <<< "$out")
 ms=$(awk '/^save-ms/ { print $2 }' <<< "$out")
 stall=$(awk '/^longest-gui-stall-ms/ { print $2 }' <<< "$out")

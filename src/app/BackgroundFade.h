@@ -5,6 +5,7 @@
 #include <QPropertyAnimation>
 #include <QTimer>
 #include <QUrl>
+#include <QtQml/qqmlregistration.h>
 
 // The picture behind the window: when the playing song's picture changes, the
 // old one fades out (2.0 s), is swapped 2.1 s after the change, and the new one
@@ -13,6 +14,8 @@
 class BackgroundFade : public QObject
 {
     Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("owned by the main state")
     Q_PROPERTY(QUrl shownSource READ shownSource NOTIFY shownSourceChanged)
     Q_PROPERTY(double opacity READ opacity WRITE setOpacity NOTIFY opacityChanged)
 

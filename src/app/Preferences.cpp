@@ -1,15 +1,24 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Preferences.h"
 
+Preferences::Preferences(QObject *parent)
+    : QObject(parent)
+    , m_recentArtists(storedRecentArtists())
+{
+}
+
 bool Preferences::didCompleteOnboarding() const
 {
     return m_settings.value(onboardingKey, false).toBool();
 }
 
-void Preferences::setDidCompleteOnboarding(bool done)
+void Preferences::completeOnboarding()
 {
-    m_settings.setValue(onboardingKey, done);
+    if (didCompleteOnboarding())
+        return;
+    m_settings.setValue(onboardingKey, true);
     m_settings.sync();
+    Q_EMIT didCompleteOnboardingChanged();
 }
 
 QString Preferences::selectedTheme() const
@@ -18,13 +27,20 @@ QString Preferences::selectedTheme() const
     return v.isValid() ? v.toString() : QStringLiteral("noir");
 }
 
-void Preferences::setSelectedTheme(const QString &raw)
+void Preferences::selectTheme(int themeIndex)
 {
+    const QList<AppTheme> themes = palette::allThemes();
+    if (themeIndex < 0 || themeIndex >= themes.size())
+        return;
+    const QString raw = palette::rawValue(themes[themeIndex]);
+    const bool changed = raw != selectedTheme();
     m_settings.setValue(themeKey, raw);
     m_settings.sync();
+    if (changed)
+        Q_EMIT selectedThemeChanged();
 }
 
-QStringList Preferences::recentArtists() const
+QStringList Preferences::storedRecentArtists() const
 {
     const QVariant v = m_settings.value(recentArtistsKey);
     // QSettings stores a one-element list as a plain string; read it back as a list.
@@ -35,10 +51,17 @@ QStringList Preferences::recentArtists() const
     return v.toStringList();
 }
 
-void Preferences::setRecentArtists(const QStringList &artists)
+void Preferences::recordRecentArtist(const QString &artist)
 {
-    m_settings.setValue(recentArtistsKey, artists);
+    if (artist.isEmpty())
+        return;
+    QStringList updated = withRecentArtist(m_recentArtists, artist);
+    m_settings.setValue(recentArtistsKey, updated);
     m_settings.sync();
+    if (updated == m_recentArtists)
+        return;
+    m_recentArtists = std::move(updated);
+    Q_EMIT recentArtistsChanged();
 }
 
 QStringList Preferences::withRecentArtist(QStringList artists, const QString &artist)

@@ -1,15 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Palette.h"
+
+#include <QObject>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
+#include <QtQml/qqmlregistration.h>
 
 // The three values kept between runs, in QSettings (organisation and
-// application "Tarnwell"). Reads and writes go straight to the store; nothing
-// is cached here.
-class Preferences
+// application "Tarnwell"): whether the welcome is done, the theme, and the
+// artists played lately. Onboarding and theme are read from the store at every
+// call, so the stored value always decides; the recent artists are read once.
+class Preferences : public QObject
 {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("owned by the main state")
+    Q_PROPERTY(bool didCompleteOnboarding READ didCompleteOnboarding NOTIFY didCompleteOnboardingChanged)
+    Q_PROPERTY(QString selectedTheme READ selectedTheme NOTIFY selectedThemeChanged)
+    Q_PROPERTY(int currentTheme READ currentThemeIndex NOTIFY selectedThemeChanged)
+    Q_PROPERTY(QStringList recentArtists READ recentArtists NOTIFY recentArtistsChanged)
+
 public:
     static inline const QString onboardingKey = QStringLiteral("didCompleteOnboarding");
     static inline const QString themeKey = QStringLiteral("selectedTheme");
@@ -18,22 +31,37 @@ public:
     // At most this many recent artists are kept.
     static constexpr int recentArtistLimit = 10;
 
+    explicit Preferences(QObject *parent = nullptr);
+
     bool didCompleteOnboarding() const;
-    void setDidCompleteOnboarding(bool done);
+    // The first import that brought songs.
+    void completeOnboarding();
 
     // The raw stored string; "noir" when nothing is stored. Not validated: an
     // unknown value is kept as it is and reads as noir through palette::fromRawValue.
     QString selectedTheme() const;
-    void setSelectedTheme(const QString &raw);
+    AppTheme currentTheme() const { return palette::fromRawValue(selectedTheme()); }
+    int currentThemeIndex() const { return int(currentTheme()); }
+    // A row of the theme popup; an index out of range changes nothing.
+    void selectTheme(int themeIndex);
 
-    // Empty when nothing (or something that is not a list of strings) is stored.
-    QStringList recentArtists() const;
-    void setRecentArtists(const QStringList &artists);
+    QStringList recentArtists() const { return m_recentArtists; }
+    // A song by this artist started: it moves to the front, and only the newest
+    // ten remain. An empty name changes nothing.
+    void recordRecentArtist(const QString &artist);
 
-    // The recent-artist list after a song by `artist` started: the name moves to
-    // the front (compared exactly), and only the newest ten remain.
+    // The recent-artist list after a song by `artist` started, compared exactly.
     static QStringList withRecentArtist(QStringList artists, const QString &artist);
 
+Q_SIGNALS:
+    void didCompleteOnboardingChanged();
+    void selectedThemeChanged();
+    void recentArtistsChanged();
+
 private:
+    // Empty when nothing (or something that is not a list of strings) is stored.
+    QStringList storedRecentArtists() const;
+
     mutable QSettings m_settings;
+    QStringList m_recentArtists;
 };

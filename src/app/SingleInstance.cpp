@@ -134,7 +134,7 @@ void SingleInstance::attach(AppState &state, QQuickWindow *window)
 {
     m_state = &state;
     m_window = window;
-    connect(&state, &AppState::folderImported, this, &SingleInstance::onFolderImported);
+    connect(state.library(), &Library::folderImported, this, &SingleInstance::onFolderImported);
     const auto start = [this] {
         if (std::exchange(m_ready, true))
             return;
@@ -157,7 +157,7 @@ void SingleInstance::open(const QList<QUrl> &urls)
         return;
     }
     const OpenPlan plan = planOpen(urls);
-    m_state->importFolders(plan.folders);
+    m_state->library()->importFolders(plan.folders);
     if (!plan.song)
         return;
     // The newest request decides what plays.
@@ -179,9 +179,9 @@ void SingleInstance::onFolderImported(const QUrl &folder)
 
 bool SingleInstance::playIfInLibrary(const QUrl &song)
 {
-    for (const Track &track : m_state->tracks()) {
+    for (const Track &track : m_state->library()->tracks()) {
         if (track.url == song) {
-            m_state->playTrack(track);
+            m_state->nowPlaying()->play(track);
             return true;
         }
     }

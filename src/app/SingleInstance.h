@@ -12,8 +12,8 @@
 //                      ▼
 //   Open / Activate from the bus ──┐
 //   the command line ──────────────┴─► open(): waits for the window's first frame, then
-//        AppState::importFolders(planOpen(urls).folders)
-//        folderImported(the song's folder) ─► AppState::playTrack(the song)
+//        Library::importFolders(planOpen(urls).folders)
+//        Library::folderImported(the song's folder) ─► NowPlaying::play(the song)
 //   Activate, Open ─► the window is shown and raised
 
 #include <QDBusContext>

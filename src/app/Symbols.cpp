@@ -44,9 +44,7 @@ constexpr Entry table[] = {
     {"pencil", 0xF3EB},                 // pencil
     {"folder.badge.plus", 0xF257},      // folder-plus
     {"ellipsis", 0xF1D9},               // dots-vertical
-    {"info.circle", 0xF2FD},            // information-outline
     {"arrow.down.circle", 0xF1DA},      // download
-    {"arrow.clockwise", 0xF450},        // refresh
 };
 
 const QHash<QString, QString> &glyphs()

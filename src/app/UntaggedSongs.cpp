@@ -7,7 +7,6 @@
 #include "tags/TagWriter.h"
 
 #include <QPointer>
-#include <QTimer>
 #include <QtConcurrent>
 
 namespace {
@@ -68,7 +67,7 @@ void UntaggedSongs::load(const QList<Track> &tracks)
     endResetModel();
     m_showEditor = false;
     m_loading = true;
-    setSuccessMessage({});
+    m_message.clear();
     Q_EMIT rowsChanged();
     Q_EMIT selectionChanged();
     Q_EMIT editorChanged();
@@ -261,17 +260,7 @@ void UntaggedSongs::finishSave(const QList<QUuid> &saved, const std::optional<QS
                              << " songs left";
     if (saved.isEmpty())
         return;
-    setSuccessMessage(savedMessage(int(saved.size())));
-    // Never cancelled: it clears whatever message is shown when it fires.
-    QTimer::singleShot(messageMs, this, [this] { setSuccessMessage({}); });
-}
-
-void UntaggedSongs::setSuccessMessage(const QString &text)
-{
-    if (text == m_successMessage)
-        return;
-    m_successMessage = text;
-    Q_EMIT successMessageChanged();
+    m_message.show(savedMessage(int(saved.size())), Banner::Animation::Default, messageMs);
 }
 
 int UntaggedSongs::rowCount(const QModelIndex &parent) const

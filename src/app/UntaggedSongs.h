@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "Banner.h"
 #include "model/Track.h"
 #include "model/TrackMetadata.h"
 
@@ -16,7 +17,7 @@
 //   load(tracks) ─ readMetadata on the pool ─► metadata ─► rows (untagged only)
 //   editSelected / editOne ─► editing songs, initial values ─► the panel
 //   saveBatch ─ one file after another on the pool, progress ─► metadata updated,
-//                "Saved to N files"
+//                "Saved to N files" in the screen's own banner
 class UntaggedSongs : public QAbstractListModel
 {
     Q_OBJECT
@@ -32,7 +33,7 @@ class UntaggedSongs : public QAbstractListModel
     Q_PROPERTY(QVariantMap initialValues READ initialValues NOTIFY editorChanged)
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY savingChanged)
     Q_PROPERTY(int savedSoFar READ savedSoFar NOTIFY savingChanged)
-    Q_PROPERTY(QString successMessage READ successMessage NOTIFY successMessageChanged)
+    Q_PROPERTY(Banner *message READ message CONSTANT)
 
 public:
     enum Role { TrackIdRole = Qt::UserRole + 1, NameRole, MissingRole, SelectedRole };
@@ -57,7 +58,7 @@ public:
     QVariantMap initialValues() const;
     bool isSaving() const { return m_saving; }
     int savedSoFar() const { return m_savedSoFar; }
-    QString successMessage() const { return m_successMessage; }
+    Banner *message() { return &m_message; }
     std::optional<TrackMetadata> metadata(const QUuid &id) const;
 
     Q_INVOKABLE void toggleSelection(const QString &trackId);
@@ -79,12 +80,10 @@ Q_SIGNALS:
     void selectionChanged();
     void editorChanged();
     void savingChanged();
-    void successMessageChanged();
     void saveFinished(int saved);
 
 private:
     void rebuildRows();
-    void setSuccessMessage(const QString &text);
     void finishSave(const QList<QUuid> &saved, const std::optional<QString> &title,
                     const std::optional<QString> &artist, const std::optional<QString> &album);
 
@@ -97,6 +96,6 @@ private:
     bool m_showEditor = false;
     bool m_saving = false;
     int m_savedSoFar = 0;
-    QString m_successMessage;
+    Banner m_message;
     quint64 m_generation = 0;
 };

@@ -1,107 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "AppState.h"
-#include "artwork/ArtworkImageProvider.h"
-#include "BenchProbe.h"
-#include "SingleInstance.h"
+#include "Program.h"
 
-#include "model/Log.h"
-
-#include <QCommandLineParser>
-#include <QDir>
-#include <QFileInfo>
-#include <QFont>
-#include <QGuiApplication>
-#include <QIcon>
-#include <QQmlApplicationEngine>
 #include <QQmlEngineExtensionPlugin>
-#include <QQuickStyle>
-#include <QQuickWindow>
-
-#include <cstdio>
-#include <memory>
-#include <utility>
 
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
 
 int main(int argc, char **argv)
 {
-    const BenchProbe::Clock startTime = BenchProbe::now();
-    QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
-    QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(TARNWELL_VERSION));
-
-    // The command line is read before the window system is asked for, so that
-    // --help and --version work without a display.
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments.append(QString::fromLocal8Bit(argv[i]));
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Tarnwell plays the music in your own folders."));
-    const QCommandLineOption helpOption = parser.addHelpOption();
-    const QCommandLineOption versionOption = parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("folder"),
-                                 QStringLiteral("Music folders to import; a song given plays once its folder is in."),
-                                 QStringLiteral("[FOLDER|FILE...]"));
-    // Unknown options may be Qt's own (-platform, -style...): they are judged
-    // once QGuiApplication has taken those out.
-    parser.parse(arguments);
-    if (parser.isSet(helpOption)) {
-        QString help = parser.helpText();
-        help.replace(QStringLiteral("<executable_name>"), QStringLiteral("tarnwell"));
-        std::fputs(qPrintable(help), stdout);
-        return 0;
-    }
-    if (parser.isSet(versionOption)) {
-        std::printf("tarnwell %s\n", TARNWELL_VERSION);
-        return 0;
-    }
-
-    QGuiApplication app(argc, argv);
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
-    QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
-    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
-    // Qt has taken its own options out of the arguments by now.
-    parser.process(QCoreApplication::arguments());
-    const QList<QUrl> openUrls = SingleInstance::urlsFrom(parser.positionalArguments(), QDir::currentPath());
-    // A Tarnwell already running takes the arguments instead.
-    SingleInstance instance;
-    if (!instance.claim() && instance.handOff(openUrls))
-        return 0;
-
-    QFont font(QStringLiteral("Inter"));
-    font.setPixelSize(13);
-    QGuiApplication::setFont(font);
-    // Menus and dialogs take their colours from the window's palette, which
-    // follows the theme.
-    if (qEnvironmentVariableIsEmpty("QT_QUICK_CONTROLS_STYLE"))
-        QQuickStyle::setStyle(QStringLiteral("Fusion"));
-
-    AppState state(nullptr);
-    AppState::setInstance(&state);
-    app.installEventFilter(state.keyPressFilter());
-
-    QQmlApplicationEngine engine;
-    engine.addImageProvider(QStringLiteral("artwork"), new ArtworkImageProvider(&state.artworkLoader()));
-    QObject::connect(&engine, &QQmlApplicationEngine::objectCreationFailed, &app,
-                     [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
-    engine.load(QUrl(QStringLiteral("qrc:/Tarnwell/Main.qml")));
-    if (engine.rootObjects().isEmpty())
-        return 1;
-
-    auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-    if (window) {
-        state.mpris().setCanRaise(true);
-        QObject::connect(&state.mpris(), &MprisService::raiseRequested, window, [window] {
-            window->show();
-            window->raise();
-            window->requestActivate();
-        });
-    }
-    // Media keys work without a session bus too, just not from outside.
-    if (!state.registerMediaControls())
-        qCInfo(lcApp) << "no media keys: the session bus is not available";
-    BenchProbe probe(startTime, window, &state);
-    instance.attach(state, window);
-    instance.open(openUrls);
-    return app.exec();
+    return program::run(argc, argv);
 }

@@ -30,8 +30,8 @@ void ArtistDetail::load(const QString &artistName, const QList<Track> &artistTra
             if (generation != m_generation)
                 return;
             m_infos = infos;
-            m_albums.setAlbums(albumGroups(m_infos));
-            m_visible.setTrackInfos(visibleTracks(m_infos, m_selectedAlbum));
+            m_albums.setRows(albumGroups(m_infos));
+            m_visible.setRows(visibleTracks(m_infos, m_selectedAlbum));
             setLoading(false);
             Q_EMIT loaded();
         });
@@ -43,14 +43,14 @@ void ArtistDetail::setSelectedAlbum(const QString &album)
         return;
     m_selectedAlbum = album;
     m_albums.setSelectedAlbum(album);
-    m_visible.setTrackInfos(visibleTracks(m_infos, m_selectedAlbum));
+    m_visible.setRows(visibleTracks(m_infos, m_selectedAlbum));
     Q_EMIT selectedAlbumChanged();
 }
 
 std::optional<Track> ArtistDetail::selectAlbum(const QString &album)
 {
     setSelectedAlbum(album);
-    for (const AlbumGroup &group : m_albums.albums()) {
+    for (const AlbumGroup &group : m_albums.rows()) {
         if (sameAlbumName(group.name, album) && !group.tracks.isEmpty())
             return group.tracks.first();
     }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "AlbumListModel.h"
-#include "TrackInfoListModel.h"
+#include "SongListModel.h"
 
 #include <QObject>
 
@@ -17,7 +17,7 @@ class ArtistDetail : public QObject
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
     Q_PROPERTY(QString selectedAlbum READ selectedAlbum WRITE setSelectedAlbum NOTIFY selectedAlbumChanged)
     Q_PROPERTY(AlbumListModel *albums READ albums CONSTANT)
-    Q_PROPERTY(TrackInfoListModel *tracks READ tracks CONSTANT)
+    Q_PROPERTY(SongListModel *tracks READ tracks CONSTANT)
 
 public:
     explicit ArtistDetail(QObject *parent = nullptr);
@@ -33,14 +33,10 @@ public:
     // Selects an album and answers the song to play: its first in file-name
     // order, absent when the artist has no such album.
     std::optional<Track> selectAlbum(const QString &album);
-    // Clears the album filter.
-    Q_INVOKABLE void showAll() { setSelectedAlbum({}); }
 
-    // The artist's songs in file-name order (all of them, unfiltered).
-    const QList<TrackInfo> &trackInfos() const { return m_infos; }
     AlbumListModel *albums() { return &m_albums; }
     // The songs under the album filter (visibleTracks).
-    TrackInfoListModel *tracks() { return &m_visible; }
+    SongListModel *tracks() { return &m_visible; }
 
 Q_SIGNALS:
     void artistNameChanged();
@@ -54,9 +50,10 @@ private:
     MetadataReader m_reader;
     QString m_artistName;
     QString m_selectedAlbum;
+    // All the artist's songs, unfiltered.
     QList<TrackInfo> m_infos;
     AlbumListModel m_albums;
-    TrackInfoListModel m_visible;
+    SongListModel m_visible;
     CancelFlag m_cancelRunning;
     quint64 m_generation = 0;
     bool m_loading = false;

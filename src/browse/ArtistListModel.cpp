@@ -3,13 +3,26 @@
 
 #include "DeliverLater.h"
 
+namespace {
+
+QList<RowListModel<ArtistGroup>::Column> artistColumns()
+{
+    return {
+        {"name", [](const ArtistGroup &artist) { return QVariant(artist.name); }},
+        {"trackCount", [](const ArtistGroup &artist) { return QVariant(int(artist.tracks.size())); }},
+    };
+}
+
+} // namespace
+
 ArtistListModel::ArtistListModel(QObject *parent)
     : ArtistListModel(defaultMetadataReader(), parent)
 {
 }
 
 ArtistListModel::ArtistListModel(MetadataReader reader, QObject *parent)
-    : QAbstractListModel(parent)
+    : RowListModel<ArtistGroup>(artistColumns(), [](const ArtistGroup &, const ArtistGroup &) { return false; },
+                                parent)
     , m_reader(std::move(reader))
 {
 }
@@ -27,12 +40,7 @@ void ArtistListModel::load(const QList<Track> &tracks)
         [this, generation](const QList<ArtistGroup> &artists) {
             if (generation != m_generation)
                 return;
-            const int before = count();
-            beginResetModel();
-            m_artists = artists;
-            endResetModel();
-            if (count() != before)
-                Q_EMIT countChanged();
+            setRows(artists);
             setLoading(false);
             Q_EMIT loaded();
         });
@@ -48,38 +56,12 @@ void ArtistListModel::setLoading(bool loading)
 
 int ArtistListModel::indexOf(const QString &name) const
 {
-    const auto row = findArtist(m_artists, name);
+    const auto row = findArtist(rows(), name);
     return row ? int(*row) : -1;
 }
 
 QList<Track> ArtistListModel::tracksOf(const QString &name) const
 {
-    const auto row = findArtist(m_artists, name);
-    return row ? m_artists.at(*row).tracks : QList<Track>();
-}
-
-int ArtistListModel::rowCount(const QModelIndex &parent) const
-{
-    return parent.isValid() ? 0 : count();
-}
-
-QVariant ArtistListModel::data(const QModelIndex &index, int role) const
-{
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid))
-        return {};
-    const ArtistGroup &artist = m_artists.at(index.row());
-    switch (role) {
-    case Qt::DisplayRole:
-    case NameRole:
-        return artist.name;
-    case TrackCountRole:
-        return int(artist.tracks.size());
-    default:
-        return {};
-    }
-}
-
-QHash<int, QByteArray> ArtistListModel::roleNames() const
-{
-    return { { NameRole, "name" }, { TrackCountRole, "trackCount" } };
+    const auto row = findArtist(rows(), name);
+    return row ? rows().at(*row).tracks : QList<Track>();
 }

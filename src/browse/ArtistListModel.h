@@ -2,21 +2,19 @@
 #pragma once
 
 #include "Grouping.h"
-
-#include <QAbstractListModel>
+#include "RowListModel.h"
 
 // The artists grid: the library's songs grouped by artist, sorted by name.
 // load() reads the tags on the thread pool; a new load supersedes a running
 // one, whose result is dropped, so the list shown is always that of the latest
 // load. isLoading stays set until that load has published.
-class ArtistListModel : public QAbstractListModel
+class ArtistListModel : public RowListModel<ArtistGroup>
 {
     Q_OBJECT
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
-    enum Role { NameRole = Qt::UserRole + 1, TrackCountRole };
+    enum Role { NameRole = firstRole, TrackCountRole };
 
     explicit ArtistListModel(QObject *parent = nullptr);
     explicit ArtistListModel(MetadataReader reader, QObject *parent = nullptr);
@@ -24,8 +22,6 @@ public:
     void load(const QList<Track> &tracks);
 
     bool isLoading() const { return m_loading; }
-    int count() const { return int(m_artists.size()); }
-    const QList<ArtistGroup> &artists() const { return m_artists; }
 
     // The row of the artist named exactly `name`, -1 when there is none (then
     // the grid is shown rather than an artist's detail).
@@ -33,20 +29,14 @@ public:
     // The songs of the artist named exactly `name`; empty when there is none.
     QList<Track> tracksOf(const QString &name) const;
 
-    int rowCount(const QModelIndex &parent = {}) const override;
-    QVariant data(const QModelIndex &index, int role) const override;
-    QHash<int, QByteArray> roleNames() const override;
-
 Q_SIGNALS:
     void isLoadingChanged();
-    void countChanged();
     void loaded();
 
 private:
     void setLoading(bool loading);
 
     MetadataReader m_reader;
-    QList<ArtistGroup> m_artists;
     CancelFlag m_cancelRunning;
     quint64 m_generation = 0;
     bool m_loading = false;

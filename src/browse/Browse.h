@@ -12,7 +12,11 @@
 //                                                      ├─ loadArtists ── ArtistListModel (artists grid)
 //                                                      └─ loadArtistDetail ── ArtistDetail
 //                                                            ├─ albumGroups ── AlbumListModel
-//                                                            └─ visibleTracks ── TrackInfoListModel
+//                                                            └─ visibleTracks ── SongListModel
+//
+// The list models are RowListModels: one generic model over value rows.
+// SongListModel (song lists everywhere) reads a shown row's artist and length
+// from its file on the pool and tells its views by dataChanged.
 //
 // Tags come through a MetadataReader (readMetadata in the program, tags kept
 // in memory in the tests). Nothing here is stored: every load reads the tags
@@ -22,5 +26,6 @@
 #include "ArtistDetail.h"
 #include "ArtistListModel.h"
 #include "Grouping.h"
+#include "SongListModel.h"
 #include "SearchIndex.h"
 #include "TrackIndex.h"

@@ -282,23 +282,6 @@ QStringList decoded(const std::vector<std::string> &paths)
 
 } // namespace
 
-void sortByFileName(QStringList &paths)
-{
-    SortedRun run;
-    run.files.reserve(size_t(paths.size()));
-    for (const QString &p : std::as_const(paths)) {
-        std::string bytes = localpath::toBytes(p).toStdString();
-        const size_t slash = bytes.rfind('/');
-        run.files.push_back({std::move(bytes), slash == std::string::npos ? 0 : slash + 1});
-    }
-    sortRun(run, NameOrder(text::localeCollator()));
-    QStringList sorted;
-    sorted.reserve(paths.size());
-    for (const FoundFile &f : run.files)
-        sorted.append(localpath::fromBytes(f.path));
-    paths = std::move(sorted);
-}
-
 FolderTree scanTree(const QString &folder)
 {
     const SortedRun run = walkAndSort(folder);

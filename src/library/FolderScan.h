@@ -49,5 +49,3 @@ std::vector<std::string> scanFolderNative(const QString &folder,
 QStringList scanFolder(const QString &folder);
 QList<QUrl> scanFolder(const QUrl &folder);
 
-// Sorts paths by their file name with the locale collation, stably.
-void sortByFileName(QStringList &paths);

@@ -5,7 +5,6 @@
 #include "LocalPath.h"
 
 #include <QJsonDocument>
-#include <QMimeData>
 #include <QRegularExpression>
 
 #include <cstring>
@@ -120,31 +119,3 @@ std::optional<Track> decode(const QByteArray &json)
 }
 
 } // namespace trackjson
-
-namespace trackdrag {
-
-bool fill(QMimeData *data, const Track &track)
-{
-    const auto json = trackjson::encode(track);
-    data->setText(trackjson::uuidText(track.id));
-    if (!json)
-        return false;
-    data->setData(QString::fromLatin1(mimeType), *json);
-    return true;
-}
-
-std::optional<Track> trackFrom(const QMimeData *data)
-{
-    if (!data || !data->hasFormat(QString::fromLatin1(mimeType)))
-        return std::nullopt;
-    return trackjson::decode(data->data(QString::fromLatin1(mimeType)));
-}
-
-std::optional<QUuid> idFrom(const QMimeData *data)
-{
-    if (!data || !data->hasText())
-        return std::nullopt;
-    return trackjson::parseUuid(data->text().trimmed());
-}
-
-} // namespace trackdrag

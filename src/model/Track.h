@@ -11,7 +11,6 @@
 #include <optional>
 
 class JsonWriter;
-class QMimeData;
 
 // One song of the library: the identity of one audio file. A track holds no tag
 // text; screens read tags themselves. Equal by id only.
@@ -53,18 +52,3 @@ std::optional<QByteArray> encode(const Track &track);
 std::optional<Track> decode(const QByteArray &json);
 
 } // namespace trackjson
-
-// Drag and drop: a dragged song carries its id as plain text and its JSON form
-// under this type (declared name "com.tarnwell.track").
-namespace trackdrag {
-
-inline constexpr char mimeType[] = "application/x-tarnwell-track";
-
-// Fills the payload; false when the track can't be encoded.
-bool fill(QMimeData *data, const Track &track);
-// The track carried by a payload, absent when there is none or it doesn't decode.
-std::optional<Track> trackFrom(const QMimeData *data);
-// The song id a plain-text payload names, absent when it isn't a UUID.
-std::optional<QUuid> idFrom(const QMimeData *data);
-
-} // namespace trackdrag

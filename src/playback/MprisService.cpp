@@ -180,6 +180,8 @@ void MprisService::setArtwork(const QImage &image)
         }
         removeArtFile();
         m_artFile = path;
+        // Clients learn of the picture now, not with the next change of song or state.
+        updateNowPlaying();
         Q_EMIT artworkReady();
     });
 }

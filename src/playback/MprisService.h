@@ -64,7 +64,7 @@ public:
 
 Q_SIGNALS:
     void raiseRequested();
-    // The picture file is written and will go out with the next refresh.
+    // The picture file is written and announced.
     void artworkReady();
 
 private:

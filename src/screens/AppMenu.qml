@@ -9,7 +9,11 @@ import Tarnwell
 Menu {
     id: menu
 
+    // Whether songs play at the level their ReplayGain tags ask for.
+    required property bool volumeLevelling
+
     signal aboutTriggered()
+    signal volumeLevellingToggled()
     signal checkForUpdatesTriggered()
     signal quitTriggered()
 
@@ -30,13 +34,29 @@ Menu {
         implicitHeight: 32
         leftPadding: 14
         rightPadding: 14
-        contentItem: Text {
-            text: item.text
-            color: Theme.primaryText
-            font.family: Theme.uiFont
-            font.pixelSize: 13
-            verticalAlignment: Text.AlignVCenter
+        contentItem: Item {
+            implicitHeight: label.implicitHeight
+            Text {
+                id: label
+                anchors.left: parent.left
+                anchors.right: check.left
+                anchors.verticalCenter: parent.verticalCenter
+                text: item.text
+                color: Theme.primaryText
+                font.family: Theme.uiFont
+                font.pixelSize: 13
+                elide: Text.ElideRight
+            }
+            SymbolIcon {
+                id: check
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                name: "checkmark"
+                size: 14
+                visible: item.checkable && item.checked
+            }
         }
+        indicator: null
         background: Rectangle {
             anchors.fill: parent
             anchors.leftMargin: 6
@@ -48,6 +68,23 @@ Menu {
 
     Action { text: "About Tarnwell"; onTriggered: menu.aboutTriggered() }
     Action { text: "Check for Updates..."; onTriggered: menu.checkForUpdatesTriggered() }
+    MenuSeparator {
+        contentItem: Rectangle { implicitHeight: 1; color: Theme.border }
+        topPadding: 5
+        bottomPadding: 5
+        leftPadding: 12
+        rightPadding: 12
+    }
+    Action {
+        text: "Volume Levelling"
+        checkable: true
+        checked: menu.volumeLevelling
+        onTriggered: {
+            menu.volumeLevellingToggled()
+            // The stored preference decides, not the click.
+            checked = Qt.binding(() => menu.volumeLevelling)
+        }
+    }
     MenuSeparator {
         contentItem: Rectangle { implicitHeight: 1; color: Theme.border }
         topPadding: 5

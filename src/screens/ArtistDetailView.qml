@@ -9,9 +9,9 @@ import Tarnwell
 Item {
     id: screen
 
-    required property var detail         // ArtistDetail
-    property string playingTrackId: ""
-    property bool playing: false
+    required property ArtistDetail detail
+    required property string playingTrackId
+    required property bool playing
 
     signal backClicked()
     signal albumSelected(string album)
@@ -140,11 +140,9 @@ Item {
         }
         delegate: TrackRow {
             required property int index
-            required property string album
             width: ListView.view.width - scrollBar.width
             number: index + 1
             fallbackArtist: screen.detail.artistName
-            fallbackAlbum: album
             isActive: trackId === screen.playingTrackId
             isPlaying: isActive && screen.playing
             onPlayRequested: screen.playRequested(trackId)

@@ -9,11 +9,11 @@ import Tarnwell
 Item {
     id: screen
 
-    required property var artists        // ArtistListModel
-    required property var detail         // ArtistDetail
-    property bool showingDetail: false
-    property string playingTrackId: ""
-    property bool playing: false
+    required property ArtistListModel artists
+    required property ArtistDetail detail
+    required property bool showingDetail
+    required property string playingTrackId
+    required property bool playing
 
     signal artistSelected(string name)
     signal backClicked()

@@ -8,8 +8,8 @@ import Tarnwell
 Item {
     id: home
 
-    property var recentArtists: []
-    property var allArtists: []
+    required property list<string> recentArtists
+    required property list<string> allArtists
 
     signal artistSelected(string name)
 

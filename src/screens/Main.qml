@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The window. The only place that talks to AppState: it reads the main state,
-// hands values to the screens and turns their signals into AppState calls.
+// The window. The only place that talks to AppState: it hands the screens
+// values and rooms of the main state and turns their signals into calls.
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Dialogs
@@ -39,7 +39,7 @@ ApplicationWindow {
         toolTipText: Theme.primaryText
     }
 
-    Binding { target: Theme; property: "current"; value: AppState.currentTheme }
+    Binding { target: Theme; property: "current"; value: AppState.preferences.currentTheme }
 
     Component.onCompleted: {
         x = Screen.virtualX + Math.max(0, (Screen.desktopAvailableWidth - width) / 2)
@@ -57,8 +57,8 @@ ApplicationWindow {
 
     WindowBackground {
         anchors.fill: parent
-        source: AppState.backgroundSource
-        pictureOpacity: AppState.backgroundOpacity
+        source: AppState.nowPlaying.background.shownSource
+        pictureOpacity: AppState.nowPlaying.background.opacity
     }
 
     // Screens that are built separately take their places here; until then a
@@ -78,11 +78,11 @@ ApplicationWindow {
         TopBar {
             id: topBar
             Layout.fillWidth: true
-            hasTracks: AppState.trackCount > 0
+            hasTracks: AppState.library.trackCount > 0
             searchBar: window.searchBar
-            onWordMarkClicked: AppState.goHomeFromWordMark()
-            onHomeClicked: AppState.goHome()
-            onThemeClicked: AppState.toggleThemePicker()
+            onWordMarkClicked: AppState.navigation.goHomeFromWordMark()
+            onHomeClicked: AppState.navigation.goHome()
+            onThemeClicked: AppState.navigation.toggleThemePicker()
             onImportClicked: window.importFolder()
             onMenuClicked: appMenu.popup(topBar.menuButton, topBar.menuButton.width - appMenu.width,
                                          topBar.menuButton.height + 4)
@@ -118,10 +118,10 @@ ApplicationWindow {
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                     sourceComponent: {
-                        switch (AppState.currentScreen) {
-                        case AppState.Home: return homeScreen
-                        case AppState.Untagged: return untaggedScreen
-                        case AppState.Artists: return artistsScreen
+                        switch (AppState.navigation.screen) {
+                        case Navigation.Home: return homeScreen
+                        case Navigation.Untagged: return untaggedScreen
+                        case Navigation.Artists: return artistsScreen
                         default: return songsScreen
                         }
                     }
@@ -132,13 +132,13 @@ ApplicationWindow {
             // popup; the click still reaches what is under it.
             ClickWatcher {
                 anchors.fill: parent
-                onClicked: AppState.dismissPopups()
+                onClicked: AppState.navigation.dismissPopups()
             }
         }
 
         Loader {
             Layout.fillWidth: true
-            active: AppState.hasPlayingTrack && window.nowPlayingBar !== null
+            active: AppState.nowPlaying.hasTrack && window.nowPlayingBar !== null
             visible: active
             sourceComponent: window.nowPlayingBar
         }
@@ -148,35 +148,35 @@ ApplicationWindow {
         id: homeScreen
         HomeView {
             objectName: "homeView"
-            recentArtists: AppState.recentArtists
+            recentArtists: AppState.preferences.recentArtists
             allArtists: AppState.searchIndex.allArtistNames
-            onArtistSelected: (name) => AppState.openArtist(name)
+            onArtistSelected: (name) => AppState.navigation.openArtist(name)
         }
     }
     Component {
         id: songsScreen
         SongListView {
             objectName: "songListView"
-            title: AppState.queueTitle
-            isPlaylist: AppState.showingPlaylist
-            model: AppState.queueModel
-            playingTrackId: AppState.playingTrackId
-            playing: AppState.isPlaying
+            title: AppState.queue.title
+            isPlaylist: AppState.queue.isPlaylist
+            model: AppState.queue.model
+            playingTrackId: AppState.nowPlaying.trackId
+            playing: AppState.nowPlaying.isPlaying
             onImportClicked: window.importFolder()
-            onPlayRequested: (trackId) => AppState.playTrack(trackId)
-            onPauseRequested: AppState.togglePlayPause()
-            onEditRequested: (trackId) => AppState.openTagEditor(trackId)
-            onDragStarted: (trackId) => AppState.beginDrag(trackId)
+            onPlayRequested: (trackId) => AppState.nowPlaying.play(trackId)
+            onPauseRequested: AppState.nowPlaying.togglePlayPause()
+            onEditRequested: (trackId) => AppState.tagEditor.open(trackId)
+            onDragStarted: (trackId) => AppState.playlists.beginDrag(trackId)
         }
     }
     Component {
         id: searchBarComponent
         SearchBar {
             objectName: "searchBar"
-            text: AppState.searchText
-            isActive: AppState.searchActive
-            onTextEdited: (text) => AppState.searchText = text
-            onActiveChangeRequested: (active) => AppState.searchActive = active
+            text: AppState.navigation.searchText
+            isActive: AppState.navigation.searchActive
+            onTextEdited: (text) => AppState.navigation.searchText = text
+            onActiveChangeRequested: (active) => AppState.navigation.searchActive = active
             Component.onCompleted: window.searchBarItem = this
         }
     }
@@ -184,54 +184,52 @@ ApplicationWindow {
         id: sidebarComponent
         Sidebar {
             objectName: "sidebar"
-            playlists: AppState.playlists
-            selectedPlaylistID: AppState.selectedPlaylistID
-            showingArtists: AppState.showingArtists
-            showingUntagged: AppState.showingUntagged
-            showingHome: AppState.showingHome
-            draggingTrackId: AppState.draggingTrackId
-            onAllArtistsClicked: AppState.showAllArtists()
-            onAllSongsClicked: AppState.showAllSongs()
-            onUntaggedClicked: AppState.showUntaggedSongs()
-            onPlaylistClicked: (playlistId) => AppState.selectPlaylist(playlistId)
-            onCreateClicked: AppState.showingCreate = true
-            onDropped: (trackId, playlistId) => AppState.dropOnPlaylist(trackId, playlistId)
+            playlists: AppState.playlists.entries
+            screen: AppState.navigation.screen
+            selectedPlaylistID: AppState.navigation.selectedPlaylistID
+            draggingTrackId: AppState.playlists.draggingTrackId
+            onAllArtistsClicked: AppState.navigation.showAllArtists()
+            onAllSongsClicked: AppState.navigation.showAllSongs()
+            onUntaggedClicked: AppState.navigation.showUntaggedSongs()
+            onPlaylistClicked: (playlistId) => AppState.navigation.selectPlaylist(playlistId)
+            onCreateClicked: AppState.playlists.showingCreate = true
+            onDropped: (trackId, playlistId) => AppState.playlists.drop(trackId, playlistId)
         }
     }
     Component {
         id: nowPlayingComponent
         NowPlayingBar {
             objectName: "nowPlayingBar"
-            name: AppState.playingTrackName
-            pictureSource: AppState.playingArtworkSource
-            currentTime: AppState.player.currentTime
-            duration: AppState.player.duration
-            playing: AppState.isPlaying
-            shuffled: AppState.isShuffled
-            onSeekRequested: (fraction) => AppState.seek(fraction)
-            onShuffleClicked: AppState.toggleShuffle()
-            onPreviousClicked: AppState.playPrevious()
-            onPlayPauseClicked: AppState.togglePlayPause()
-            onNextClicked: AppState.playNext()
+            name: AppState.nowPlaying.trackName
+            pictureSource: AppState.nowPlaying.pictureSource
+            currentTime: AppState.nowPlaying.player.currentTime
+            duration: AppState.nowPlaying.player.duration
+            playing: AppState.nowPlaying.isPlaying
+            shuffled: AppState.nowPlaying.isShuffled
+            onSeekRequested: (fraction) => AppState.nowPlaying.seek(fraction)
+            onShuffleClicked: AppState.nowPlaying.toggleShuffle()
+            onPreviousClicked: AppState.nowPlaying.previous()
+            onPlayPauseClicked: AppState.nowPlaying.togglePlayPause()
+            onNextClicked: AppState.nowPlaying.next()
         }
     }
     Component {
         id: artistsScreen
         ArtistsView {
             objectName: "artistsView"
-            artists: AppState.artists
-            detail: AppState.artistDetail
-            showingDetail: AppState.showingArtistDetail
-            playingTrackId: AppState.playingTrackId
-            playing: AppState.isPlaying
-            onArtistSelected: (name) => AppState.selectedArtistName = name
-            onBackClicked: AppState.backToArtists()
-            onAlbumSelected: (album) => AppState.selectAlbum(album)
-            onShowAllClicked: AppState.selectedArtistAlbum = ""
-            onPlayRequested: (trackId) => AppState.playTrack(trackId)
-            onPauseRequested: AppState.togglePlayPause()
-            onEditRequested: (trackId) => AppState.openTagEditor(trackId)
-            onDragStarted: (trackId) => AppState.beginDrag(trackId)
+            artists: AppState.artistBrowser.artists
+            detail: AppState.artistBrowser.detail
+            showingDetail: AppState.artistBrowser.showingDetail
+            playingTrackId: AppState.nowPlaying.trackId
+            playing: AppState.nowPlaying.isPlaying
+            onArtistSelected: (name) => AppState.navigation.selectedArtistName = name
+            onBackClicked: AppState.navigation.backToArtists()
+            onAlbumSelected: (album) => AppState.artistBrowser.selectAlbum(album)
+            onShowAllClicked: AppState.navigation.selectedArtistAlbum = ""
+            onPlayRequested: (trackId) => AppState.nowPlaying.play(trackId)
+            onPauseRequested: AppState.nowPlaying.togglePlayPause()
+            onEditRequested: (trackId) => AppState.tagEditor.open(trackId)
+            onDragStarted: (trackId) => AppState.playlists.beginDrag(trackId)
         }
     }
     Component {
@@ -239,6 +237,10 @@ ApplicationWindow {
         UntaggedSongsView {
             objectName: "untaggedView"
             untagged: AppState.untagged
+            onSelectAllClicked: AppState.untagged.toggleSelectAll()
+            onEditSelectedClicked: AppState.untagged.editSelected()
+            onEditRequested: (trackId) => AppState.untagged.editOne(trackId)
+            onSelectionToggled: (trackId) => AppState.untagged.toggleSelection(trackId)
         }
     }
 
@@ -248,9 +250,9 @@ ApplicationWindow {
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: banner.bottomMargin
-        text: AppState.successMessage
-        spring: AppState.successMessageAnimation === AppState.Spring
-        raised: AppState.hasPlayingTrack
+        text: AppState.banner.text
+        spring: AppState.banner.animation === Banner.Spring
+        raised: AppState.nowPlaying.hasTrack
     }
 
     // The tag editor: for one song (a row's pencil) or for the untagged
@@ -258,13 +260,14 @@ ApplicationWindow {
     Item {
         id: editorLayer
         objectName: "tagEditorLayer"
-        readonly property bool batch: AppState.untagged.showEditor && AppState.currentScreen === AppState.Untagged
-        readonly property bool open: AppState.tagEditorOpen || batch
+        readonly property bool batch: AppState.untagged.showEditor
+                                      && AppState.navigation.screen === Navigation.Untagged
+        readonly property bool open: AppState.tagEditor.isOpen || batch
         function close() {
             if (batch)
                 AppState.untagged.closeEditor()
             else
-                AppState.closeTagEditor()
+                AppState.tagEditor.close()
         }
         anchors.fill: parent
         visible: opacity > 0
@@ -285,17 +288,18 @@ ApplicationWindow {
             sourceComponent: TagEditorPanel {
                 objectName: "tagEditorPanel"
                 songCount: editorLayer.batch ? AppState.untagged.editingCount : 1
-                fileName: editorLayer.batch ? AppState.untagged.editingFileName : AppState.tagEditorFileName
-                initialTitle: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).title || ""
-                initialArtist: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).artist || ""
-                initialAlbum: (editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditorMeta).album || ""
+                fileName: editorLayer.batch ? AppState.untagged.editingFileName : AppState.tagEditor.fileName
+                readonly property var values: editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditor.meta
+                initialTitle: values.title || ""
+                initialArtist: values.artist || ""
+                initialAlbum: values.album || ""
                 busy: AppState.untagged.isSaving
                 busyText: "Saving " + AppState.untagged.savedSoFar + " of " + AppState.untagged.editingCount + "…"
                 onSaveRequested: (title, artist, album) => {
                     if (editorLayer.batch)
                         AppState.untagged.saveBatch(title, artist, album)
                     else
-                        AppState.saveSingleTrackTags(title, artist, album, AppState.tagEditorTrackId)
+                        AppState.tagEditor.save(title, artist, album)
                 }
                 onCancelRequested: editorLayer.close()
             }
@@ -307,21 +311,21 @@ ApplicationWindow {
         id: createLayer
         anchors.fill: parent
         visible: opacity > 0
-        opacity: AppState.showingCreate ? 1 : 0
+        opacity: AppState.playlists.showingCreate ? 1 : 0
         Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         Rectangle {
             anchors.fill: parent
             color: "#000000"
             opacity: 0.35
-            TapHandler { onTapped: AppState.cancelCreatePlaylist() }
+            TapHandler { onTapped: AppState.playlists.cancelCreate() }
         }
         Loader {
             anchors.centerIn: parent
-            active: AppState.showingCreate
+            active: AppState.playlists.showingCreate
             sourceComponent: CreatePlaylistPanel {
                 objectName: "createPlaylistPanel"
-                onCreateRequested: (name) => AppState.createPlaylistFromPanel(name)
-                onCancelRequested: AppState.cancelCreatePlaylist()
+                onCreateRequested: (name) => AppState.playlists.create(name)
+                onCancelRequested: AppState.playlists.cancelCreate()
             }
         }
     }
@@ -341,9 +345,9 @@ ApplicationWindow {
         x: Math.max(12, Math.min(anchorPoint.x, window.contentItem.width - width - 12))
         y: anchorPoint.y + 6
         z: 10
-        results: AppState.searchActive && AppState.searchIndex.count >= 0
-                 ? AppState.searchIndex.search(AppState.searchText) : ({ artists: [], albums: [], tracks: [] })
-        readonly property bool shown: AppState.searchActive && hasResults
+        results: AppState.navigation.searchActive && AppState.searchIndex.count >= 0
+                 ? AppState.searchIndex.search(AppState.navigation.searchText) : ({ artists: [], albums: [], tracks: [] })
+        readonly property bool shown: AppState.navigation.searchActive && hasResults
         visible: opacity > 0
         opacity: shown ? 1 : 0
         scale: shown ? 1 : 0.97
@@ -351,14 +355,14 @@ ApplicationWindow {
         Behavior on opacity { NumberAnimation { duration: 150 } }
         Behavior on scale { NumberAnimation { duration: 150 } }
         onPlayRequested: (trackId) => AppState.playFromSearch(trackId)
-        onAlbumRequested: (artist, album) => AppState.openAlbum(artist, album)
-        onArtistRequested: (name) => AppState.openArtist(name)
+        onAlbumRequested: (artist, album) => AppState.navigation.openAlbum(artist, album)
+        onArtistRequested: (name) => AppState.navigation.openArtist(name)
     }
 
     ThemePopup {
         id: themePopup
         objectName: "themePopup"
-        open: AppState.showThemePicker
+        open: AppState.navigation.showThemePicker
 
         // Hangs below the theme button, inside the window.
         function place() {
@@ -371,7 +375,7 @@ ApplicationWindow {
             target: window
             function onWidthChanged() { themePopup.place() }
         }
-        selectedTheme: AppState.selectedTheme
+        selectedTheme: AppState.preferences.selectedTheme
         onThemeChosen: (index) => AppState.selectTheme(index)
     }
 
@@ -380,13 +384,13 @@ ApplicationWindow {
     Loader {
         id: onboarding
         anchors.fill: parent
-        active: !AppState.didCompleteOnboarding || opacity > 0
+        active: !AppState.preferences.didCompleteOnboarding || opacity > 0
         visible: opacity > 0
-        opacity: AppState.didCompleteOnboarding ? 0 : 1
+        opacity: AppState.preferences.didCompleteOnboarding ? 0 : 1
         Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.InOutQuad } }
         sourceComponent: OnboardingOverlay {
             objectName: "onboardingOverlay"
-            bgImageURL: AppState.onboardingImageUrl
+            bgImageURL: ProgramInfo.onboardingImageUrl
             onImportRequested: window.importFolder()
         }
     }
@@ -397,19 +401,21 @@ ApplicationWindow {
         title: "Import Music"
         acceptLabel: "Import Folder"
         currentFolder: Platform.StandardPaths.writableLocation(Platform.StandardPaths.MusicLocation)
-        onAccepted: AppState.importFolder(selectedFolder)
+        onAccepted: AppState.library.importFolder(selectedFolder)
     }
 
     AppMenu {
         id: appMenu
+        volumeLevelling: AppState.nowPlaying.player.volumeLevelling
         onAboutTriggered: aboutDialog.open()
+        onVolumeLevellingToggled: AppState.nowPlaying.player.volumeLevelling = !volumeLevelling
         onCheckForUpdatesTriggered: window.checkForUpdates()
         onQuitTriggered: Qt.quit()
     }
 
     AboutDialog {
         id: aboutDialog
-        version: AppState.version
+        version: ProgramInfo.version
     }
 
     UpdateDialog {
@@ -432,12 +438,19 @@ ApplicationWindow {
 
     // Desktops with a global menu bar show the same commands there.
     Loader {
-        active: AppState.hasGlobalMenu
+        active: ProgramInfo.hasGlobalMenu
         sourceComponent: Platform.MenuBar {
             Platform.Menu {
                 title: "Tarnwell"
                 Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
                 Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
+                Platform.MenuSeparator {}
+                Platform.MenuItem {
+                    text: "Volume Levelling"
+                    checkable: true
+                    checked: AppState.nowPlaying.player.volumeLevelling
+                    onTriggered: AppState.nowPlaying.player.volumeLevelling = checked
+                }
                 Platform.MenuSeparator {}
                 Platform.MenuItem { text: "Quit Tarnwell"; onTriggered: Qt.quit() }
             }

@@ -10,13 +10,12 @@ Rectangle {
     id: sidebar
 
     // [{id, name, count}], in the store's order.
-    property var playlists: []
-    property string selectedPlaylistID: ""
-    property bool showingArtists: false
-    property bool showingUntagged: false
-    property bool showingHome: false
+    required property list<var> playlists
+    // What the main area shows (Navigation.Screen) and the playlist it lists.
+    required property int screen
+    required property string selectedPlaylistID
     // The id of the song being dragged from a song list; empty when none.
-    property string draggingTrackId: ""
+    required property string draggingTrackId
 
     signal allArtistsClicked()
     signal allSongsClicked()
@@ -46,7 +45,7 @@ Rectangle {
                 width: parent.width
                 symbol: "person.2"
                 label: "All Artists"
-                selected: sidebar.showingArtists
+                selected: sidebar.screen === Navigation.Artists
                 onClicked: sidebar.allArtistsClicked()
             }
             SidebarEntry {
@@ -54,8 +53,7 @@ Rectangle {
                 width: parent.width
                 symbol: "music.note.list"
                 label: "All Songs"
-                selected: sidebar.selectedPlaylistID === "" && !sidebar.showingArtists
-                          && !sidebar.showingUntagged && !sidebar.showingHome
+                selected: sidebar.screen === Navigation.Songs && sidebar.selectedPlaylistID === ""
                 onClicked: sidebar.allSongsClicked()
             }
             SidebarEntry {
@@ -63,7 +61,7 @@ Rectangle {
                 width: parent.width
                 symbol: "tag.slash"
                 label: "Untagged Songs"
-                selected: sidebar.showingUntagged
+                selected: sidebar.screen === Navigation.Untagged
                 onClicked: sidebar.untaggedClicked()
             }
 

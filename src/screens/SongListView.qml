@@ -12,9 +12,9 @@ Item {
 
     required property string title
     required property bool isPlaylist
-    required property var model
-    property string playingTrackId: ""
-    property bool playing: false
+    required property SongListModel model
+    required property string playingTrackId
+    required property bool playing
 
     readonly property alias list: list
 

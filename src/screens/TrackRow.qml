@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // One song of a song list: number (or play / waveform / pause), picture, name,
 // artist, a pencil while hovered, and the length. A click plays the song; a
-// drag carries its id towards the sidebar's playlists.
+// drag carries its id towards the sidebar's playlists. Everything it shows
+// comes from its row of the song list's model.
 pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls
@@ -14,16 +15,19 @@ Item {
     required property string trackId
     required property string name
     required property string path
+    // The album tag, when the list knows it: the album's picture stands in
+    // when the song has none of its own.
+    required property string album
+    // Read from the file by the model; empty and 0 until it has been read.
+    required property string artist
+    required property real duration
     property bool isActive: false
     property bool isPlaying: false
-    // Album art to show when the song has no picture of its own.
+    // The artist whose album picture stands in (an artist's page).
     property string fallbackArtist: ""
-    property string fallbackAlbum: ""
 
     // The buttons' mouse areas keep the row hovered while they hold the mouse.
     readonly property bool hovered: hover.hovered || pauseArea.containsMouse || editArea.containsMouse
-    readonly property alias duration: info.duration
-    readonly property alias artist: info.artist
     readonly property bool dragging: dragHandler.active
 
     signal playRequested()
@@ -32,11 +36,6 @@ Item {
     signal dragStarted()
 
     implicitHeight: 54
-
-    TrackRowInfo {
-        id: info
-        path: row.path
-    }
 
     Rectangle {
         anchors.fill: parent
@@ -126,7 +125,7 @@ Item {
             height: 42
             anchors.verticalCenter: parent.verticalCenter
             radius: 4
-            source: ArtworkSources.track(row.path, row.fallbackArtist, row.fallbackAlbum)
+            source: ArtworkSources.track(row.path, row.fallbackArtist, row.album)
         }
 
         Column {
@@ -223,7 +222,7 @@ Item {
                 width: 28
                 height: 28
                 radius: 4
-                source: ArtworkSources.track(row.path, row.fallbackArtist, row.fallbackAlbum)
+                source: ArtworkSources.track(row.path, row.fallbackArtist, row.album)
             }
             Text {
                 anchors.verticalCenter: parent.verticalCenter

@@ -9,7 +9,12 @@ import Tarnwell
 Item {
     id: screen
 
-    required property var untagged      // UntaggedSongs
+    required property UntaggedSongs untagged
+
+    signal selectAllClicked()
+    signal editSelectedClicked()
+    signal editRequested(string trackId)
+    signal selectionToggled(string trackId)
 
     Column {
         id: header
@@ -53,7 +58,7 @@ Item {
                     font.pixelSize: 12
                     font.weight: Font.Medium
                     color: Theme.buttonFill
-                    MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: screen.untagged.toggleSelectAll() }
+                    MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: screen.selectAllClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: text
                 }
@@ -64,7 +69,7 @@ Item {
                     fontSize: 12
                     horizontalPadding: 12
                     verticalPadding: 6
-                    onClicked: screen.untagged.editSelected()
+                    onClicked: screen.editSelectedClicked()
                 }
             }
         }
@@ -132,7 +137,7 @@ Item {
                 id: rowArea
                 anchors.fill: parent
                 hoverEnabled: true
-                onClicked: screen.untagged.editOne(row.trackId)
+                onClicked: screen.editRequested(row.trackId)
             }
             Rectangle {
                 visible: row.index > 0
@@ -155,7 +160,7 @@ Item {
                     MouseArea {
                         anchors.fill: parent
                         anchors.margins: -4
-                        onClicked: screen.untagged.toggleSelection(row.trackId)
+                        onClicked: screen.selectionToggled(row.trackId)
                     }
                     Accessible.role: Accessible.CheckBox
                     Accessible.checked: row.isSelected
@@ -187,7 +192,7 @@ Item {
                 horizontalPadding: 10
                 verticalPadding: 5
                 radius: 6
-                onClicked: screen.untagged.editOne(row.trackId)
+                onClicked: screen.editRequested(row.trackId)
             }
         }
     }
@@ -197,8 +202,8 @@ Item {
         objectName: "savedMessage"
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: screen.untagged.successMessage !== "" ? 20 : -height
-        opacity: screen.untagged.successMessage !== "" ? 1 : 0
+        anchors.bottomMargin: screen.untagged.message.text !== "" ? 20 : -height
+        opacity: screen.untagged.message.text !== "" ? 1 : 0
         Behavior on anchors.bottomMargin { NumberAnimation { duration: 250; easing.type: Easing.OutCubic } }
         Behavior on opacity { NumberAnimation { duration: 250 } }
         width: savedText.implicitWidth + 32
@@ -208,7 +213,7 @@ Item {
         Text {
             id: savedText
             anchors.centerIn: parent
-            text: screen.untagged.successMessage
+            text: screen.untagged.message.text
             font.pixelSize: 13
             font.weight: Font.Medium
             color: Theme.onAccentText

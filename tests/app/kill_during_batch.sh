@@ -5,7 +5,7 @@
 # either the old one or the new one, whole: it decodes without error, its
 # audio is bit for bit what it was, its album is absent or the new one, and no
 # temporary file is left in the folder.
-# Usage: kill_during_batch.sh PATH/TO/tarnwell   (run through tests/support/isolated.sh)
+# Usage: kill_during_batch.sh PATH/TO/tarnwell-probe   (run through tests/support/isolated.sh)
 set -euo pipefail
 app=$1
 for tool in sox flac metaflac md5sum; do
@@ -20,7 +20,7 @@ count=200
 for i in $(seq -w 1 $count); do cp "$TARNWELL_TEST_ROOT/seed.flac" "$music/Take $i.flac"; done
 
 out="$TARNWELL_TEST_ROOT/out"
-TARNWELL_BENCH=tag-batch "$app" "$music" > "$out" 2> "$TARNWELL_TEST_ROOT/log" &
+"$app" tag-batch "$music" > "$out" 2> "$TARNWELL_TEST_ROOT/log" &
 pid=$!
 killed_at=""
 for _ in $(seq 600); do

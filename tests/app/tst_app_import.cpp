@@ -31,15 +31,15 @@ class TestAppImport : public QObject
     {
         // The import may finish before importFolder() returns, when the folder
         // is listed that fast.
-        QSignalSpy imported(&s, &AppState::folderImported);
-        s.importFolder(QUrl::fromLocalFile(folder));
+        QSignalSpy imported(s.library(), &Library::folderImported);
+        s.library()->importFolder(QUrl::fromLocalFile(folder));
         QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 1, 5000);
     }
 
-    static QStringList fileNames(const AppState &s)
+    static QStringList fileNames(AppState &s)
     {
         QStringList names;
-        for (const Track &t : s.tracks())
+        for (const Track &t : s.library()->tracks())
             names.append(QFileInfo(t.path()).fileName());
         return names;
     }
@@ -79,33 +79,33 @@ private Q_SLOTS:
         writeFile(music(), QStringLiteral("1 one.wav"));
         writeFile(music(), QStringLiteral("cover.jpg"));
         const auto s = makeState();
-        QSignalSpy onboarding(s.get(), &AppState::didCompleteOnboardingChanged);
+        QSignalSpy onboarding(s->preferences(), &Preferences::didCompleteOnboardingChanged);
         importAndWait(*s, music());
         QCOMPARE(fileNames(*s), (QStringList{"1 one.wav", "2 two.mp3", "3 three.flac"}));
-        QVERIFY(s->didCompleteOnboarding());
+        QVERIFY(s->preferences()->didCompleteOnboarding());
         QCOMPARE(onboarding.size(), 1);
         QVERIFY(QSettings().value(Preferences::onboardingKey).toBool());
         QCOMPARE(s->folderMonitor().watchedFolders(), QList<QUrl>{QUrl::fromLocalFile(music())});
         // No banner for an import.
-        QVERIFY(s->successMessage().isEmpty());
+        QVERIFY(s->banner()->text().isEmpty());
     }
 
     void importingTwiceAddsNothingButRestartsThePrefetch()
     {
         writeFile(music(), QStringLiteral("a.mp3"));
         const auto s = makeState();
-        QSignalSpy planned(s.get(), &AppState::prefetchPlanned);
+        QSignalSpy planned(&s->artworkPrefetch(), &ArtworkPrefetch::planned);
         importAndWait(*s, music());
         QTRY_COMPARE(planned.size(), 1);
-        const QList<Track> first = s->tracks();
+        const QList<Track> first = s->library()->tracks();
 
-        QSignalSpy imported(s.get(), &AppState::folderImported);
-        s->importFolder(QUrl::fromLocalFile(music()));
+        QSignalSpy imported(s->library(), &Library::folderImported);
+        s->library()->importFolder(QUrl::fromLocalFile(music()));
         QTRY_COMPARE(imported.size(), 1);
         QCOMPARE(imported.first().at(1).toInt(), 0);
-        QCOMPARE(s->tracks(), first);
+        QCOMPARE(s->library()->tracks(), first);
         QTRY_COMPARE(planned.size(), 2);
-        QVERIFY(s->successMessage().isEmpty());
+        QVERIFY(s->banner()->text().isEmpty());
     }
 
     void parentFolderAddsOnlyWhatIsNew()
@@ -124,20 +124,20 @@ private Q_SLOTS:
         writeFile(music(), QStringLiteral("one/z.mp3"));
         writeFile(music(), QStringLiteral("two/a.mp3"));
         const auto s = makeState();
-        QSignalSpy imported(s.get(), &AppState::folderImported);
-        s->importFolders({QUrl::fromLocalFile(music() + QStringLiteral("/one")),
+        QSignalSpy imported(s->library(), &Library::folderImported);
+        s->library()->importFolders({QUrl::fromLocalFile(music() + QStringLiteral("/one")),
                           QUrl::fromLocalFile(music() + QStringLiteral("/two"))});
         QTRY_COMPARE(imported.size(), 2);
         QCOMPARE(fileNames(*s), (QStringList{"z.mp3", "a.mp3"}));
-        QVERIFY(!s->isImporting());
+        QVERIFY(!s->library()->isImporting());
     }
 
     void emptyFolderIsWatchedButOnboardingStays()
     {
         const auto s = makeState();
         importAndWait(*s, music());
-        QCOMPARE(s->trackCount(), 0);
-        QVERIFY(!s->didCompleteOnboarding());
+        QCOMPARE(s->library()->trackCount(), 0);
+        QVERIFY(!s->preferences()->didCompleteOnboarding());
         QCOMPARE(s->folderMonitor().watchedFolders().size(), 1);
     }
 
@@ -150,15 +150,15 @@ private Q_SLOTS:
         QTRY_COMPARE(watching.size(), 1);
 
         writeFile(music(), QStringLiteral("sub/new.flac"), "x");
-        QTRY_COMPARE_WITH_TIMEOUT(s->successMessage(), QStringLiteral("1 new song added"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(s->banner()->text(), QStringLiteral("1 new song added"), 5000);
         QCOMPARE(fileNames(*s), (QStringList{"a.mp3", "new.flac"}));
 
         // Three files in one batch.
         writeFile(music(), QStringLiteral("x.mp3"), "x");
         writeFile(music(), QStringLiteral("y.mp3"), "x");
         writeFile(music(), QStringLiteral("z.mp3"), "x");
-        QTRY_COMPARE_WITH_TIMEOUT(s->successMessage(), QStringLiteral("3 new songs added"), 5000);
-        QCOMPARE(s->trackCount(), 5);
+        QTRY_COMPARE_WITH_TIMEOUT(s->banner()->text(), QStringLiteral("3 new songs added"), 5000);
+        QCOMPARE(s->library()->trackCount(), 5);
     }
 
     void prefetchAsksOncePerArtistAndAlbum()
@@ -181,7 +181,7 @@ private Q_SLOTS:
                                QString::fromUtf8(song.album)));
         }
         const auto s = makeState();
-        QSignalSpy planned(s.get(), &AppState::prefetchPlanned);
+        QSignalSpy planned(&s->artworkPrefetch(), &ArtworkPrefetch::planned);
         importAndWait(*s, music());
         QTRY_COMPARE_WITH_TIMEOUT(planned.size(), 1, 10000);
         QStringList artists = planned.last().at(0).toStringList();

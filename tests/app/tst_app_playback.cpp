@@ -41,14 +41,14 @@ class TestAppPlayback : public QObject
     // artists of the songs.
     void importAndIndex()
     {
-        QSignalSpy imported(m_state.get(), &AppState::folderImported);
+        QSignalSpy imported(m_state->library(), &Library::folderImported);
         QSignalSpy indexed(m_state->searchIndex(), &SearchIndex::indexChanged);
-        m_state->importFolder(QUrl::fromLocalFile(music()));
+        m_state->library()->importFolder(QUrl::fromLocalFile(music()));
         QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 1, 5000);
         QTRY_VERIFY_WITH_TIMEOUT(indexed.size() >= 1 && !m_state->searchIndex()->isBuilding(), 5000);
     }
 
-    QString idOf(int row) const { return trackjson::uuidText(m_state->tracks().at(row).id); }
+    QString idOf(int row) const { return trackjson::uuidText(m_state->library()->tracks().at(row).id); }
 
 private Q_SLOTS:
     void initTestCase()
@@ -74,16 +74,16 @@ private Q_SLOTS:
 
     void aFinishedSongHandsOverToTheNext()
     {
-        m_state->playTrack(idOf(0));
-        QCOMPARE(m_state->playingTrackId(), idOf(0));
-        QCOMPARE(m_state->playingTrackName(), QStringLiteral("01 First"));
-        QCOMPARE(m_state->recentArtists(), QStringList{QStringLiteral("Ada")});
+        m_state->nowPlaying()->play(idOf(0));
+        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(0));
+        QCOMPARE(m_state->nowPlaying()->trackName(), QStringLiteral("01 First"));
+        QCOMPARE(m_state->preferences()->recentArtists(), QStringList{QStringLiteral("Ada")});
         QCOMPARE(m_state->mpris().metadata().value(QStringLiteral("xesam:title")).toString(),
                  QStringLiteral("01 First"));
 
-        QTRY_COMPARE_WITH_TIMEOUT(m_state->playingTrackId(), idOf(1), 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 3000);
-        QCOMPARE(m_state->recentArtists(), (QStringList{QStringLiteral("Bo"), QStringLiteral("Ada")}));
+        QTRY_COMPARE_WITH_TIMEOUT(m_state->nowPlaying()->trackId(), idOf(1), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->nowPlaying()->isPlaying(), 3000);
+        QCOMPARE(m_state->preferences()->recentArtists(), (QStringList{QStringLiteral("Bo"), QStringLiteral("Ada")}));
         QCOMPARE(m_state->mpris().metadata().value(QStringLiteral("xesam:title")).toString(),
                  QStringLiteral("02 Second"));
     }
@@ -111,8 +111,8 @@ private Q_SLOTS:
         QFETCH(bool, typing);
         QFETCH(bool, toggles);
 
-        m_state->playTrack(idOf(1));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 3000);
+        m_state->nowPlaying()->play(idOf(1));
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->nowPlaying()->isPlaying(), 3000);
 
         QQuickWindow window;
         window.installEventFilter(m_state->keyPressFilter());
@@ -133,99 +133,98 @@ private Q_SLOTS:
         QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers), QString(), autoRepeat);
         QCoreApplication::sendEvent(&window, &press);
         if (toggles)
-            QTRY_VERIFY_WITH_TIMEOUT(!m_state->isPlaying(), 3000);
+            QTRY_VERIFY_WITH_TIMEOUT(!m_state->nowPlaying()->isPlaying(), 3000);
         else
             QTest::qWait(150);
-        QCOMPARE(m_state->isPlaying(), !toggles);
-        QCOMPARE(m_state->playingTrackId(), idOf(1));
+        QCOMPARE(m_state->nowPlaying()->isPlaying(), !toggles);
+        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(1));
     }
 
     void aSongChosenInTheSearchPlaysAndGoesAfterThePlayingOne()
     {
-        m_state->playTrack(idOf(1));
-        m_state->setSearchActive(true);
-        m_state->setSearchText(QStringLiteral("fir"));
+        m_state->nowPlaying()->play(idOf(1));
+        m_state->navigation()->setSearchActive(true);
+        m_state->navigation()->setSearchText(QStringLiteral("fir"));
         const QVariantList songs
-            = m_state->searchIndex()->search(m_state->searchText()).value(QStringLiteral("tracks")).toList();
+            = m_state->searchIndex()->search(m_state->navigation()->searchText()).value(QStringLiteral("tracks")).toList();
         QCOMPARE(songs.size(), 1);
         const QString chosen = songs.first().toMap().value(QStringLiteral("trackId")).toString();
         QCOMPARE(chosen, idOf(0));
 
         m_state->playFromSearch(chosen);
-        QCOMPARE(m_state->playingTrackId(), idOf(0));
+        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(0));
         QCOMPARE(m_state->controller().history().size(), 1);
-        QCOMPARE(m_state->controller().history().last().id, m_state->tracks().at(1).id);
-        QVERIFY(!m_state->searchActive());
-        QCOMPARE(m_state->searchText(), QString());
+        QCOMPARE(m_state->controller().history().last().id, m_state->library()->tracks().at(1).id);
+        QVERIFY(!m_state->navigation()->searchActive());
+        QCOMPARE(m_state->navigation()->searchText(), QString());
         // Previous goes back to the song that played before the search.
-        m_state->playPrevious();
-        QCOMPARE(m_state->playingTrackId(), idOf(1));
+        m_state->nowPlaying()->previous();
+        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(1));
     }
 
     void theQueueFollowsTheSelectedPlaylist()
     {
-        QSignalSpy queueChanged(m_state.get(), &AppState::currentQueueChanged);
+        QSignalSpy queueChanged(m_state->queue(), &CurrentQueue::changed);
         m_state->playlistStore().createPlaylist(QStringLiteral("Road"));
         const QUuid road = m_state->playlistStore().playlists().constFirst().id;
-        m_state->dropOnPlaylist(m_state->tracks().at(1), road);
+        m_state->playlists()->drop(m_state->library()->tracks().at(1), road);
         QVERIFY(queueChanged.size() >= 2);
-        QCOMPARE(m_state->currentQueue().size(), 2);
+        QCOMPARE(m_state->queue()->tracks().size(), 2);
 
-        m_state->setSelectedPlaylistID(trackjson::uuidText(road));
-        QCOMPARE(m_state->currentQueue().size(), 1);
-        QCOMPARE(m_state->currentQueue().constFirst().url, m_state->tracks().at(1).url);
+        m_state->navigation()->selectPlaylist(trackjson::uuidText(road));
+        QCOMPARE(m_state->queue()->tracks().size(), 1);
+        QCOMPARE(m_state->queue()->tracks().constFirst().url, m_state->library()->tracks().at(1).url);
 
         // The playlist's one song is followed by itself.
-        m_state->playTrack(trackjson::uuidText(m_state->currentQueue().constFirst().id));
-        m_state->playNext();
-        QCOMPARE(m_state->playingTrack()->url, m_state->tracks().at(1).url);
+        m_state->nowPlaying()->play(trackjson::uuidText(m_state->queue()->tracks().constFirst().id));
+        m_state->nowPlaying()->next();
+        QCOMPARE(m_state->nowPlaying()->track()->url, m_state->library()->tracks().at(1).url);
     }
 
     void anAlbumOfTheShownArtistPlaysFromItsFirstSong()
     {
         // A name the grid doesn't have shows the grid.
-        m_state->openArtist(QStringLiteral("Nobody"));
-        QVERIFY(m_state->artists()->isLoading());
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artists()->isLoading(), 5000);
-        QCOMPARE(m_state->artists()->count(), 2);
-        QVERIFY(!m_state->showingArtistDetail());
+        m_state->navigation()->openArtist(QStringLiteral("Nobody"));
+        QVERIFY(m_state->artistBrowser()->artists()->isLoading());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistBrowser()->artists()->isLoading(), 5000);
+        QCOMPARE(m_state->artistBrowser()->artists()->count(), 2);
+        QVERIFY(!m_state->artistBrowser()->showingDetail());
 
-        m_state->setSelectedArtistName(QStringLiteral("Ada"));
-        QVERIFY(m_state->showingArtistDetail());
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistDetail()->isLoading(), 5000);
-        QCOMPARE(m_state->artistDetail()->albums()->count(), 1);
+        m_state->navigation()->setSelectedArtistName(QStringLiteral("Ada"));
+        QVERIFY(m_state->artistBrowser()->showingDetail());
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistBrowser()->detail()->isLoading(), 5000);
+        QCOMPARE(m_state->artistBrowser()->detail()->albums()->count(), 1);
 
-        m_state->selectAlbum(QStringLiteral("Dawn"));
-        QCOMPARE(m_state->playingTrackName(), QStringLiteral("01 First"));
-        QCOMPARE(m_state->selectedArtistAlbum(), QStringLiteral("Dawn"));
-        QCOMPARE(m_state->artistDetail()->tracks()->count(), 1);
+        m_state->artistBrowser()->selectAlbum(QStringLiteral("Dawn"));
+        QCOMPARE(m_state->nowPlaying()->trackName(), QStringLiteral("01 First"));
+        QCOMPARE(m_state->navigation()->selectedArtistAlbum(), QStringLiteral("Dawn"));
+        QCOMPARE(m_state->artistBrowser()->detail()->tracks()->count(), 1);
 
-        m_state->backToArtists();
-        QVERIFY(m_state->selectedArtistName().isEmpty());
-        QVERIFY(m_state->selectedArtistAlbum().isEmpty());
-        QVERIFY(!m_state->showingArtistDetail());
+        m_state->navigation()->backToArtists();
+        QVERIFY(m_state->navigation()->selectedArtistName().isEmpty());
+        QVERIFY(m_state->navigation()->selectedArtistAlbum().isEmpty());
+        QVERIFY(!m_state->artistBrowser()->showingDetail());
     }
 
     void anAlbumChosenElsewhereSurvivesTheArtistsLoad()
     {
         // As from the search: artist and album at once, before anything loaded.
-        m_state->openAlbum(QStringLiteral("Bo"), QStringLiteral("Dusk"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->showingArtistDetail() && !m_state->artistDetail()->isLoading(), 5000);
-        QCOMPARE(m_state->artistDetail()->selectedAlbum(), QStringLiteral("Dusk"));
-        QCOMPARE(m_state->selectedArtistAlbum(), QStringLiteral("Dusk"));
+        m_state->navigation()->openAlbum(QStringLiteral("Bo"), QStringLiteral("Dusk"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->artistBrowser()->showingDetail() && !m_state->artistBrowser()->detail()->isLoading(), 5000);
+        QCOMPARE(m_state->artistBrowser()->detail()->selectedAlbum(), QStringLiteral("Dusk"));
+        QCOMPARE(m_state->navigation()->selectedArtistAlbum(), QStringLiteral("Dusk"));
     }
 
     void savedTagsReachTheFile()
     {
-        QSignalSpy editor(m_state.get(), &AppState::tagEditorChanged);
-        m_state->openTagEditor(idOf(0));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->tagEditorOpen(), 3000);
-        QCOMPARE(m_state->tagEditorMeta().value(QStringLiteral("artist")).toString(), QStringLiteral("Ada"));
+                m_state->tagEditor()->open(idOf(0));
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->tagEditor()->isOpen(), 3000);
+        QCOMPARE(m_state->tagEditor()->meta().value(QStringLiteral("artist")).toString(), QStringLiteral("Ada"));
 
-        m_state->saveSingleTrackTags(QStringLiteral("New Title"), QString(), QStringLiteral("Album"), idOf(0));
-        QTRY_COMPARE_WITH_TIMEOUT(m_state->successMessage(), QStringLiteral("Tags saved"), 5000);
-        QVERIFY(!m_state->tagEditorOpen());
-        const TrackMetadata meta = readMetadata(m_state->tracks().at(0).path());
+        m_state->tagEditor()->save(QStringLiteral("New Title"), QString(), QStringLiteral("Album"));
+        QTRY_COMPARE_WITH_TIMEOUT(m_state->banner()->text(), QStringLiteral("Tags saved"), 5000);
+        QVERIFY(!m_state->tagEditor()->isOpen());
+        const TrackMetadata meta = readMetadata(m_state->library()->tracks().at(0).path());
         QCOMPARE(meta.title, std::optional<QString>(QStringLiteral("New Title")));
         QCOMPARE(meta.artist, std::nullopt);
         QCOMPARE(meta.album, std::optional<QString>(QStringLiteral("Album")));

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+// The main state's rooms that need no audio: preferences, the banner, the
+// sidebar's playlists, the tag editor and the library's watched folders, and
+// how AppState wires them together.
 #include "AppState.h"
+#include "LibraryImport.h"
 #include "Theme.h"
 #include "support/TestSupport.h"
 
@@ -10,11 +14,7 @@
 
 #include <memory>
 
-Q_DECLARE_METATYPE(AppState::Screen)
-
 namespace {
-
-const QString someId = QStringLiteral("0F2A4C3E-3B1D-4C5E-9A8B-7C6D5E4F3A2B");
 
 QList<QUrl> urls(const QStringList &names)
 {
@@ -37,21 +37,6 @@ class TestAppState : public QObject
         return std::make_unique<AppState>(m_dir.filePath(QStringLiteral("playlists.json")));
     }
 
-    // Every navigation field away from its default, so that each action's
-    // changes (and what it leaves alone) show.
-    static void scatter(AppState &s)
-    {
-        s.setShowingHome(false);
-        s.setShowingArtists(false);
-        s.setShowingUntagged(true);
-        s.setSelectedPlaylistID(someId);
-        s.setSelectedArtistName(QStringLiteral("Old Artist"));
-        s.setSelectedArtistAlbum(QStringLiteral("Old Album"));
-        s.setSearchText(QStringLiteral("query"));
-        s.setSearchActive(true);
-        s.setShowThemePicker(true); // after the search, which would close it
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
@@ -66,160 +51,47 @@ private Q_SLOTS:
         QFile::remove(m_dir.filePath(QStringLiteral("playlists.json")));
     }
 
-    void startsAtHomeWithDefaults()
+    void startsWithDefaults()
     {
         const auto s = makeState();
-        QVERIFY(s->showingHome());
-        QCOMPARE(s->currentScreen(), AppState::Screen::Home);
-        QVERIFY(!s->didCompleteOnboarding());
-        QCOMPARE(s->selectedTheme(), QStringLiteral("noir"));
-        QCOMPARE(s->currentTheme(), AppTheme::Noir);
-        QVERIFY(s->recentArtists().isEmpty());
-        QCOMPARE(s->trackCount(), 0);
-        QVERIFY(s->successMessage().isEmpty());
-    }
-
-    void navigationActionsSetTheirFlags_data()
-    {
-        QTest::addColumn<QString>("action");
-        QTest::addColumn<bool>("home");
-        QTest::addColumn<bool>("artists");
-        QTest::addColumn<bool>("untagged");
-        QTest::addColumn<QString>("playlist");
-        QTest::addColumn<QString>("artist");
-        QTest::addColumn<QString>("album");
-        QTest::addColumn<bool>("themePicker");
-        QTest::addColumn<bool>("searchActive");
-        QTest::addColumn<QString>("searchText");
-
-        QTest::newRow("goHome") << "goHome" << true << false << false << "" << "" << "" << false << true << "query";
-        QTest::newRow("goHomeFromWordMark")
-            << "goHomeFromWordMark" << true << false << false << "" << "" << "" << true << true << "query";
-        QTest::newRow("showAllArtists")
-            << "showAllArtists" << false << true << false << "" << "" << "Old Album" << true << true << "query";
-        QTest::newRow("openArtist") << "openArtist" << false << true << false << "" << "Nadia" << "" << true
-                                    << false << "";
-        QTest::newRow("openAlbum") << "openAlbum" << false << true << false << "" << "Nadia" << "Blue" << true
-                                   << false << "";
-        QTest::newRow("dismissSearch") << "dismissSearch" << false << false << true << someId << "Old Artist"
-                                       << "Old Album" << true << false << "";
-        QTest::newRow("dismissPopups") << "dismissPopups" << false << false << true << someId << "Old Artist"
-                                       << "Old Album" << false << false << "";
-    }
-
-    void navigationActionsSetTheirFlags()
-    {
-        QFETCH(QString, action);
-        QFETCH(bool, home);
-        QFETCH(bool, artists);
-        QFETCH(bool, untagged);
-        QFETCH(QString, playlist);
-        QFETCH(QString, artist);
-        QFETCH(QString, album);
-        QFETCH(bool, themePicker);
-        QFETCH(bool, searchActive);
-        QFETCH(QString, searchText);
-
-        const auto s = makeState();
-        scatter(*s);
-        if (action == u"openArtist")
-            s->openArtist(QStringLiteral("Nadia"));
-        else if (action == u"openAlbum")
-            s->openAlbum(QStringLiteral("Nadia"), QStringLiteral("Blue"));
-        else
-            QVERIFY(QMetaObject::invokeMethod(s.get(), action.toLatin1().constData()));
-
-        QCOMPARE(s->showingHome(), home);
-        QCOMPARE(s->showingArtists(), artists);
-        QCOMPARE(s->showingUntagged(), untagged);
-        QCOMPARE(s->selectedPlaylistID(), playlist);
-        QCOMPARE(s->selectedArtistName(), artist);
-        QCOMPARE(s->selectedArtistAlbum(), album);
-        QCOMPARE(s->showThemePicker(), themePicker);
-        QCOMPARE(s->searchActive(), searchActive);
-        QCOMPARE(s->searchText(), searchText);
-    }
-
-    void screenFollowsPrecedence_data()
-    {
-        QTest::addColumn<bool>("home");
-        QTest::addColumn<bool>("untagged");
-        QTest::addColumn<bool>("artists");
-        QTest::addColumn<AppState::Screen>("screen");
-        QTest::newRow("home wins") << true << true << true << AppState::Screen::Home;
-        QTest::newRow("untagged over artists") << false << true << true << AppState::Screen::Untagged;
-        QTest::newRow("artists") << false << false << true << AppState::Screen::Artists;
-        QTest::newRow("songs otherwise") << false << false << false << AppState::Screen::Songs;
-    }
-
-    void screenFollowsPrecedence()
-    {
-        QFETCH(bool, home);
-        QFETCH(bool, untagged);
-        QFETCH(bool, artists);
-        QFETCH(AppState::Screen, screen);
-        const auto s = makeState();
-        s->setShowingArtists(artists);
-        s->setShowingUntagged(untagged);
-        s->setShowingHome(home);
-        QCOMPARE(s->currentScreen(), screen);
-    }
-
-    void searchAndThemePopupCloseEachOther()
-    {
-        const auto s = makeState();
-        s->toggleThemePicker();
-        QVERIFY(s->showThemePicker());
-        s->setSearchActive(true);
-        QVERIFY(!s->showThemePicker());
-
-        // The popup may open over an active search; a click in the content
-        // then closes both.
-        s->setSearchText(QStringLiteral("abc"));
-        s->toggleThemePicker();
-        QVERIFY(s->showThemePicker() && s->searchActive());
-        s->dismissPopups();
-        QVERIFY(!s->showThemePicker());
-        QVERIFY(!s->searchActive());
-        QCOMPARE(s->searchText(), QString());
+        QCOMPARE(s->navigation()->screen(), Navigation::Screen::Home);
+        QVERIFY(!s->preferences()->didCompleteOnboarding());
+        QCOMPARE(s->preferences()->selectedTheme(), QStringLiteral("noir"));
+        QCOMPARE(s->preferences()->currentTheme(), AppTheme::Noir);
+        QVERIFY(s->preferences()->recentArtists().isEmpty());
+        QCOMPARE(s->library()->trackCount(), 0);
+        QVERIFY(s->banner()->text().isEmpty());
+        QCOMPARE(s->queue()->title(), QStringLiteral("All Songs"));
     }
 
     void storesTheChosenTheme()
     {
         {
             const auto s = makeState();
-            QSignalSpy changed(s.get(), &AppState::selectedThemeChanged);
-            s->toggleThemePicker();
-            s->selectTheme(int(AppTheme::Light));
-            QCOMPARE(s->currentTheme(), AppTheme::Light);
-            QVERIFY(!s->showThemePicker());
-            QCOMPARE(changed.size(), 1);
-
-            // Choosing it again stores the same value and still closes the popup.
-            s->toggleThemePicker();
-            s->selectTheme(int(AppTheme::Light));
-            QVERIFY(!s->showThemePicker());
-            QCOMPARE(changed.size(), 1);
+            QSignalSpy changed(s->preferences(), &Preferences::selectedThemeChanged);
+            for (int round = 0; round < 2; ++round) {
+                // Choosing it again stores the same value and still closes the popup.
+                s->navigation()->toggleThemePicker();
+                s->selectTheme(int(AppTheme::Light));
+                QCOMPARE(s->preferences()->currentTheme(), AppTheme::Light);
+                QVERIFY(!s->navigation()->showThemePicker());
+                QCOMPARE(changed.size(), 1);
+            }
         }
         QCOMPARE(QSettings().value(Preferences::themeKey).toString(), QStringLiteral("light"));
-        QCOMPARE(makeState()->currentTheme(), AppTheme::Light);
-    }
-
-    void unknownStoredThemeReadsAsNoir()
-    {
-        QSettings().setValue(Preferences::themeKey, QStringLiteral("Sunrise"));
-        const auto s = makeState();
-        QCOMPARE(s->currentTheme(), AppTheme::Noir);
-        // The raw value is kept, so no theme row of the popup matches it.
-        QCOMPARE(s->selectedTheme(), QStringLiteral("Sunrise"));
-        QVERIFY(!Theme::themeRawValues().contains(s->selectedTheme()));
+        QCOMPARE(Preferences().currentTheme(), AppTheme::Light);
     }
 
     void themeIsReadFromTheStoreEachTime()
     {
-        const auto s = makeState();
+        const Preferences preferences;
         QSettings().setValue(Preferences::themeKey, QStringLiteral("sunrise"));
-        QCOMPARE(s->currentTheme(), AppTheme::Sunrise);
+        QCOMPARE(preferences.currentTheme(), AppTheme::Sunrise);
+        // An unknown value reads as noir but is kept, so no row of the popup matches it.
+        QSettings().setValue(Preferences::themeKey, QStringLiteral("Sunrise"));
+        QCOMPARE(preferences.currentTheme(), AppTheme::Noir);
+        QCOMPARE(preferences.selectedTheme(), QStringLiteral("Sunrise"));
+        QVERIFY(!Theme::themeRawValues().contains(preferences.selectedTheme()));
     }
 
     void keepsTenRecentArtistsNewestFirst_data()
@@ -247,70 +119,81 @@ private Q_SLOTS:
         QFETCH(QStringList, played);
         QFETCH(QStringList, recent);
         {
-            const auto s = makeState();
+            Preferences preferences;
             for (const QString &artist : played)
-                s->recordRecentArtist(artist);
-            QCOMPARE(s->recentArtists(), recent);
+                preferences.recordRecentArtist(artist);
+            QCOMPARE(preferences.recentArtists(), recent);
         }
         // Stored, and read back by the next run.
-        QCOMPARE(makeState()->recentArtists(), recent);
-    }
-
-    void dropOnPlaylistReportsTheOutcome()
-    {
-        const auto s = makeState();
-        s->addDiscoveredFiles(urls({"a.mp3"}));
-        const Track song = s->tracks().first();
-        s->playlistStore().createPlaylist(QStringLiteral("Road"));
-        const QUuid road = s->playlistStore().playlists().first().id;
-
-        s->beginDrag(trackjson::uuidText(song.id));
-        QCOMPARE(s->draggingTrackId(), trackjson::uuidText(song.id));
-        s->dropOnPlaylist(trackjson::uuidText(song.id), trackjson::uuidText(road));
-        QCOMPARE(s->successMessage(), QStringLiteral("Added to Road"));
-        QCOMPARE(s->successMessageAnimation(), AppState::MessageAnimation::Spring);
-        QVERIFY(s->draggingTrackId().isEmpty());
-
-        s->dropOnPlaylist(song, road);
-        QCOMPARE(s->successMessage(), QStringLiteral("Already in Road"));
-        QCOMPARE(s->playlistStore().playlists().first().tracks.size(), 1);
-
-        s->dropOnPlaylist(song, QUuid::createUuid());
-        QCOMPARE(s->successMessage(), QStringLiteral("Already in playlist"));
-    }
-
-    void messagesClearAfterTheirTime()
-    {
-        const auto s = makeState();
-        s->addDiscoveredFiles(urls({"a.mp3"}));
-        QCOMPARE(s->successMessage(), QStringLiteral("1 new song added"));
-        QTest::qWait(AppState::discoveredMessageMs - 300);
-        QCOMPARE(s->successMessage(), QStringLiteral("1 new song added"));
-        QTRY_VERIFY_WITH_TIMEOUT(s->successMessage().isEmpty(), 1000);
+        QCOMPARE(Preferences().recentArtists(), recent);
     }
 
     void anEarlierTimerCutsALaterMessageShort()
     {
-        const auto s = makeState();
+        Banner banner;
         QElapsedTimer clock;
         clock.start();
-        s->showMessage(QStringLiteral("first"), AppState::MessageAnimation::Default, 3000);
+        banner.show(QStringLiteral("first"), Banner::Animation::Spring, 3000);
         QTest::qWait(1000);
-        s->showMessage(QStringLiteral("second"), AppState::MessageAnimation::Default, 3000);
-        QTRY_VERIFY_WITH_TIMEOUT(s->successMessage().isEmpty(), 2500);
+        banner.show(QStringLiteral("second"), Banner::Animation::Default, 3000);
+        QTRY_VERIFY_WITH_TIMEOUT(banner.text().isEmpty(), 2500);
         // Cleared by the first text's timer, a second before its own.
         QVERIFY2(clock.elapsed() < 3800, qPrintable(QString::number(clock.elapsed())));
+        // It leaves as the last text entered.
+        QCOMPARE(banner.animation(), Banner::Animation::Default);
+    }
+
+    void dropOnPlaylistReportsTheOutcome()
+    {
+        PlaylistStore store(m_dir.filePath(QStringLiteral("playlists.json")));
+        Banner banner;
+        const Track song = Track::create(urls({"a.mp3"}).first());
+        const QString songId = trackjson::uuidText(song.id);
+        Playlists playlists(store, banner, [&](const QString &id) {
+            return id == songId ? std::optional<Track>(song) : std::nullopt;
+        });
+        QSignalSpy entries(&playlists, &Playlists::entriesChanged);
+        playlists.setShowingCreate(true);
+        playlists.create(QStringLiteral("  Road "));
+        QVERIFY(!playlists.showingCreate());
+        QCOMPARE(entries.size(), 1);
+        const QVariantMap road = playlists.entries().first().toMap();
+        QCOMPARE(road.value(QStringLiteral("name")), QStringLiteral("Road"));
+
+        playlists.beginDrag(songId);
+        QCOMPARE(playlists.draggingTrackId(), songId);
+        playlists.drop(songId, road.value(QStringLiteral("id")).toString());
+        QCOMPARE(banner.text(), QStringLiteral("Added to Road"));
+        QCOMPARE(banner.animation(), Banner::Animation::Spring);
+        QVERIFY(playlists.draggingTrackId().isEmpty());
+        QCOMPARE(playlists.entries().first().toMap().value(QStringLiteral("count")), 1);
+
+        playlists.drop(song, store.playlists().first().id);
+        QCOMPARE(banner.text(), QStringLiteral("Already in Road"));
+        playlists.drop(song, QUuid::createUuid());
+        QCOMPARE(banner.text(), QStringLiteral("Already in playlist"));
+
+        // A song nobody knows only ends the drag.
+        playlists.beginDrag(songId);
+        playlists.drop(QStringLiteral("nope"), road.value(QStringLiteral("id")).toString());
+        QVERIFY(playlists.draggingTrackId().isEmpty());
+        QCOMPARE(store.playlists().first().tracks.size(), 1);
+
+        playlists.setShowingCreate(true);
+        playlists.cancelCreate();
+        QVERIFY(!playlists.showingCreate());
+        QCOMPARE(store.playlists().size(), 1);
     }
 
     void abandonedDragIsForgotten()
     {
         const auto s = makeState();
-        s->addDiscoveredFiles(urls({"a.mp3"}));
-        s->beginDrag(trackjson::uuidText(s->tracks().first().id));
-        QVERIFY(!s->draggingTrackId().isEmpty());
-        QTest::qWait(AppState::dragResetMs - 500);
-        QVERIFY(!s->draggingTrackId().isEmpty());
-        QTRY_VERIFY_WITH_TIMEOUT(s->draggingTrackId().isEmpty(), 1500);
+        s->library()->addDiscoveredFiles(urls({"a.mp3"}));
+        s->playlists()->beginDrag(trackjson::uuidText(s->library()->tracks().first().id));
+        QVERIFY(!s->playlists()->draggingTrackId().isEmpty());
+        QTest::qWait(Playlists::dragResetMs - 500);
+        QVERIFY(!s->playlists()->draggingTrackId().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(s->playlists()->draggingTrackId().isEmpty(), 1500);
     }
 
     void discoveredFilesBecomeSongs_data()
@@ -337,63 +220,58 @@ private Q_SLOTS:
         QFETCH(QString, message);
 
         const auto s = makeState();
-        s->addDiscoveredFiles(urls(library));
-        s->showMessage(QString(), AppState::MessageAnimation::Default, 0);
-        const int before = s->trackCount();
-        QSignalSpy appended(s.get(), &AppState::tracksAppended);
+        Library &lib = *s->library();
+        lib.addDiscoveredFiles(urls(library));
+        s->banner()->clear();
+        const int before = lib.trackCount();
+        QSignalSpy appended(&lib, &Library::tracksAppended);
 
-        s->addDiscoveredFiles(urls(discovered));
-        QCOMPARE(s->trackCount(), before + added);
-        QCOMPARE(s->successMessage(), message);
+        lib.addDiscoveredFiles(urls(discovered));
+        QCOMPARE(lib.trackCount(), before + added);
+        QCOMPARE(s->banner()->text(), message);
         QCOMPARE(appended.size(), added > 0 ? 1 : 0);
         QVERIFY(s->folderMonitor().discoveredURLs().isEmpty());
         QSet<QUrl> all;
-        for (const Track &t : s->tracks())
+        for (const Track &t : lib.tracks())
             all.insert(t.url);
         if (added > 0)
             QCOMPARE(s->folderMonitor().knownURLs(), all);
         // New songs come last, in the order they were reported.
         QList<QUrl> tail;
-        for (qsizetype i = before; i < s->trackCount(); ++i)
-            tail.append(s->tracks().at(i).url);
+        for (qsizetype i = before; i < lib.trackCount(); ++i)
+            tail.append(lib.tracks().at(i).url);
         const QList<QUrl> known = urls(library);
         QCOMPARE(tail, import::freshFiles(urls(discovered), QSet<QUrl>(known.begin(), known.end())));
+    }
+
+    void theDiscoveredMessageGoesAfterItsTime()
+    {
+        const auto s = makeState();
+        s->library()->addDiscoveredFiles(urls({"a.mp3"}));
+        QTest::qWait(AppState::discoveredMessageMs - 300);
+        QCOMPARE(s->banner()->text(), QStringLiteral("1 new song added"));
+        QTRY_VERIFY_WITH_TIMEOUT(s->banner()->text().isEmpty(), 1000);
     }
 
     void tagEditorOpensWithTheSongAndCloses()
     {
         const auto s = makeState();
-        s->addDiscoveredFiles(urls({"Song Name.flac"}));
-        const QString id = trackjson::uuidText(s->tracks().first().id);
-        QSignalSpy changed(s.get(), &AppState::tagEditorChanged);
-        s->openTagEditor(id);
-        QTRY_VERIFY(s->tagEditorOpen());
-        QCOMPARE(s->tagEditorTrackId(), id);
-        QCOMPARE(s->tagEditorFileName(), QStringLiteral("Song Name"));
-        s->closeTagEditor();
-        QVERIFY(!s->tagEditorOpen());
-        QVERIFY(s->tagEditorMeta().isEmpty());
+        s->library()->addDiscoveredFiles(urls({"Song Name.flac"}));
+        const QString id = trackjson::uuidText(s->library()->tracks().first().id);
+        TagEditorSession &editor = *s->tagEditor();
+        editor.open(id);
+        QTRY_VERIFY(editor.isOpen());
+        QCOMPARE(editor.trackId(), id);
+        QCOMPARE(editor.fileName(), QStringLiteral("Song Name"));
+        editor.close();
+        QVERIFY(!editor.isOpen());
+        QVERIFY(editor.meta().isEmpty());
 
         // An editor closed before its tags arrive stays closed.
-        s->openTagEditor(id);
-        s->closeTagEditor();
+        editor.open(id);
+        editor.close();
         QTest::qWait(100);
-        QVERIFY(!s->tagEditorOpen());
-    }
-
-    void createPanelCloses()
-    {
-        const auto s = makeState();
-        s->setShowingCreate(true);
-        s->createPlaylistFromPanel(QStringLiteral("  Chill "));
-        QVERIFY(!s->showingCreate());
-        QCOMPARE(s->playlistStore().playlists().size(), 1);
-        QCOMPARE(s->playlistStore().playlists().first().name, QStringLiteral("Chill"));
-        QVERIFY(s->selectedPlaylistID().isEmpty());
-        s->setShowingCreate(true);
-        s->cancelCreatePlaylist();
-        QVERIFY(!s->showingCreate());
-        QCOMPARE(s->playlistStore().playlists().size(), 1);
+        QVERIFY(!editor.isOpen());
     }
 };
 

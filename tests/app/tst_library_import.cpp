@@ -55,31 +55,6 @@ private Q_SLOTS:
         QVERIFY(import::freshFiles({}, existing).isEmpty());
     }
 
-    void countsNewSongs_data()
-    {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("one") << 1 << "1 new song added";
-        QTest::newRow("two") << 2 << "2 new songs added";
-        QTest::newRow("many") << 1234 << "1234 new songs added";
-    }
-
-    void countsNewSongs()
-    {
-        QFETCH(int, count);
-        QFETCH(QString, message);
-        QCOMPARE(import::discoveredMessage(count), message);
-    }
-
-    void asksOnceForAThousandSongsOfOneAlbum()
-    {
-        PrefetchPlan plan;
-        for (int i = 0; i < 1000; ++i)
-            plan.add(QStringLiteral("Artist"), QStringLiteral("Album"));
-        QCOMPARE(plan.artists(), QStringList{"Artist"});
-        QCOMPARE(albumKeys(plan), QStringList{"Artist|Album"});
-    }
-
     void deduplicatesArtistsAndAlbums_data()
     {
         QTest::addColumn<PrefetchPlan>("plan");

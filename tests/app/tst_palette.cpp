@@ -4,7 +4,6 @@
 #include <QTest>
 
 Q_DECLARE_METATYPE(AppTheme)
-Q_DECLARE_METATYPE(palette::Role)
 
 class TestPalette : public QObject
 {
@@ -85,31 +84,6 @@ private Q_SLOTS:
             names.append(palette::displayName(t));
         }
         QCOMPARE(names, (QStringList{"Sunrise", "Noir", "Light"}));
-    }
-
-    void rolesLookUpTheirTheme_data()
-    {
-        QTest::addColumn<palette::Role>("role");
-        QTest::addColumn<QStringList>("triplet");
-        using R = palette::Role;
-        QTest::newRow("windowBackground") << R::WindowBackground << QStringList{"#fcf0da", "#1c1c1e", "#ffffff"};
-        QTest::newRow("raisedBackground") << R::RaisedBackground << QStringList{"#f2d3ab", "#2c2c2e", "#f2f2f7"};
-        QTest::newRow("accent") << R::Accent << QStringList{"#c95c0f", "#e3f794", "#007aff"};
-        QTest::newRow("buttonFillHover") << R::ButtonFillHover << QStringList{"#5e4932", "#cade78", "#0062cc"};
-        QTest::newRow("primaryText") << R::PrimaryText << QStringList{"#000000", "#f5f5f7", "#000000"};
-        QTest::newRow("onAccentText") << R::OnAccentText << QStringList{"#ffffff", "#111111", "#ffffff"};
-        QTest::newRow("transportSymbol") << R::TransportSymbol << QStringList{"#c0a88c", "#8e8e93", "#8e8e93"};
-    }
-
-    void rolesLookUpTheirTheme()
-    {
-        QFETCH(palette::Role, role);
-        QFETCH(QStringList, triplet);
-        const QList<AppTheme> themes = palette::allThemes();
-        for (int i = 0; i < themes.size(); ++i) {
-            QCOMPARE(palette::hex(role, themes[i]), triplet[i]);
-            QCOMPARE(palette::color(role, themes[i]), QColor(triplet[i]));
-        }
     }
 
     void hoverShadeOfLightThemeIsInvisible()

@@ -5,6 +5,7 @@
 #include "support/TestSupport.h"
 #include "tags/TagReader.h"
 
+#include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -109,6 +110,7 @@ private Q_SLOTS:
         tracks.append(Track::create(QUrl::fromLocalFile(makeSong("list-c.flac", nullptr, nullptr, nullptr))));
         tracks.append(Track::create(QUrl::fromLocalFile(m_dir.filePath("list-missing.flac"))));
         UntaggedSongs screen;
+        QAbstractItemModelTester tester(&screen, QAbstractItemModelTester::FailureReportingMode::QtTest);
         loadAndWait(screen, tracks);
         QCOMPARE(screen.count(), 3);
         QCOMPARE(screen.data(screen.index(0), UntaggedSongs::MissingRole).toString(), QStringLiteral("Missing: album"));
@@ -141,6 +143,7 @@ private Q_SLOTS:
             tracks.append(Track::create(QUrl::fromLocalFile(path)));
         }
         UntaggedSongs screen;
+        QAbstractItemModelTester tester(&screen, QAbstractItemModelTester::FailureReportingMode::QtTest);
         loadAndWait(screen, tracks);
         screen.toggleSelectAll();
         screen.editSelected();
@@ -148,7 +151,7 @@ private Q_SLOTS:
         screen.saveBatch(QString(), QString(), QStringLiteral("Shared"));
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10000);
         QCOMPARE(finished.first().first().toInt(), 3);
-        QCOMPARE(screen.successMessage(), QStringLiteral("Saved to 3 files"));
+        QCOMPARE(screen.message()->text(), QStringLiteral("Saved to 3 files"));
         QVERIFY(!screen.showEditor());
         QCOMPARE(screen.selectedCount(), 0);
 
@@ -182,7 +185,7 @@ private Q_SLOTS:
         QSignalSpy finished(&screen, &UntaggedSongs::saveFinished);
         screen.saveBatch(QStringLiteral("T"), QStringLiteral("A"), QStringLiteral("B"));
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10000);
-        QCOMPARE(screen.successMessage(), QStringLiteral("Saved to 3 files"));
+        QCOMPARE(screen.message()->text(), QStringLiteral("Saved to 3 files"));
         QCOMPARE(screen.count(), 1);
         QCOMPARE(readMetadata(tracks.at(2).path()).title, std::nullopt);
     }

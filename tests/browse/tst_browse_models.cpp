@@ -2,13 +2,18 @@
 #include "BrowseTestUtil.h"
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
+#include "browse/SongListModel.h"
 
 #include <QAbstractItemModelTester>
+#include <QFileInfo>
+#include <QMutex>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
 #include <QThreadPool>
+
+#include <limits>
 
 using browsetest::Library;
 
@@ -33,6 +38,99 @@ private Q_SLOTS:
     void initTestCase()
     {
         QThreadPool::globalInstance()->setMaxThreadCount(std::max(4, QThread::idealThreadCount()));
+    }
+
+    // What a song list does when its songs change: a list that only grew
+    // inserts rows (the view keeps its place), the same list does nothing, any
+    // other list resets.
+    void songListGrowsOrResets_data()
+    {
+        QTest::addColumn<QList<int>>("before");
+        QTest::addColumn<QList<int>>("after");
+        QTest::addColumn<QString>("signals");
+
+        QTest::newRow("grew at its end") << QList<int>{0, 1} << QList<int>{0, 1, 2, 3} << "insert 2-3";
+        QTest::newRow("from nothing") << QList<int>{} << QList<int>{0, 1} << "insert 0-1";
+        QTest::newRow("the same songs") << QList<int>{0, 1, 2} << QList<int>{0, 1, 2} << "";
+        QTest::newRow("shorter") << QList<int>{0, 1, 2} << QList<int>{0, 1} << "reset";
+        QTest::newRow("grew elsewhere") << QList<int>{1, 2} << QList<int>{0, 1, 2} << "reset";
+        QTest::newRow("emptied") << QList<int>{0} << QList<int>{} << "reset";
+    }
+
+    void songListGrowsOrResets()
+    {
+        QFETCH(QList<int>, before);
+        QFETCH(QList<int>, after);
+        QFETCH(QString, signals);
+        const Library lib = Library::from({"a.mp3", "b.mp3", "c.mp3", "d.mp3"});
+        const auto pick = [&lib](const QList<int> &rows) {
+            QList<Track> out;
+            for (int row : rows)
+                out.append(lib.tracks.at(row));
+            return out;
+        };
+        SongListModel model([](const QString &) { return FileTags{}; });
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        model.setTracks(pick(before));
+
+        QStringList seen;
+        connect(&model, &QAbstractItemModel::rowsInserted, this,
+                [&](const QModelIndex &, int first, int last) { seen.append(QStringLiteral("insert %1-%2").arg(first).arg(last)); });
+        connect(&model, &QAbstractItemModel::modelReset, this, [&] { seen.append(QStringLiteral("reset")); });
+        QSignalSpy count(&model, &SongListModel::countChanged);
+        model.setTracks(pick(after));
+        QCOMPARE(seen.join(u','), signals);
+        QCOMPARE(count.size(), before.size() == after.size() ? 0 : 1);
+        QCOMPARE(Library::files(model.tracks()), Library::files(pick(after)));
+    }
+
+    // Artist and length come from the files, read off the GUI thread for the
+    // rows a view asks for, once each until the files are said to have changed.
+    void songRowsReadTheirFilesWhenShown()
+    {
+        const Library lib = Library::from({"a.mp3", "b.mp3", "c.mp3"});
+        QMutex mutex;
+        QStringList reads;
+        QString artist = QStringLiteral("Nova");
+        SongListModel model([&](const QString &path) {
+            QMutexLocker lock(&mutex);
+            reads.append(QFileInfo(path).fileName());
+            FileTags tags;
+            tags.metadata.artist = artist;
+            tags.duration = path.endsWith(u"b.mp3") ? std::numeric_limits<double>::infinity() : 61.5;
+            return tags;
+        });
+        model.setTracks(lib.tracks);
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        const auto value = [&model](int row, int role) { return model.data(model.index(row), role); };
+
+        {
+            QMutexLocker lock(&mutex);
+            reads.clear();
+        }
+        QCOMPARE(value(0, SongListModel::ArtistRole).toString(), QString());
+        QCOMPARE(value(0, SongListModel::DurationRole).toDouble(), 0.0);
+        QCOMPARE(value(2, SongListModel::ArtistRole).toString(), QString());
+        QTRY_COMPARE(value(0, SongListModel::ArtistRole).toString(), QStringLiteral("Nova"));
+        QTRY_COMPARE(value(2, SongListModel::DurationRole).toDouble(), 61.5);
+        QVERIFY(!changed.isEmpty());
+        // A length that isn't a number reads as unknown.
+        QTRY_COMPARE(value(1, SongListModel::ArtistRole).toString(), QStringLiteral("Nova"));
+        QCOMPARE(value(1, SongListModel::DurationRole).toDouble(), 0.0);
+        {
+            QMutexLocker lock(&mutex);
+            reads.sort();
+            QCOMPARE(reads, (QStringList{"a.mp3", "b.mp3", "c.mp3"}));
+            reads.clear();
+            artist = QStringLiteral("Echo");
+        }
+
+        model.forgetFileInfo();
+        QCOMPARE(value(0, SongListModel::ArtistRole).toString(), QString());
+        QTRY_COMPARE(value(0, SongListModel::ArtistRole).toString(), QStringLiteral("Echo"));
+        QMutexLocker lock(&mutex);
+        QCOMPARE(reads, QStringList{"a.mp3"});
     }
 
     void artistGrid()
@@ -103,6 +201,7 @@ private Q_SLOTS:
         QVERIFY(detail.isLoading());
         QVERIFY(loaded.wait());
         QVERIFY(!detail.isLoading());
+        QCOMPARE(detail.albums()->count(), 3);
         QCOMPARE(column(*detail.albums(), "name"), (QStringList { "live", "Live", "Studio" }));
         QCOMPARE(column(*detail.albums(), "trackCount"), (QStringList { "1", "2", "1" }));
         QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
@@ -123,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(detail.tracks()->count(), 0);
         QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
 
-        detail.showAll();
+        detail.setSelectedAlbum({});
         QCOMPARE(detail.selectedAlbum(), QString());
         QCOMPARE(detail.tracks()->count(), 5);
 

@@ -78,6 +78,19 @@ share() { # colour width height x y
     -fill white -opaque "$1" -format '%[fx:mean]' info:
 }
 at_least() { awk -v a="$1" -v b="$2" 'BEGIN { exit !(a >= b) }'; }
+# Polls until the share of a colour reaches (or, with "below", falls under) a
+# level; prints the last share. Animations run slower on a busy machine.
+wait_share() { # at_least|below level colour width height x y
+  local mode=$1 level=$2 got=0
+  shift 2
+  for _ in $(seq 60); do
+    got=$(share "$@")
+    if [ "$mode" = at_least ]; then at_least "$got" "$level" && break
+    else at_least "$level" "$got" && break; fi
+    sleep 0.25
+  done
+  echo "$got"
+}
 wait_for_log() { # pattern seconds
   for _ in $(seq $(($2 * 10))); do grep -q -- "$1" "$work/log" && return 0; sleep 0.1; done
   return 1
@@ -124,9 +137,8 @@ wait_mpris() { # expected command...
 
 # ---- First run: the welcome, and the import from its button ------------------
 start
-sleep 3.3 # the reveal ends with the button after about 2.85 s
+button=$(wait_share at_least 0.5 '#E3F794' 200 36 430 476) # the reveal ends with the button
 shot "welcome"
-button=$(share '#E3F794' 200 36 430 476)
 at_least "$button" 0.5 || fail "no \"Import Music Folder\" button after the reveal (lime share $button)"
 ok "the first run shows the welcome with its button (lime share $button)"
 
@@ -137,9 +149,8 @@ shot "import-dialog"
 click 686 526 # "Import Folder"
 wait_for_log "imported .*Library\": 5 audio files, 5 new" 10 || fail "the chosen folder was not imported"
 grep -q 'didCompleteOnboarding=true' "$config" || fail "the finished welcome was not remembered"
-sleep 1.0 # the welcome fades out
+button=$(wait_share below 0.05 '#E3F794' 200 36 430 476) # the welcome fades out
 shot "imported"
-button=$(share '#E3F794' 200 36 430 476)
 at_least 0.05 "$button" || fail "the welcome is still shown after the import (lime share $button)"
 ok "the dialog imported ${#names[@]} songs and the welcome went away"
 

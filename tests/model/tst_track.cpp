@@ -2,7 +2,6 @@
 #include "model/LocalPath.h"
 #include "model/Track.h"
 
-#include <QMimeData>
 #include <QTest>
 
 #include <cmath>
@@ -111,24 +110,6 @@ private Q_SLOTS:
         Track t = Track::create(QUrl::fromLocalFile(QStringLiteral("/a.mp3")));
         t.duration = duration;
         QVERIFY(!trackjson::encode(t));
-    }
-
-    void dragPayload()
-    {
-        const Track t = Track::create(QUrl::fromLocalFile(QStringLiteral("/m/a b.flac")));
-        QMimeData data;
-        QVERIFY(trackdrag::fill(&data, t));
-        QCOMPARE(data.text(), trackjson::uuidText(t.id));
-        QCOMPARE(trackdrag::idFrom(&data), t.id);
-        const auto carried = trackdrag::trackFrom(&data);
-        QVERIFY(carried);
-        QCOMPARE(carried->url, t.url);
-
-        QMimeData garbage;
-        garbage.setData(QString::fromLatin1(trackdrag::mimeType), "{nope");
-        garbage.setText(QStringLiteral("hello"));
-        QVERIFY(!trackdrag::trackFrom(&garbage));
-        QVERIFY(!trackdrag::idFrom(&garbage));
     }
 };
 

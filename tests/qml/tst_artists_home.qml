@@ -2,39 +2,30 @@
 import QtQuick
 import QtTest
 import Tarnwell
+import TarnwellTest
 
 Item {
     id: root
     width: 1000
     height: 640
 
-    // Stands in for the artist list model: name and trackCount roles, count
-    // and isLoading.
-    ListModel {
-        id: artistModel
-        property bool isLoading: false
-    }
-    // Stands in for one artist's albums and songs; not shown in these tests.
-    QtObject {
-        id: noDetail
-        property string artistName: ""
-        property bool isLoading: false
-        property string selectedAlbum: ""
-        property ListModel albums: ListModel {}
-        property ListModel tracks: ListModel {}
-    }
-
     ArtistsView {
         id: artistsView
         anchors.fill: parent
-        artists: artistModel
-        detail: noDetail
+        artists: Fixtures.artists()
+        // One artist's albums and songs; not shown in these tests.
+        detail: Fixtures.detail()
+        showingDetail: false
+        playingTrackId: ""
+        playing: false
     }
 
     HomeView {
         id: home
         anchors.fill: parent
         visible: false
+        recentArtists: []
+        allArtists: []
     }
 
     TestCase {
@@ -67,9 +58,14 @@ Item {
             return texts
         }
 
+        // Groups that many songs by each artist, as the grid does.
+        function showArtists(artists) {
+            artistsView.artists = Fixtures.artists()
+            Fixtures.load(artistsView.artists, artists)
+            tryCompare(artistsView.artists, "isLoading", false)
+        }
+
         function init() {
-            artistModel.clear()
-            artistModel.isLoading = false
             root.width = 1000
         }
 
@@ -82,8 +78,7 @@ Item {
             ]
         }
         function test_countsOnTheGrid(data) {
-            for (const [name, trackCount] of data.artists)
-                artistModel.append({ name: name, trackCount: trackCount })
+            showArtists(data.artists)
             compare(find(artistsView, "artistCount").text, data.count)
             compare(find(artistsView, "noArtists").visible, data.empty)
             compare(find(artistsView, "artistGrid").visible, !data.empty)
@@ -94,8 +89,8 @@ Item {
         }
 
         function test_loadingShowsNeitherCountNorCards() {
-            artistModel.append({ name: "Ada", trackCount: 3 })
-            artistModel.isLoading = true
+            showArtists([["Ada", 3]])
+            Fixtures.load(artistsView.artists, [["Bo", 1]])
             compare(find(artistsView, "artistCount").text, "")
             verify(!find(artistsView, "artistGrid").visible)
             verify(!find(artistsView, "noArtists").visible)
@@ -106,7 +101,7 @@ Item {
             return [820, 900, 1060, 1300, 1600, 2200].map(w => ({ tag: "" + w, width: w }))
         }
         function test_columnsAdapt(data) {
-            artistModel.append({ name: "Ada", trackCount: 3 })
+            showArtists([["Ada", 3]])
             root.width = data.width - 220 // the sidebar takes the rest
             const grid = find(artistsView, "artistGrid")
             verify(grid.columnWidth >= 180 && grid.columnWidth <= 240, "card width " + grid.columnWidth)

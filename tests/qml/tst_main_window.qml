@@ -51,7 +51,7 @@ TestCase {
         tryCompare(dialog, "visible", true)
         dialog.reject()
         tryCompare(dialog, "visible", false)
-        compare(AppState.trackCount, 0)
+        compare(AppState.library.trackCount, 0)
     }
 
     function test_themeFollowsTheMainState() {
@@ -62,28 +62,29 @@ TestCase {
     }
 
     function test_aClickInTheContentClosesPopups() {
-        AppState.searchActive = true
-        AppState.searchText = "abc"
-        AppState.toggleThemePicker()
-        verify(AppState.showThemePicker)
+        const navigation = AppState.navigation
+        navigation.searchActive = true
+        navigation.searchText = "abc"
+        navigation.toggleThemePicker()
+        verify(navigation.showThemePicker)
         // The test set-up stored a finished onboarding, so no welcome screen
         // covers the content.
-        verify(AppState.didCompleteOnboarding)
+        verify(AppState.preferences.didCompleteOnboarding)
         mouseClick(window.contentItem, 500, 400)
-        verify(!AppState.showThemePicker)
-        verify(!AppState.searchActive)
-        compare(AppState.searchText, "")
+        verify(!navigation.showThemePicker)
+        verify(!navigation.searchActive)
+        compare(navigation.searchText, "")
     }
 
     function test_aClickOnThePopupKeepsItOpen() {
-        AppState.toggleThemePicker()
+        AppState.navigation.toggleThemePicker()
         const popup = findChild(window.contentItem, "themePopup")
         tryCompare(popup, "opacity", 1)
         mouseClick(popup, 30, 12) // the header
-        verify(AppState.showThemePicker)
+        verify(AppState.navigation.showThemePicker)
         mouseClick(findChild(popup, "themeRow0"))
-        verify(!AppState.showThemePicker)
-        compare(AppState.selectedTheme, "sunrise")
+        verify(!AppState.navigation.showThemePicker)
+        compare(AppState.preferences.selectedTheme, "sunrise")
         AppState.selectTheme(1)
     }
 
@@ -92,12 +93,12 @@ TestCase {
         const sidebar = findChild(window.contentItem, "clickable")
         verify(sidebar !== null)
         waitForRendering(window.contentItem)
-        AppState.toggleThemePicker()
-        verify(AppState.showThemePicker)
+        AppState.navigation.toggleThemePicker()
+        verify(AppState.navigation.showThemePicker)
         // Below the popup, which hangs near the top.
         mouseClick(sidebar, 100, 500)
         compare(sidebar.clicks, 1)
-        verify(!AppState.showThemePicker)
+        verify(!AppState.navigation.showThemePicker)
         window.sidebar = null
     }
 }

@@ -1,14 +1,98 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 #include "artwork/ArtworkImageProvider.h"
+#include "browse/ArtistDetail.h"
+#include "browse/ArtistListModel.h"
+#include "browse/SongListModel.h"
 
 #include <QCoreApplication>
+#include <QHash>
+#include <QMutex>
 #include <QQmlEngine>
 #include <QQmlEngineExtensionPlugin>
 #include <QSettings>
 #include <QtQuickTest>
 
+#include <memory>
+
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
+
+// The models the screens take, filled from the tests: songs and artists of
+// files that don't exist, whose tags the tests give (import TarnwellTest).
+class Fixtures : public QObject
+{
+    Q_OBJECT
+
+public:
+    using QObject::QObject;
+
+    // [{trackId, path}] in that order; no file is read.
+    Q_INVOKABLE SongListModel *songs(const QVariantList &rows)
+    {
+        auto *model = kept(new SongListModel([](const QString &) { return FileTags{}; }, this));
+        QList<Track> tracks;
+        for (const QVariant &row : rows) {
+            const QVariantMap map = row.toMap();
+            Track track;
+            track.id = QUuid(map.value(QStringLiteral("trackId")).toString());
+            track.url = QUrl::fromLocalFile(map.value(QStringLiteral("path")).toString());
+            tracks.append(track);
+        }
+        model->setTracks(tracks);
+        return model;
+    }
+
+    // An artists grid whose songs' tags come from load().
+    Q_INVOKABLE ArtistListModel *artists() { return kept(new ArtistListModel(reader(), this)); }
+    // Groups [[name, songs], ...]: that many songs by each artist. The model
+    // is loading until the next turn of the event loop.
+    Q_INVOKABLE void load(ArtistListModel *model, const QVariantList &artists)
+    {
+        QList<Track> tracks;
+        for (const QVariant &artist : artists) {
+            const QVariantList pair = artist.toList();
+            for (int i = 0; i < pair.value(1).toInt(); ++i) {
+                const Track track = Track::create(
+                    QUrl::fromLocalFile(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
+                TrackMetadata meta;
+                meta.artist = pair.value(0).toString();
+                QMutexLocker lock(&m_tags->mutex);
+                m_tags->byPath.insert(track.path(), meta);
+                tracks.append(track);
+            }
+        }
+        model->load(tracks);
+    }
+    Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
+
+private:
+    template<typename T>
+    static T *kept(T *object)
+    {
+        QQmlEngine::setObjectOwnership(object, QQmlEngine::CppOwnership);
+        return object;
+    }
+
+    struct Tags
+    {
+        QMutex mutex;
+        QHash<QString, TrackMetadata> byPath;
+        qsizetype size()
+        {
+            QMutexLocker lock(&mutex);
+            return byPath.size();
+        }
+    };
+    MetadataReader reader() const
+    {
+        return [tags = m_tags](const QString &path) {
+            QMutexLocker lock(&tags->mutex);
+            return tags->byPath.value(path);
+        };
+    }
+
+    std::shared_ptr<Tags> m_tags = std::make_shared<Tags>();
+};
 
 class Setup : public QObject
 {
@@ -22,6 +106,8 @@ public Q_SLOTS:
         QSettings settings;
         settings.clear();
         settings.setValue(QStringLiteral("didCompleteOnboarding"), true);
+        qmlRegisterSingletonType<Fixtures>("TarnwellTest", 1, 0, "Fixtures",
+                                           [](QQmlEngine *engine, QJSEngine *) { return new Fixtures(engine); });
     }
 
     // Each test file gets its own engine, main state and picture provider.

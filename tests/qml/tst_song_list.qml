@@ -2,18 +2,12 @@
 import QtQuick
 import QtTest
 import Tarnwell
+import TarnwellTest
 
 Item {
     id: root
     width: 900
     height: 560
-
-    ListModel {
-        id: songs
-        ListElement { trackId: "11111111-1111-1111-1111-111111111111"; name: "First"; path: "/nowhere/First.flac" }
-        ListElement { trackId: "22222222-2222-2222-2222-222222222222"; name: "Second"; path: "/nowhere/Second.flac" }
-        ListElement { trackId: "33333333-3333-3333-3333-333333333333"; name: "Third"; path: "/nowhere/Third.flac" }
-    }
 
     Row {
         anchors.fill: parent
@@ -22,6 +16,9 @@ Item {
             width: 220
             height: parent.height
             playlists: [{ id: "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA", name: "Road", count: 0 }]
+            screen: Navigation.Songs
+            selectedPlaylistID: ""
+            draggingTrackId: ""
         }
         SongListView {
             id: list
@@ -29,7 +26,13 @@ Item {
             height: parent.height
             title: "All Songs"
             isPlaylist: false
-            model: songs
+            playingTrackId: ""
+            playing: false
+            model: Fixtures.songs([
+                { trackId: "11111111-1111-1111-1111-111111111111", path: "/nowhere/First.flac" },
+                { trackId: "22222222-2222-2222-2222-222222222222", path: "/nowhere/Second.flac" },
+                { trackId: "33333333-3333-3333-3333-333333333333", path: "/nowhere/Third.flac" },
+            ])
         }
     }
 

@@ -3,6 +3,7 @@
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QStringList>
 #include <QTimer>
 
 #include <chrono>
@@ -10,8 +11,9 @@
 class AppState;
 class QQuickWindow;
 
-// Measurements for bench/, switched on by TARNWELL_BENCH (otherwise it does
-// nothing):
+// The measurements of tarnwell-probe, the program with a probe inside for
+// bench/ (and for the test that kills a batch save half-way). The mode is the
+// first argument:
 //   first-frame   prints the time from start to the first frame, then quits
 //   import-stall  prints the longest time the GUI thread did not run its event
 //                 loop while the command-line folders were imported and the
@@ -35,7 +37,10 @@ public:
     using Clock = std::chrono::steady_clock::time_point;
     static Clock now() { return std::chrono::steady_clock::now(); }
 
-    BenchProbe(Clock start, QQuickWindow *window, AppState *state);
+    static const QStringList modes;
+
+    // Parented to the main state, so it goes when the program ends.
+    BenchProbe(const QString &mode, Clock start, QQuickWindow *window, AppState *state);
 
 private:
     void tick();

@@ -2,7 +2,6 @@
 #include "BenchProbe.h"
 
 #include "AppState.h"
-#include "UntaggedSongs.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -16,14 +15,16 @@
 #include <cstdio>
 #include <utility>
 
-BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
-    : m_start(start)
-{
-    const QByteArray mode = qgetenv("TARNWELL_BENCH");
-    if (mode.isEmpty() || !window)
-        return;
+const QStringList BenchProbe::modes{QStringLiteral("first-frame"), QStringLiteral("import-stall"),
+                                    QStringLiteral("tag-batch"), QStringLiteral("scroll")};
 
-    if (mode == "first-frame") {
+BenchProbe::BenchProbe(const QString &mode, Clock start, QQuickWindow *window, AppState *state)
+    : QObject(state)
+    , m_start(start)
+{
+    Library *library = state->library();
+    ArtworkPrefetch *prefetch = &state->artworkPrefetch();
+    if (mode == u"first-frame") {
         connect(window, &QQuickWindow::frameSwapped, this, [this] {
             if (std::exchange(m_reported, true))
                 return;
@@ -36,44 +37,42 @@ BenchProbe::BenchProbe(Clock start, QQuickWindow *window, AppState *state)
         return;
     }
 
-    if (mode == "import-stall") {
+    if (mode == u"import-stall") {
         // A 2 ms heartbeat: any longer gap between two beats is time the GUI
         // thread spent on something else.
         m_heartbeat.setTimerType(Qt::PreciseTimer);
         m_heartbeat.setInterval(2);
         connect(&m_heartbeat, &QTimer::timeout, this, &BenchProbe::tick);
-        connect(state, &AppState::importingChanged, this, [this, state] {
-            if (state->isImporting() && !m_heartbeat.isActive()) {
+        connect(library, &Library::importingChanged, this, [this, library] {
+            if (library->isImporting() && !m_heartbeat.isActive()) {
                 m_sinceTick.start();
                 m_heartbeat.start();
             }
         });
         // The import is done when its prefetch plan is made; the measure goes
         // on for a second more, while the work it started settles.
-        connect(state, &AppState::prefetchPlanned, this, [this, state] {
-            if (!state->isImporting())
+        connect(prefetch, &ArtworkPrefetch::planned, this, [this, library] {
+            if (!library->isImporting())
                 QTimer::singleShot(1000, this, &BenchProbe::finishStallMeasure);
         });
         return;
     }
-    if (mode == "tag-batch") {
+    if (mode == u"tag-batch") {
         m_heartbeat.setTimerType(Qt::PreciseTimer);
         m_heartbeat.setInterval(2);
         connect(&m_heartbeat, &QTimer::timeout, this, &BenchProbe::tick);
-        connect(state, &AppState::prefetchPlanned, this, [this, state] {
-            if (!state->isImporting() && !std::exchange(m_reported, true))
+        connect(prefetch, &ArtworkPrefetch::planned, this, [this, library, state] {
+            if (!library->isImporting() && !std::exchange(m_reported, true))
                 startTagBatch(state);
         });
         return;
     }
-    if (mode == "scroll") {
-        connect(state, &AppState::prefetchPlanned, this, [this, window, state] {
-            if (!state->isImporting() && !std::exchange(m_reported, true))
+    if (mode == u"scroll") {
+        connect(prefetch, &ArtworkPrefetch::planned, this, [this, window, library, state] {
+            if (!library->isImporting() && !std::exchange(m_reported, true))
                 startScroll(window, state);
         });
-        return;
     }
-    std::fprintf(stderr, "TARNWELL_BENCH: unknown mode %s\n", mode.constData());
 }
 
 void BenchProbe::startTagBatch(AppState *state)
@@ -106,7 +105,7 @@ void BenchProbe::startTagBatch(AppState *state)
         std::fflush(stdout);
         QCoreApplication::exit(0);
     });
-    state->showUntaggedSongs();
+    state->navigation()->showUntaggedSongs();
 }
 
 namespace {
@@ -186,7 +185,7 @@ void BenchProbe::startScroll(QQuickWindow *window, AppState *state)
             : QRandomGenerator::global()->bounded(end);
         list->setProperty("contentY", next);
     });
-    state->showAllSongs();
+    state->navigation()->showAllSongs();
     window->requestUpdate();
 }
 

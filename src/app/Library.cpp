@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "Library.h"
+
+#include "LibraryImport.h"
+#include "library/FolderMonitor.h"
+#include "model/Log.h"
+
+#include <QtConcurrent>
+
+Library::Library(FolderMonitor &monitor, QObject *parent)
+    : QObject(parent)
+    , m_monitor(monitor)
+{
+    connect(&m_monitor, &FolderMonitor::discoveredURLsChanged, this,
+            [this] { addDiscoveredFiles(m_monitor.discoveredURLs()); });
+}
+
+std::optional<Track> Library::find(const QUuid &id) const
+{
+    const auto it = m_trackPositions.constFind(id);
+    return it == m_trackPositions.cend() ? std::nullopt : std::optional<Track>(m_tracks.at(*it));
+}
+
+void Library::append(QList<Track> tracks)
+{
+    if (tracks.isEmpty())
+        return;
+    const auto first = int(m_tracks.size());
+    const qsizetype total = m_tracks.size() + tracks.size();
+    m_tracks.reserve(total);
+    m_trackPositions.reserve(total);
+    m_trackUrls.reserve(total);
+    ++m_trackUrlsGeneration;
+    for (Track &track : tracks) {
+        m_trackPositions.insert(track.id, m_tracks.size());
+        m_trackUrls.insert(track.url);
+        m_tracks.append(std::move(track));
+    }
+    Q_EMIT tracksAppended(first, int(tracks.size()));
+    Q_EMIT tracksChanged();
+}
+
+void Library::importFolder(const QUrl &folder)
+{
+    if (!folder.isLocalFile()) {
+        qCWarning(lcApp) << "not a local folder, not imported:" << folder;
+        return;
+    }
+    m_importQueue.append(folder);
+    startNextImport();
+}
+
+void Library::importFolders(const QList<QUrl> &folders)
+{
+    for (const QUrl &folder : folders)
+        importFolder(folder);
+}
+
+void Library::startNextImport()
+{
+    if (m_importRunning || m_importQueue.isEmpty())
+        return;
+    const QUrl folder = m_importQueue.takeFirst();
+    m_importRunning = true;
+    Q_EMIT importingChanged();
+    // A large folder takes a while to list, and ten thousand new songs take a
+    // while to sort out and name: the window stays responsive meanwhile.
+    const quint64 knownGeneration = m_trackUrlsGeneration;
+    QtConcurrent::run([folder, known = m_trackUrls] {
+        ScannedFolder scanned;
+        scanned.found = scanFolder(folder);
+        const QList<QUrl> fresh = import::freshFiles(scanned.found, known);
+        scanned.fresh.reserve(fresh.size());
+        for (const QUrl &url : fresh)
+            scanned.fresh.append(Track::create(url));
+        return scanned;
+    }).then(this, [this, folder, knownGeneration](ScannedFolder scanned) {
+        // Songs the folder monitor added meanwhile are not added twice.
+        if (knownGeneration != m_trackUrlsGeneration)
+            scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
+        finishImport(folder, scanned.found.size(), std::move(scanned.fresh));
+    });
+}
+
+void Library::finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh)
+{
+    const auto added = fresh.size();
+    append(std::move(fresh));
+    m_monitor.watch(folder, m_trackUrls);
+    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found << " audio files, " << added
+                            << " new";
+    m_importRunning = false;
+    Q_EMIT folderImported(folder, int(added));
+    if (m_importQueue.isEmpty())
+        Q_EMIT importingChanged();
+    else
+        startNextImport();
+}
+
+void Library::addDiscoveredFiles(const QList<QUrl> &urls)
+{
+    if (urls.isEmpty())
+        return;
+    const QList<QUrl> fresh = import::freshFiles(urls, m_trackUrls);
+    const auto first = int(m_tracks.size());
+    QList<Track> songs;
+    songs.reserve(fresh.size());
+    for (const QUrl &url : fresh)
+        songs.append(Track::create(url));
+    append(std::move(songs));
+    if (!fresh.isEmpty())
+        m_monitor.setKnownURLs(m_trackUrls);
+    m_monitor.clearDiscoveredURLs();
+    if (!fresh.isEmpty())
+        Q_EMIT filesDiscovered(first, int(fresh.size()));
+}

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "Library.h"
+#include "model/Track.h"
+#include "model/TrackMetadata.h"
+
+#include <QObject>
+#include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
+
+#include <optional>
+
+class Banner;
+
+// The tag editor for one song (a row's pencil).
+//
+//   open(song) ─ tags read on the pool ─► open, with the tags as they are
+//   save(title, artist, album) ─ written on the pool ─► closed; "Tags saved"
+//                                                       and saved() when written
+//
+// Only the latest open() opens the editor: a close meanwhile keeps it closed.
+class TagEditorSession : public QObject
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("owned by the main state")
+    Q_PROPERTY(bool isOpen READ isOpen NOTIFY changed)
+    Q_PROPERTY(QString trackId READ trackId NOTIFY changed)
+    Q_PROPERTY(QString fileName READ fileName NOTIFY changed)
+    // The tags read for the song: {title, artist, album, genre}, absent tags left out.
+    Q_PROPERTY(QVariantMap meta READ meta NOTIFY changed)
+
+public:
+    // How long "Tags saved" stays, in milliseconds.
+    static constexpr int savedMessageMs = 2500;
+
+    TagEditorSession(Banner &banner, SongLookup lookup, QObject *parent = nullptr);
+
+    bool isOpen() const { return m_track.has_value(); }
+    QString trackId() const;
+    QString fileName() const;
+    QVariantMap meta() const;
+
+    Q_INVOKABLE void open(const QString &trackId);
+    void open(const Track &track);
+    Q_INVOKABLE void close();
+    // Writes the three tags into the open song's file; an empty field removes
+    // its tag.
+    Q_INVOKABLE void save(const QString &title, const QString &artist, const QString &album);
+
+Q_SIGNALS:
+    void changed();
+    // A song's file was written.
+    void saved();
+
+private:
+    void set(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);
+
+    Banner &m_banner;
+    SongLookup m_lookup;
+    std::optional<Track> m_track;
+    std::optional<TrackMetadata> m_meta;
+    quint64 m_request = 0;
+};
