@@ -4,6 +4,7 @@
 #include <QDir>
 
 #include <cerrno>
+#include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -182,6 +183,16 @@ bool isFile(const QString &path)
 {
     struct stat st;
     return ::stat(toBytes(path).constData(), &st) == 0 && S_ISREG(st.st_mode);
+}
+
+QString canonical(const QString &path)
+{
+    char *resolved = ::realpath(toBytes(path).constData(), nullptr);
+    if (!resolved)
+        return {};
+    QString out = fromBytes(resolved);
+    ::free(resolved);
+    return out;
 }
 
 QString absolute(const QString &pathOrUrl)

@@ -55,6 +55,9 @@ QByteArray bytesOf(const QUrl &url);
 // QFileInfo::isFile would say for a name it could encode.
 bool isFile(const QString &path);
 
+// The path with every symbolic link resolved, or empty when it names nothing.
+QString canonical(const QString &path);
+
 // An absolute, cleaned path: a relative one is taken from the current folder;
 // a file URL ("file:///...") is taken as its path.
 QString absolute(const QString &pathOrUrl);

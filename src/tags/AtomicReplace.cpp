@@ -10,7 +10,6 @@
 #include <QRegularExpression>
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -126,9 +125,8 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
 AtomicReplace::AtomicReplace(const QString &target)
 {
     // Through a symbolic link the file it points at is replaced, not the link.
-    char *canonical = ::realpath(localpath::toBytes(target).constData(), nullptr);
-    m_target = canonical ? localpath::fromBytes(canonical) : localpath::absolute(target);
-    ::free(canonical);
+    const QString canonical = localpath::canonical(target);
+    m_target = canonical.isEmpty() ? localpath::absolute(target) : canonical;
 }
 
 AtomicReplace::~AtomicReplace()
