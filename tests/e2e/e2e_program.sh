@@ -68,7 +68,7 @@ song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit
 song "The Quiet Hours/Low Orbit" "02 Static Bloom" "The Quiet Hours" "Low Orbit" "Static Bloom"
 song "$loose" "Demo take"
 # The names the song list shows, in its order.
-mapfile -t names < <("$cli" scan "$library" | sed 's|.*/||; s|\.[^.]*$||')
+mapfile -t names < <("$cli" scan "$library" | LC_ALL=C sed 's|.*/||; s|\.[^.]*$||')
 [ ${#names[@]} -eq 5 ] || fail "the library should list 5 songs, not ${#names[@]}"
 
 step=0
