@@ -5,6 +5,7 @@
 #include "ArtworkLoader.h"
 #include "ArtworkSource.h"
 #include "Coro.h"
+#include "model/LocalPath.h"
 
 #include <QMutex>
 #include <QQuickImageResponse>
@@ -89,7 +90,7 @@ QCoro::Task<std::optional<QImage>> find(ArtworkLoader *loader, artworksource::Re
 {
     switch (request.kind) {
     case artworksource::Request::Track: {
-        const QUrl file = QUrl::fromLocalFile(request.path);
+        const QUrl file = localpath::fileUrl(request.path);
         std::optional<QImage> own = co_await loader->trackArtwork(file);
         if (own || !request.album)
             co_return own;

@@ -6,6 +6,7 @@
 #include "ImageCodec.h"
 #include "LocalArtwork.h"
 #include "OnlineArtwork.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 #include "tags/TagReader.h"
@@ -182,7 +183,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
     if (!file.isLocalFile())
         co_return std::nullopt;
 
-    const QString path = file.toLocalFile();
+    const QString path = localpath::pathOf(file);
     auto job = QtConcurrent::run([path, memo = m_decodeMemo]() -> std::optional<QImage> {
         // The folder's picture wins over the one inside the file.
         if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath(), memo.get()))
@@ -249,7 +250,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::op
 
 QCoro::Task<std::pair<QString, QString>> ArtworkLoader::albumNames(QUrl file)
 {
-    const QString path = file.toLocalFile();
+    const QString path = localpath::pathOf(file);
     auto job = QtConcurrent::run([path] { return readMetadata(path); });
     const TrackMetadata tags = co_await whenDone(this, job);
     // A song without artist or album tag is looked up with its title (or its

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FolderMonitor.h"
 
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QFile>
 #include <QFutureWatcher>
 #include <QPointer>
 #include <QtConcurrent>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 FolderMonitor::FolderMonitor(QObject *parent)
     : QObject(parent)
@@ -16,6 +20,12 @@ FolderMonitor::FolderMonitor(QObject *parent)
     connect(&m_timer, &QTimer::timeout, this, &FolderMonitor::rescan);
     connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FolderMonitor::onChange);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderMonitor::onChange);
+}
+
+FolderMonitor::~FolderMonitor()
+{
+    for (const int fd : std::as_const(m_folderDescriptors))
+        ::close(fd);
 }
 
 void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
@@ -32,7 +42,7 @@ void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
             armWatcher(watcher->result().folders);
         Q_EMIT watching();
     });
-    watcher->setFuture(QtConcurrent::run(scanTree, folder.toLocalFile()));
+    watcher->setFuture(QtConcurrent::run(scanTree, localpath::pathOf(folder)));
 }
 
 void FolderMonitor::unwatch(const QUrl &folder)
@@ -52,7 +62,7 @@ void FolderMonitor::unwatch(const QUrl &folder)
 bool FolderMonitor::isWatched(const QString &path) const
 {
     return std::any_of(m_watchedFolders.cbegin(), m_watchedFolders.cend(),
-                       [&path](const QUrl &folder) { return isInside(path, folder.toLocalFile()); });
+                       [&path](const QUrl &folder) { return isInside(path, localpath::pathOf(folder)); });
 }
 
 void FolderMonitor::onChange()
@@ -72,7 +82,7 @@ void FolderMonitor::rescan()
     m_scanning = true;
     QStringList roots;
     for (const QUrl &f : std::as_const(m_watchedFolders))
-        roots.append(f.toLocalFile());
+        roots.append(localpath::pathOf(f));
 
     auto *watcher = new QFutureWatcher<QList<FolderTree>>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
@@ -95,7 +105,7 @@ void FolderMonitor::finishRescan(const QList<FolderTree> &trees)
     for (const FolderTree &tree : trees) {
         folders += tree.folders;
         for (const QString &path : tree.audioFiles) {
-            QUrl url = QUrl::fromLocalFile(path);
+            QUrl url = localpath::fileUrl(path);
             if (!m_knownURLs.contains(url) && isWatched(path))
                 found.append(std::move(url));
         }
@@ -126,9 +136,16 @@ void FolderMonitor::armWatcher(const QStringList &folders)
     const QStringList current = m_watcher.directories();
     const QSet<QString> watching(current.begin(), current.end());
     QStringList toAdd;
+    QHash<QString, QString> folderOf; // watch path → folder
     for (const QString &f : folders) {
-        if (!watching.contains(f) && !m_unwatchable.contains(f))
-            toAdd.append(f);
+        if (m_unwatchable.contains(f))
+            continue;
+        // Empty when the folder is gone already.
+        const QString path = watchPathOf(f, watching);
+        if (!path.isEmpty() && !watching.contains(path)) {
+            toAdd.append(path);
+            folderOf.insert(path, f);
+        }
     }
     if (toAdd.isEmpty())
         return;
@@ -136,8 +153,14 @@ void FolderMonitor::armWatcher(const QStringList &folders)
     QStringList failed = m_watcher.addPaths(toAdd.mid(0, room));
     failed += toAdd.mid(room);
     // Not retried: each failure costs a system call and a line on stderr.
-    for (const QString &f : failed)
-        m_unwatchable.insert(f);
+    for (const QString &path : failed) {
+        const QString folder = folderOf.value(path);
+        m_unwatchable.insert(folder);
+        if (const auto fd = m_folderDescriptors.constFind(folder); fd != m_folderDescriptors.cend()) {
+            ::close(*fd);
+            m_folderDescriptors.erase(fd);
+        }
+    }
     if (!failed.isEmpty() && !m_warnedLimit) {
         m_warnedLimit = true;
         qCWarning(lcLibrary).nospace()
@@ -145,4 +168,24 @@ void FolderMonitor::armWatcher(const QStringList &folders)
             << "raise fs.inotify.max_user_watches). Songs added there appear at the "
             << "next import or when a change elsewhere triggers a rescan.";
     }
+}
+
+QString FolderMonitor::watchPathOf(const QString &folder, const QSet<QString> &watching)
+{
+    if (!localpath::hasRawBytes(folder))
+        return folder;
+    const auto known = m_folderDescriptors.constFind(folder);
+    if (known != m_folderDescriptors.cend()) {
+        const QString path = QStringLiteral("/proc/self/fd/%1").arg(*known);
+        if (watching.contains(path))
+            return path;
+        // The watch ended with the folder it was on; the name may be a new one.
+        ::close(*known);
+        m_folderDescriptors.erase(known);
+    }
+    const int fd = ::open(localpath::toBytes(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    m_folderDescriptors.insert(folder, fd);
+    return QStringLiteral("/proc/self/fd/%1").arg(fd);
 }

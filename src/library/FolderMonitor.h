@@ -15,6 +15,7 @@
 #include "FolderScan.h"
 
 #include <QFileSystemWatcher>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -27,6 +28,7 @@ class FolderMonitor : public QObject
 
 public:
     explicit FolderMonitor(QObject *parent = nullptr);
+    ~FolderMonitor() override;
 
     // Replaces knownURLs and starts watching the folder unless it is watched already.
     void watch(const QUrl &folder, const QSet<QUrl> &knownURLs);
@@ -72,6 +74,7 @@ private:
     void finishRescan(const QList<FolderTree> &trees);
     void armWatcher(const QStringList &folders);
     bool isWatched(const QString &path) const;
+    QString watchPathOf(const QString &folder, const QSet<QString> &watching);
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;
@@ -81,6 +84,10 @@ private:
     bool m_scanning = false;
     bool m_rescanAgain = false;
     QSet<QString> m_unwatchable;
+    // QFileSystemWatcher re-encodes names, which misses folders whose names
+    // are not UTF-8; those are watched as /proc/self/fd/N of a descriptor kept
+    // open for each (inotify follows the link to the folder itself).
+    QHash<QString, int> m_folderDescriptors;
     int m_watchBudget = defaultWatchBudget();
     bool m_warnedLimit = false;
 };

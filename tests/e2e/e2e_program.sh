@@ -59,13 +59,18 @@ song() { # folder file [artist album title]
     metaflac --set-tag="ARTIST=$3" --set-tag="ALBUM=$4" --set-tag="TITLE=$5" "$library/$1/$2.flac"
   fi
 }
-song "Nadia Lund/Harbour Songs" "01 Morning Light" "Nadia Lund" "Harbour Songs" "Morning Light"
-song "Nadia Lund/Harbour Songs" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
+# The first album's folder and the loose song's are named in Latin-1, not UTF-8,
+# as on disks filled by older systems: the song clicked first and the one tagged
+# in the window are found by their exact names.
+harbour=$'Nadia Lund/Harbour S\xf6ngs'
+loose=$'Lo\xf6se'
+song "$harbour" "01 Morning Light" "Nadia Lund" "Harbour Songs" "Morning Light"
+song "$harbour" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
 song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit" "Northern Line"
 song "The Quiet Hours/Low Orbit" "02 Static Bloom" "The Quiet Hours" "Low Orbit" "Static Bloom"
-song "Loose" "Demo take"
+song "$loose" "Demo take"
 # The names the song list shows, in its order.
-mapfile -t names < <("$cli" scan "$library" | sed 's|.*/||; s|\.[^.]*$||')
+mapfile -t names < <("$cli" scan "$library" | LC_ALL=C sed 's|.*/||; s|\.[^.]*$||')
 [ ${#names[@]} -eq 5 ] || fail "the library should list 5 songs, not ${#names[@]}"
 
 step=0
@@ -261,7 +266,7 @@ xdotool type --delay 30 "Sketches"
 shot "editing"
 click 666 468 # "Save"
 wait_for_log "untagged: saved 1 files, 0 songs left" || fail "the tags were not saved, or the song stayed in the list"
-demo="$library/Loose/Demo take.flac"
+demo="$library/$loose/Demo take.flac"
 for tag in TITLE=Demo "ARTIST=Nadia Lund" ALBUM=Sketches; do
   metaflac --show-tag="${tag%%=*}" "$demo" | grep -qx "$tag" || fail "$demo lacks $tag"
 done

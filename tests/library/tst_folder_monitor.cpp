@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "library/FolderMonitor.h"
+#include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -7,6 +8,9 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 using testsupport::writeFile;
 
@@ -19,7 +23,7 @@ QSet<QUrl> urlSet(const QStringList &paths)
 {
     QSet<QUrl> set;
     for (const QString &p : paths)
-        set.insert(QUrl::fromLocalFile(p));
+        set.insert(localpath::fileUrl(p));
     return set;
 }
 
@@ -27,7 +31,7 @@ QStringList paths(const QList<QUrl> &urls)
 {
     QStringList out;
     for (const QUrl &u : urls)
-        out.append(u.toLocalFile());
+        out.append(localpath::pathOf(u));
     return out;
 }
 
@@ -51,9 +55,12 @@ class TestFolderMonitor : public QObject
 private Q_SLOTS:
     void init()
     {
-        QDir(root()).removeRecursively();
+        // rm, not QDir: some names here are not UTF-8.
+        testsupport::run(QStringLiteral("rm"), { QStringLiteral("-rf"), root() });
         QDir().mkpath(root());
     }
+
+    void cleanupTestCase() { testsupport::run(QStringLiteral("rm"), { QStringLiteral("-rf"), root() }); }
 
     void reportsFilesCopiedIntoNestedFolders()
     {
@@ -65,9 +72,11 @@ private Q_SLOTS:
 
         const QString z = writeFile(root(), QStringLiteral("a/b/z.flac"), "x");
         const QString y = writeFile(root(), QStringLiteral("a/y.mp3"), "x");
+        const QString latin1 = writeFile(root(), localpath::fromBytes("a/b/caf\xe9.flac"), "x");
         writeFile(root(), QStringLiteral("a/b/cover.jpg"), "x");
         QVERIFY(discovered.wait(patience));
-        QCOMPARE(paths(monitor.discoveredURLs()), (QStringList{y, z}));
+        QCOMPARE(paths(monitor.discoveredURLs()), (QStringList{latin1, y, z}));
+        QCOMPARE(monitor.discoveredURLs().first().toEncoded(), "file://" + root().toUtf8() + "/a/b/caf%E9.flac");
     }
 
     void watchesFoldersCreatedLater()
@@ -77,11 +86,14 @@ private Q_SLOTS:
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
         QSignalSpy discovered(&monitor, &FolderMonitor::discoveredURLsChanged);
 
-        QVERIFY(QDir(root()).mkpath(QStringLiteral("new/deeper")));
+        // The deeper one's name is Latin-1, not UTF-8.
+        const QByteArray deeper = QFile::encodeName(root()) + "/new/d\xe9eper";
+        QVERIFY(::mkdir(deeper.first(deeper.lastIndexOf('/')).constData(), 0755) == 0);
+        QVERIFY(::mkdir(deeper.constData(), 0755) == 0);
         QVERIFY(rescanned.wait(patience)); // the new folders join the watch here
         QCOMPARE(discovered.size(), 0);
 
-        const QString song = writeFile(root(), QStringLiteral("new/deeper/song.m4a"), "x");
+        const QString song = writeFile(root(), localpath::fromBytes("new/d\xe9eper/song.m4a"), "x");
         QVERIFY(discovered.wait(patience));
         QCOMPARE(paths(monitor.discoveredURLs()), QStringList{song});
     }

@@ -6,7 +6,9 @@
 #include <QString>
 #include <QStringList>
 
-// Helpers shared by the tests: files on disk and external tools.
+// Helpers shared by the tests: files on disk and external tools. Paths are
+// path strings (model/LocalPath.h), so they may name files whose names are not
+// UTF-8, for the tests and for the tools they run.
 namespace testsupport {
 
 // Writes bytes to dir/relativePath, creating folders; returns the absolute path.
