@@ -19,7 +19,7 @@ struct Triplet
 };
 
 // Indexed by Role. Two-way colours repeat one value for two themes.
-constexpr std::array<Triplet, 17> table = {{
+constexpr std::array<Triplet, 18> table = {{
     {"#fcf0da", "#1c1c1e", "#ffffff"}, // WindowBackground
     {"#f5e8cc", "#2c2c2e", "#f8f8f8"}, // PanelBackground
     {"#f2d3ab", "#2c2c2e", "#f2f2f7"}, // RaisedBackground
@@ -37,6 +37,7 @@ constexpr std::array<Triplet, 17> table = {{
     {"#c0a88c", "#8e8e93", "#8e8e93"}, // TransportSymbol
     {"#666666", "#636366", "#c7c7cc"}, // SelectedAlbumOutline
     {"#00000010", "#00000040", "#00000008"}, // AlbumHoverShade (alpha first)
+    {"#9a3d00", "#e3f794", "#0062cc"}, // FocusRing
 }};
 
 bool isLetterOrDigit(QChar c)

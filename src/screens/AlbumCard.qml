@@ -39,7 +39,7 @@ Item {
             radius: parent.radius
             color: Theme.albumHoverShade
             opacity: card.hovered ? 1 : 0
-            Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
             Rectangle {
                 anchors.centerIn: parent
                 width: 40

@@ -48,6 +48,11 @@ Item {
             TapHandler { onTapped: screen.backClicked() }
             Accessible.role: Accessible.Button
             Accessible.name: "All Artists"
+            Accessible.onPressAction: screen.backClicked()
+            activeFocusOnTab: true
+            Keys.onReturnPressed: screen.backClicked()
+            Keys.onEnterPressed: screen.backClicked()
+            FocusRing {}
         }
         Text {
             objectName: "artistTitle"
@@ -68,7 +73,22 @@ Item {
             color: Theme.primaryText
         }
         ListView {
+            id: albums
             objectName: "albumRow"
+            Accessible.role: Accessible.List
+            Accessible.name: "Albums"
+            // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+            // the current item, which stays in view; Enter opens or plays it.
+            activeFocusOnTab: true
+            keyNavigationEnabled: true
+            highlightMoveVelocity: -1
+            highlightMoveDuration: 0
+            highlightResizeDuration: 0
+            highlight: FocusRing { fillsParent: false; active: albums.activeFocus }
+            Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(albums, event.key)
+            Keys.onReturnPressed: if (albums.currentItem) albums.currentItem.clicked()
+            Keys.onEnterPressed: if (albums.currentItem) albums.currentItem.clicked()
+            onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
             visible: !screen.detail.isLoading && screen.detail.albums.count > 0
             width: parent.width
             height: 184
@@ -79,6 +99,7 @@ Item {
             model: screen.detail.albums
             delegate: AlbumCard {
                 required property string name
+                focus: ListView.isCurrentItem
                 required property int trackCount
                 required property bool isSelected
                 albumName: name
@@ -109,6 +130,11 @@ Item {
                 TapHandler { onTapped: screen.showAllClicked() }
                 Accessible.role: Accessible.Button
                 Accessible.name: text
+                Accessible.onPressAction: screen.showAllClicked()
+                activeFocusOnTab: true
+                Keys.onReturnPressed: screen.showAllClicked()
+                Keys.onEnterPressed: screen.showAllClicked()
+                FocusRing {}
             }
         }
     }
@@ -122,6 +148,20 @@ Item {
     ListView {
         id: songs
         objectName: "artistSongs"
+        Accessible.role: Accessible.List
+        Accessible.name: "Songs"
+        // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+        // the current item, which stays in view; Enter opens or plays it.
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        highlightMoveVelocity: -1
+        highlightMoveDuration: 0
+        highlightResizeDuration: 0
+        highlight: FocusRing { fillsParent: false; active: songs.activeFocus }
+        Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(songs, event.key)
+        Keys.onReturnPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
+        Keys.onEnterPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
+        onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 14
         anchors.rightMargin: 14
@@ -140,6 +180,8 @@ Item {
         }
         delegate: TrackRow {
             required property int index
+            // The current row takes the focus of the view, so a screen reader follows it.
+            focus: ListView.isCurrentItem
             width: ListView.view.width - scrollBar.width
             number: index + 1
             fallbackArtist: screen.detail.artistName

@@ -70,6 +70,19 @@ Item {
         GridView {
             id: cards
             objectName: "artistGrid"
+            Accessible.role: Accessible.List
+            Accessible.name: "Artists"
+            // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+            // the current item, which stays in view; Enter opens or plays it.
+            activeFocusOnTab: true
+            keyNavigationEnabled: true
+            highlightMoveDuration: 0
+            highlight: FocusRing { fillsParent: false; active: cards.activeFocus }
+            Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(cards, event.key)
+            Keys.onReturnPressed: if (cards.currentItem) cards.currentItem.clicked()
+            Keys.onEnterPressed: if (cards.currentItem) cards.currentItem.clicked()
+            onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, GridView.Contain)
+            focus: true
             anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
             anchors.topMargin: 8
             visible: !screen.artists.isLoading && screen.artists.count > 0
@@ -89,6 +102,7 @@ Item {
             model: screen.artists
             delegate: ArtistCard {
                 required property string name
+                focus: GridView.isCurrentItem
                 required property int trackCount
                 width: cards.columnWidth
                 height: cards.columnWidth + 62

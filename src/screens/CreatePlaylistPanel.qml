@@ -48,6 +48,7 @@ Rectangle {
             objectName: "playlistNameField"
             width: parent.width
             placeholderText: "Playlist name"
+            Accessible.name: "Playlist name"
             font.pixelSize: 16
             color: Theme.primaryText
             placeholderTextColor: Theme.secondaryText

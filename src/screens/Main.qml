@@ -50,6 +50,45 @@ ApplicationWindow {
         folderDialog.open()
     }
 
+    // The commands that have a key, from the shortcuts below and the app menu.
+    function runCommand(command) {
+        switch (command) {
+        case "import": window.importFolder(); break
+        case "newPlaylist": AppState.playlists.showingCreate = true; break
+        case "search":
+            if (window.searchBarItem && window.searchBarItem.visible) {
+                AppState.navigation.searchActive = true
+                window.searchBarItem.focusField()
+            }
+            break
+        case "home": AppState.navigation.goHome(); window.focusScreen(); break
+        case "artists": AppState.navigation.showAllArtists(); window.focusScreen(); break
+        case "songs": AppState.navigation.showAllSongs(); window.focusScreen(); break
+        case "untagged": AppState.navigation.showUntaggedSongs(); window.focusScreen(); break
+        case "shuffle": AppState.nowPlaying.toggleShuffle(); break
+        case "shortcuts": shortcutsDialog.open(); break
+        case "edit": {
+            // The song that is the current row of the focused list.
+            const item = window.activeFocusItem
+            const id = !item ? "" : item.trackId || (item.currentItem && item.currentItem.trackId) || ""
+            if (id === "")
+                break
+            if (AppState.navigation.screen === Navigation.Untagged)
+                AppState.untagged.editOne(id)
+            else
+                AppState.tagEditor.open(id)
+            break
+        }
+        case "escape":
+            AppState.navigation.dismissPopups()
+            break
+        }
+    }
+    // The list of the screen just shown takes the keyboard.
+    function focusScreen() {
+        mainArea.forceActiveFocus(Qt.ShortcutFocusReason)
+    }
+
     function checkForUpdates() {
         AppState.updateChecker.check()
         updateDialog.open()
@@ -115,6 +154,7 @@ ApplicationWindow {
                 }
                 Loader {
                     id: mainArea
+                    focus: true
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                     sourceComponent: {
@@ -167,6 +207,8 @@ ApplicationWindow {
             onPauseRequested: AppState.nowPlaying.togglePlayPause()
             onEditRequested: (trackId) => AppState.tagEditor.open(trackId)
             onDragStarted: (trackId) => AppState.playlists.beginDrag(trackId)
+            playlists: AppState.playlists.entries
+            onAddToPlaylistRequested: (trackId, playlistId) => AppState.playlists.drop(trackId, playlistId)
         }
     }
     Component {
@@ -177,6 +219,8 @@ ApplicationWindow {
             isActive: AppState.navigation.searchActive
             onTextEdited: (text) => AppState.navigation.searchText = text
             onActiveChangeRequested: (active) => AppState.navigation.searchActive = active
+            onMoveRequested: (step) => searchDropdown.move(step)
+            onAcceptRequested: searchDropdown.activate()
             Component.onCompleted: window.searchBarItem = this
         }
     }
@@ -272,7 +316,7 @@ ApplicationWindow {
         anchors.fill: parent
         visible: opacity > 0
         opacity: open ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         Rectangle {
             anchors.fill: parent
             color: "#000000"
@@ -312,7 +356,7 @@ ApplicationWindow {
         anchors.fill: parent
         visible: opacity > 0
         opacity: AppState.playlists.showingCreate ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         Rectangle {
             anchors.fill: parent
             color: "#000000"
@@ -352,8 +396,8 @@ ApplicationWindow {
         opacity: shown ? 1 : 0
         scale: shown ? 1 : 0.97
         transformOrigin: Item.TopLeft
-        Behavior on opacity { NumberAnimation { duration: 150 } }
-        Behavior on scale { NumberAnimation { duration: 150 } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150) } }
+        Behavior on scale { NumberAnimation { duration: Theme.duration(150) } }
         onPlayRequested: (trackId) => AppState.playFromSearch(trackId)
         onAlbumRequested: (artist, album) => AppState.navigation.openAlbum(artist, album)
         onArtistRequested: (name) => AppState.navigation.openArtist(name)
@@ -387,7 +431,7 @@ ApplicationWindow {
         active: !AppState.preferences.didCompleteOnboarding || opacity > 0
         visible: opacity > 0
         opacity: AppState.preferences.didCompleteOnboarding ? 0 : 1
-        Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.InOutQuad } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(700); easing.type: Easing.InOutQuad } }
         sourceComponent: OnboardingOverlay {
             objectName: "onboardingOverlay"
             bgImageURL: ProgramInfo.onboardingImageUrl
@@ -411,6 +455,12 @@ ApplicationWindow {
         onVolumeLevellingToggled: AppState.nowPlaying.player.volumeLevelling = !volumeLevelling
         onCheckForUpdatesTriggered: window.checkForUpdates()
         onQuitTriggered: Qt.quit()
+        onCommandTriggered: (command) => window.runCommand(command)
+    }
+
+    ShortcutsDialog {
+        id: shortcutsDialog
+        objectName: "shortcutsDialog"
     }
 
     AboutDialog {
@@ -434,6 +484,24 @@ ApplicationWindow {
     Shortcut {
         sequences: [StandardKey.Quit]
         onActivated: Qt.quit()
+    }
+    // The keys of the app menu's commands (the playback keys are
+    // AppState's key filter's). Ctrl+? is Ctrl+Shift+/ on most layouts.
+    Shortcut { sequences: ["Ctrl+F", "/"]; onActivated: window.runCommand("search") }
+    Shortcut { sequence: "Ctrl+O"; onActivated: window.runCommand("import") }
+    Shortcut { sequence: "Ctrl+N"; enabled: AppState.preferences.didCompleteOnboarding; onActivated: window.runCommand("newPlaylist") }
+    Shortcut { sequence: "Ctrl+1"; onActivated: window.runCommand("home") }
+    Shortcut { sequence: "Ctrl+2"; onActivated: window.runCommand("artists") }
+    Shortcut { sequence: "Ctrl+3"; onActivated: window.runCommand("songs") }
+    Shortcut { sequence: "Ctrl+4"; onActivated: window.runCommand("untagged") }
+    Shortcut { sequence: "Ctrl+E"; onActivated: window.runCommand("edit") }
+    Shortcut { sequences: ["Ctrl+?", "Ctrl+Shift+?", "Ctrl+Shift+/"]; onActivated: window.runCommand("shortcuts") }
+    // The panels close themselves (the editor asks before losing changes).
+    Shortcut {
+        sequence: "Escape"
+        enabled: !editorLayer.open && !AppState.playlists.showingCreate
+                 && (AppState.navigation.searchActive || AppState.navigation.showThemePicker)
+        onActivated: window.runCommand("escape")
     }
 
     // Desktops with a global menu bar show the same commands there.

@@ -16,6 +16,9 @@ Item {
     height: 100
     Accessible.role: Accessible.Button
     Accessible.name: name
+    activeFocusOnTab: true
+    Keys.onReturnPressed: card.clicked()
+    Keys.onEnterPressed: card.clicked()
 
     ArtistPicture {
         id: picture
@@ -40,4 +43,5 @@ Item {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

@@ -104,6 +104,11 @@ Rectangle {
                     TapHandler { onTapped: sidebar.createClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: "New Playlist"
+                    Accessible.onPressAction: sidebar.createClicked()
+                    activeFocusOnTab: true
+                    Keys.onReturnPressed: sidebar.createClicked()
+                    Keys.onEnterPressed: sidebar.createClicked()
+                    FocusRing {}
                 }
             }
 

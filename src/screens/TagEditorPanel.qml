@@ -49,6 +49,9 @@ Rectangle {
                 panel.attemptClose()
         }
     }
+    // Enter in a field saves, as the Save button does.
+    Keys.onReturnPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
+    Keys.onEnterPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
     Component.onCompleted: titleField.forceActiveFocus()
 
     // Clicks on the panel stay on the panel.
@@ -91,6 +94,7 @@ Rectangle {
                 MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: panel.attemptClose() }
                 Accessible.role: Accessible.Button
                 Accessible.name: "Close"
+                Accessible.onPressAction: panel.attemptClose()
             }
         }
         Text {

@@ -3,7 +3,10 @@
 
 #include <QTest>
 
+#include <cmath>
+
 Q_DECLARE_METATYPE(AppTheme)
+Q_DECLARE_METATYPE(palette::Role)
 
 class TestPalette : public QObject
 {
@@ -84,6 +87,36 @@ private Q_SLOTS:
             names.append(palette::displayName(t));
         }
         QCOMPARE(names, (QStringList{"Sunrise", "Noir", "Light"}));
+    }
+
+    // The focus ring stands out at least 3:1 (WCAG's contrast for parts of
+    // controls) from everything it is drawn on, in every theme.
+    void focusRingStandsOut_data()
+    {
+        QTest::addColumn<AppTheme>("theme");
+        QTest::addColumn<palette::Role>("background");
+        const std::pair<const char *, palette::Role> backgrounds[] = {
+            {"window", palette::Role::WindowBackground}, {"panel", palette::Role::PanelBackground},
+            {"raised", palette::Role::RaisedBackground}, {"bar", palette::Role::BarBackground},
+            {"hovered row", palette::Role::SubtleFill}};
+        for (AppTheme theme : palette::allThemes()) {
+            for (const auto &[name, role] : backgrounds)
+                QTest::addRow("%s on %s", qPrintable(palette::rawValue(theme)), name) << theme << role;
+        }
+    }
+
+    void focusRingStandsOut()
+    {
+        QFETCH(AppTheme, theme);
+        QFETCH(palette::Role, background);
+        const auto luminance = [](const QColor &c) {
+            const auto channel = [](double v) { return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4); };
+            return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) + 0.0722 * channel(c.blueF());
+        };
+        const double a = luminance(palette::color(palette::Role::FocusRing, theme));
+        const double b = luminance(palette::color(background, theme));
+        const double ratio = (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
+        QVERIFY2(ratio >= 3.0, qPrintable(QString::number(ratio, 'f', 2)));
     }
 
     void hoverShadeOfLightThemeIsInvisible()
