@@ -72,8 +72,9 @@ bool KeyboardFocus::navigate(QObject *view, int key)
     }
     if (count > 0 && to != current) {
         item->setProperty("currentIndex", to);
-        // ListView.Contain and GridView.Contain are both 3.
-        QMetaObject::invokeMethod(item, "positionViewAtIndex", Q_ARG(int, to), Q_ARG(int, 3));
+        // ListView.Contain and GridView.Contain (QQuickItemView::Contain).
+        constexpr int contain = 4;
+        QMetaObject::invokeMethod(item, "positionViewAtIndex", Q_ARG(int, to), Q_ARG(int, contain));
     }
     return true;
 }

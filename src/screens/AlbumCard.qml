@@ -78,4 +78,5 @@ Item {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

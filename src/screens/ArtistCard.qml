@@ -54,4 +54,5 @@ Rectangle {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

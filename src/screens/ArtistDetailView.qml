@@ -78,13 +78,10 @@ Item {
             Accessible.role: Accessible.List
             Accessible.name: "Albums"
             // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
-            // the current item, which stays in view; Enter opens or plays it.
+            // the current item, which takes the focus (and the ring) and stays in
+            // view; Enter opens or plays it.
             activeFocusOnTab: true
             keyNavigationEnabled: true
-            highlightMoveVelocity: -1
-            highlightMoveDuration: 0
-            highlightResizeDuration: 0
-            highlight: FocusRing { fillsParent: false; active: albums.activeFocus }
             Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(albums, event.key)
             Keys.onReturnPressed: if (albums.currentItem) albums.currentItem.clicked()
             Keys.onEnterPressed: if (albums.currentItem) albums.currentItem.clicked()
@@ -151,13 +148,10 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: "Songs"
         // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
-        // the current item, which stays in view; Enter opens or plays it.
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
         activeFocusOnTab: true
         keyNavigationEnabled: true
-        highlightMoveVelocity: -1
-        highlightMoveDuration: 0
-        highlightResizeDuration: 0
-        highlight: FocusRing { fillsParent: false; active: songs.activeFocus }
         Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(songs, event.key)
         Keys.onReturnPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
         Keys.onEnterPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)

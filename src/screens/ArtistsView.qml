@@ -73,11 +73,10 @@ Item {
             Accessible.role: Accessible.List
             Accessible.name: "Artists"
             // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
-            // the current item, which stays in view; Enter opens or plays it.
+            // the current item, which takes the focus (and the ring) and stays in
+            // view; Enter opens or plays it.
             activeFocusOnTab: true
             keyNavigationEnabled: true
-            highlightMoveDuration: 0
-            highlight: FocusRing { fillsParent: false; active: cards.activeFocus }
             Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(cards, event.key)
             Keys.onReturnPressed: if (cards.currentItem) cards.currentItem.clicked()
             Keys.onEnterPressed: if (cards.currentItem) cards.currentItem.clicked()

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The ring around what has the keyboard focus, drawn only while the keyboard
-// is in use (never after a click). A child of the control, or a list's
-// highlight, which then follows the current item.
+// is in use (never after a click). A child of the control (a list's rows
+// take the focus of their list as it moves).
 pragma ComponentBehavior: Bound
 import QtQuick
 import Tarnwell
@@ -11,10 +11,8 @@ Rectangle {
 
     // What the ring belongs to has the focus.
     property bool active: parent ? parent.activeFocus : false
-    // A list's highlight is placed by the list instead.
-    property bool fillsParent: true
 
-    anchors.fill: fillsParent ? parent : undefined
+    anchors.fill: parent
     anchors.margins: -2
     z: 100
     radius: 6

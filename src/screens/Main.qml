@@ -113,6 +113,10 @@ ApplicationWindow {
     ColumnLayout {
         anchors.fill: parent
         spacing: 0
+        // Tab stays in the welcome, the tag editor or the new-playlist panel
+        // while one is up; the list has the keys again once it closes.
+        enabled: AppState.preferences.didCompleteOnboarding && !editorLayer.open && !AppState.playlists.showingCreate
+        onEnabledChanged: if (enabled) window.focusScreen()
 
         TopBar {
             id: topBar

@@ -34,8 +34,6 @@ ShellDialog {
     ]
 
     width: 520
-    Accessible.role: Accessible.Dialog
-    Accessible.name: "Keyboard Shortcuts"
 
     Text {
         objectName: "shortcutsHeading"

@@ -110,24 +110,21 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: screen.title
         // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
-        // the current item, which stays in view; Enter opens or plays it.
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
         activeFocusOnTab: true
         keyNavigationEnabled: true
-        highlightMoveVelocity: -1
-        highlightMoveDuration: 0
-        highlightResizeDuration: 0
-        highlight: FocusRing { fillsParent: false; active: list.activeFocus }
-        Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(list, event.key)
+        Keys.onPressed: (event) => {
+            // The Menu key (or Shift+F10) offers the playlists for the current song.
+            if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier)))
+                event.accepted = addMenu.openFor(list.currentItem)
+            else
+                event.accepted = KeyboardFocus.navigate(list, event.key)
+        }
         Keys.onReturnPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
         Keys.onEnterPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
         onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
         focus: true
-        // The Menu key (or Shift+F10) offers the playlists for the current song.
-        Keys.onMenuPressed: addMenu.openFor(list.currentItem)
-        Keys.onReleased: (event) => {
-            if (event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier)
-                addMenu.openFor(list.currentItem)
-        }
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 14
         anchors.rightMargin: 14
@@ -171,9 +168,10 @@ Item {
         property string trackId: ""
         function openFor(row) {
             if (!row || screen.playlists.length === 0)
-                return
+                return false
             trackId = row.trackId
             popup(row, 40, row.height)
+            return true
         }
         Instantiator {
             model: screen.playlists

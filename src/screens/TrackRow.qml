@@ -235,4 +235,5 @@ Item {
             }
         }
     }
+    FocusRing { anchors.margins: 1 }
 }

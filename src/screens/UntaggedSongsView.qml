@@ -117,13 +117,10 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: "Untagged Songs"
         // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
-        // the current item, which stays in view; Enter opens or plays it.
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
         activeFocusOnTab: true
         keyNavigationEnabled: true
-        highlightMoveVelocity: -1
-        highlightMoveDuration: 0
-        highlightResizeDuration: 0
-        highlight: FocusRing { fillsParent: false; active: list.activeFocus }
         Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(list, event.key)
         Keys.onReturnPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
         Keys.onEnterPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
@@ -159,6 +156,7 @@ Item {
             Behavior on color { ColorAnimation { duration: Theme.duration(100); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
 
             HoverHandler { id: rowHover }
+            FocusRing { anchors.margins: 1 }
             MouseArea {
                 id: rowArea
                 anchors.fill: parent

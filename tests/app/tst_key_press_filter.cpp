@@ -20,7 +20,17 @@ class TestKeyPressFilter : public QObject
     bool m_consume = false;
     std::unique_ptr<KeyPressFilter> m_filter;
 
-    QQuickItem *item(const char *name) { return m_window->findChild<QQuickItem *>(QLatin1String(name)); }
+    // Through the items rather than the objects: a list's rows have no parent object.
+    QQuickItem *item(const char *name, QQuickItem *from = nullptr)
+    {
+        for (QQuickItem *child : (from ? from : m_window->contentItem())->childItems()) {
+            if (child->objectName() == QLatin1String(name))
+                return child;
+            if (QQuickItem *found = item(name, child))
+                return found;
+        }
+        return nullptr;
+    }
 
 private Q_SLOTS:
     void initTestCase()

@@ -72,8 +72,8 @@ song "Nadia Lund/Harbour Songs" "01 Morning Light" "Nadia Lund" "Harbour Songs" 
 song "Nadia Lund/Harbour Songs" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
 song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit" "Northern Line"
 song "Loose" "Demo take"
-# The song list's order.
-names=("01 Morning Light" "02 Glass River" "Demo take" "01 Northern Line")
+# The names the song list shows, in its order.
+mapfile -t names < <("$(dirname "$app")/tarnwell-cli" scan "$library" | sed 's|.*/||; s|\.[^.]*$||')
 
 # ---- The first run: Ctrl+O opens the chooser; its button is the one click ---
 launch
