@@ -21,6 +21,15 @@ Item {
     signal editRequested(string trackId)
     signal dragStarted(string trackId)
 
+    // The albums take the keys, or the songs when the artist has no albums;
+    // while the page loads, the first of them to show.
+    property bool wantsKeys: false
+    function focusList() {
+        wantsKeys = !albums.visible && !songs.visible
+        if (!wantsKeys)
+            (albums.visible ? albums : songs).forceActiveFocus()
+    }
+
     Column {
         id: header
         x: 28
@@ -86,6 +95,9 @@ Item {
             Keys.onReturnPressed: if (albums.currentItem) albums.currentItem.clicked()
             Keys.onEnterPressed: if (albums.currentItem) albums.currentItem.clicked()
             onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+            // A model filled after a reset still has a current row.
+            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+            onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
             visible: !screen.detail.isLoading && screen.detail.albums.count > 0
             width: parent.width
             height: 184
@@ -156,6 +168,9 @@ Item {
         Keys.onReturnPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
         Keys.onEnterPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
         onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+        onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 14
         anchors.rightMargin: 14

@@ -81,7 +81,11 @@ Item {
             Keys.onReturnPressed: if (cards.currentItem) cards.currentItem.clicked()
             Keys.onEnterPressed: if (cards.currentItem) cards.currentItem.clicked()
             onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, GridView.Contain)
+            // A model filled after a reset still has a current row.
+            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
             focus: true
+            // Shown once loaded, it takes the keys its screen was given meanwhile.
+            onVisibleChanged: if (visible && screen.parent && screen.parent.activeFocus) forceActiveFocus()
             anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
             anchors.topMargin: 8
             visible: !screen.artists.isLoading && screen.artists.count > 0
@@ -113,8 +117,14 @@ Item {
     }
 
     ArtistDetailView {
+        id: detailView
         anchors.fill: parent
         visible: screen.showingDetail
+        // The keys follow into an artist's page and back out of it.
+        onVisibleChanged: {
+            if (screen.parent && screen.parent.activeFocus)
+                visible ? focusList() : cards.forceActiveFocus()
+        }
         detail: screen.detail
         playingTrackId: screen.playingTrackId
         playing: screen.playing

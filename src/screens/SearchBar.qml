@@ -39,7 +39,7 @@ Rectangle {
     Accessible.role: Accessible.EditableText
     Accessible.name: "Search"
     // Closed, the bar is a button that Tab reaches.
-    activeFocusOnTab: !isActive
+    activeFocusOnTab: !isActive || activeFocus
     Keys.onReturnPressed: { bar.activeChangeRequested(true); bar.focusField() }
     Keys.onEnterPressed: { bar.activeChangeRequested(true); bar.focusField() }
 

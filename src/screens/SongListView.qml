@@ -124,6 +124,8 @@ Item {
         Keys.onReturnPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
         Keys.onEnterPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
         onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
         focus: true
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 14

@@ -125,10 +125,14 @@ Item {
         Keys.onReturnPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
         Keys.onEnterPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
         onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
         focus: true
         // Space ticks the current row's check box.
         readonly property bool takesSpace: true
         Keys.onSpacePressed: if (list.currentItem) screen.selectionToggled(list.currentItem.trackId)
+        // Shown once loaded, it takes the keys its screen was given meanwhile.
+        onVisibleChanged: if (visible && screen.parent && screen.parent.activeFocus) forceActiveFocus()
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 8
         anchors.rightMargin: 8
