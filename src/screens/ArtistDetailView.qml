@@ -179,7 +179,7 @@ Item {
         clip: true
         interactive: false
         model: screen.detail.tracks
-        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
         WheelHandler {
             onWheel: (event) => {
                 const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54

@@ -91,7 +91,7 @@ Item {
             visible: !screen.artists.isLoading && screen.artists.count > 0
             clip: true
             boundsBehavior: Flickable.StopAtBounds
-            ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+            ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Artists" }
             leftMargin: 24
             topMargin: 24
             bottomMargin: 24

@@ -490,7 +490,8 @@ ApplicationWindow {
         onActivated: Qt.quit()
     }
     // The keys of the app menu's commands (the playback keys are
-    // AppState's key filter's). Ctrl+? is Ctrl+Shift+/ on most layouts.
+    // AppState's key filter's). Ctrl+? comes with Shift on most layouts; a
+    // sequence spelled "Ctrl+Shift+/" would stop the whole Shortcut.
     Shortcut { sequences: ["Ctrl+F", "/"]; onActivated: window.runCommand("search") }
     Shortcut { sequence: "Ctrl+O"; onActivated: window.runCommand("import") }
     Shortcut { sequence: "Ctrl+N"; enabled: AppState.preferences.didCompleteOnboarding; onActivated: window.runCommand("newPlaylist") }
@@ -499,7 +500,7 @@ ApplicationWindow {
     Shortcut { sequence: "Ctrl+3"; onActivated: window.runCommand("songs") }
     Shortcut { sequence: "Ctrl+4"; onActivated: window.runCommand("untagged") }
     Shortcut { sequence: "Ctrl+E"; onActivated: window.runCommand("edit") }
-    Shortcut { sequences: ["Ctrl+?", "Ctrl+Shift+?", "Ctrl+Shift+/"]; onActivated: window.runCommand("shortcuts") }
+    Shortcut { sequences: ["Ctrl+?", "Ctrl+Shift+?"]; onActivated: window.runCommand("shortcuts") }
     // The panels close themselves (the editor asks before losing changes).
     Shortcut {
         sequence: "Escape"

@@ -25,7 +25,7 @@ ShellDialog {
             ["Ctrl+E", "Edit the tags of the chosen song"] ] },
         { title: "Moving around", keys: [
             ["Tab  /  Shift+Tab", "Next or previous control"],
-            ["↑ ↓ ← →, Home, End, Page Up, Page Down", "Move in a list or grid"],
+            ["Arrows, Home, End, Page Up/Down", "Move in a list or grid"],
             ["Enter", "Play, open or press"],
             ["Space", "Tick a song in Untagged Songs"],
             ["Escape", "Close what is open"],
@@ -34,6 +34,8 @@ ShellDialog {
     ]
 
     width: 520
+    // Escape closes it and Tab stays inside.
+    focus: true
 
     Text {
         objectName: "shortcutsHeading"
@@ -72,6 +74,7 @@ ShellDialog {
                     Text {
                         width: line.width * 0.45
                         text: line.modelData[0]
+                        wrapMode: Text.WordWrap
                         color: Theme.brand
                         font.family: Theme.uiFont
                         font.pixelSize: 13

@@ -139,7 +139,7 @@ Item {
         // wheel and the scroll bar rather than by dragging.
         interactive: false
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
 
         WheelHandler {
             onWheel: (event) => {

@@ -141,7 +141,7 @@ Item {
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         model: screen.untagged
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Untagged Songs" }
         delegate: Rectangle {
             id: row
             required property int index
@@ -156,6 +156,8 @@ Item {
             focus: ListView.isCurrentItem
             Accessible.role: Accessible.ListItem
             Accessible.name: row.name + ", " + row.missing
+            Accessible.checkable: true
+            Accessible.checked: row.isSelected
             color: hovered ? Theme.subtleFill : "transparent"
             Behavior on color { ColorAnimation { duration: Theme.duration(100); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
 
