@@ -2,7 +2,12 @@
 # Keyboard use: the focus ring on a song, an artist card and a button in each
 # theme, and the Keyboard Shortcuts window.
 # Sourced by scripts/screenshots.sh (start, stop, shot, $window).
-keys() { for k in "$@"; do xdotool key --window "$window" "$k"; sleep 0.2; done; sleep 0.3; }
+# Keys go to the focused window, which the screenshots' start leaves unset.
+keys() {
+  xdotool windowfocus --sync "$window" 2> /dev/null || true
+  for k in "$@"; do xdotool key --window "$window" "$k"; sleep 0.2; done
+  sleep 0.3
+}
 for theme in noir sunrise light; do
   start "$theme" true "$library"
   keys ctrl+3 Down Down

@@ -38,6 +38,13 @@ bool KeyboardFocus::navigate(QObject *view, int key)
     auto *item = qobject_cast<QQuickItem *>(view);
     if (!item)
         return false;
+    // The list is a focus scope whose current row holds the focus: going back
+    // from the row would land on the list and so on the row again.
+    if (key == Qt::Key_Backtab) {
+        if (QQuickItem *previous = item->nextItemInFocusChain(false))
+            previous->forceActiveFocus(Qt::BacktabFocusReason);
+        return true;
+    }
     const int count = item->property("count").toInt();
     const int current = item->property("currentIndex").toInt();
     // A page: the rows (times the columns of a grid) that fit in the view.

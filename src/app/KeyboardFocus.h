@@ -21,7 +21,8 @@ public:
 
     // Home, End, Page Up and Page Down in a ListView or GridView: moves its
     // current item (a page is what fits in the view) and scrolls it into
-    // view. True when the key was one of them.
+    // view; Shift+Tab leaves the view for the control before it. True when
+    // the key was one of them.
     Q_INVOKABLE static bool navigate(QObject *view, int key);
 
 Q_SIGNALS:

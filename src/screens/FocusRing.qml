@@ -13,9 +13,11 @@ Rectangle {
     property bool active: parent ? parent.activeFocus : false
 
     anchors.fill: parent
-    anchors.margins: -2
+    // A gap of the background between the control and the ring keeps the
+    // ring apart from a fill of the same colour.
+    anchors.margins: -4
     z: 100
-    radius: 6
+    radius: 8
     color: "transparent"
     border.width: 2
     border.color: Theme.focusRing

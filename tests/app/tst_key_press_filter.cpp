@@ -193,6 +193,20 @@ private Q_SLOTS:
         QVERIFY2(shown.top() >= 0 && shown.bottom() <= v->height(), qPrintable(QString::number(shown.top())));
     }
 
+    // Shift+Tab from a list's current row leaves the list, which would give
+    // the focus straight back to the row.
+    void backTabLeavesAList()
+    {
+        QQuickItem *list = item("list");
+        list->setProperty("activeFocusOnTab", true);
+        item("plain")->setProperty("activeFocusOnTab", true);
+        item("row")->setFocus(true);
+        list->forceActiveFocus();
+        QVERIFY(item("row")->hasActiveFocus());
+        QVERIFY(KeyboardFocus::navigate(list, Qt::Key_Backtab));
+        QVERIFY(!list->hasActiveFocus());
+    }
+
     // The ring shows from a key press until the next click.
     void focusRingFollowsTheInput()
     {
