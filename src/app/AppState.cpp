@@ -3,6 +3,7 @@
 
 #include "ArtworkSources.h"
 #include "LibraryImport.h"
+#include "Theme.h"
 #include "artwork/AlbumPictures.h"
 
 #include <QtConcurrent>
@@ -23,6 +24,8 @@ AppState::AppState(QObject *parent)
 AppState::AppState(const QString &playlistFile, QObject *parent)
     : QObject(parent)
     , m_playlistStore(playlistFile)
+    // With reduced motion the picture behind the window changes at once.
+    , m_background(nullptr, Theme::duration(2000), Theme::duration(2100))
     , m_controller(m_player, [this] { return m_queue.tracks(); })
     , m_mpris(m_player, m_controller)
     , m_library(m_folderMonitor)

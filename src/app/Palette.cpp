@@ -22,7 +22,7 @@ struct Triplet
 // 4.5:1 and symbols 3:1 against every surface it is drawn on: sunrise's brand,
 // accent and transport symbols, noir's secondary text and the light theme's blue
 // and grey symbols are the lightest (or darkest) shades of their hue that do.
-constexpr std::array<Triplet, 17> table = {{
+constexpr std::array<Triplet, 18> table = {{
     {"#fcf0da", "#1c1c1e", "#ffffff"}, // WindowBackground
     {"#f5e8cc", "#2c2c2e", "#f8f8f8"}, // PanelBackground
     {"#f2d3ab", "#2c2c2e", "#f2f2f7"}, // RaisedBackground
@@ -40,6 +40,7 @@ constexpr std::array<Triplet, 17> table = {{
     {"#937451", "#8e8e93", "#838389"}, // TransportSymbol
     {"#666666", "#67676a", "#94949e"}, // SelectedAlbumOutline
     {"#00000010", "#00000040", "#00000008"}, // AlbumHoverShade (alpha first)
+    {"#9a3d00", "#e3f794", "#0062cc"}, // FocusRing
 }};
 
 bool isLetterOrDigit(QChar c)

@@ -21,6 +21,18 @@ Item {
     signal editRequested(string trackId)
     signal dragStarted(string trackId)
 
+    // The albums take the keys, or the songs when the artist has no albums;
+    // while the page loads, the first of them to show. The album row lives in
+    // the song list's header, so it registers itself here.
+    property bool wantsKeys: false
+    property ListView albumList: null
+    function focusList() {
+        const albumsShown = albumList !== null && albumList.visible
+        wantsKeys = !albumsShown && !songs.visible
+        if (!wantsKeys)
+            (albumsShown ? albumList : songs).forceActiveFocus()
+    }
+
     BusyIndicator {
         anchors.centerIn: parent
         running: screen.detail.isLoading
@@ -38,6 +50,20 @@ Item {
         clip: true
         interactive: false
         model: screen.detail.isLoading ? null : screen.detail.tracks
+        Accessible.role: Accessible.List
+        Accessible.name: "Songs"
+        // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(songs, event.key)
+        Keys.onReturnPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
+        Keys.onEnterPressed: if (songs.currentItem) screen.playRequested(songs.currentItem.trackId)
+        onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+        onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
         header: Item {
             width: songs.width - scrollBar.width
             height: header.height
@@ -69,6 +95,11 @@ Item {
                     TapHandler { onTapped: screen.backClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: "All Artists"
+                    Accessible.onPressAction: screen.backClicked()
+                    activeFocusOnTab: true
+                    Keys.onReturnPressed: screen.backClicked()
+                    Keys.onEnterPressed: screen.backClicked()
+                    FocusRing {}
                 }
                 Text {
                     objectName: "artistTitle"
@@ -89,7 +120,23 @@ Item {
                     color: Theme.primaryText
                 }
                 ListView {
+                    id: albums
                     objectName: "albumRow"
+                    Component.onCompleted: screen.albumList = albums
+                    Accessible.role: Accessible.List
+                    Accessible.name: "Albums"
+                    // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+                    // the current item, which takes the focus (and the ring) and stays in
+                    // view; Enter opens or plays it.
+                    activeFocusOnTab: true
+                    keyNavigationEnabled: true
+                    Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(albums, event.key)
+                    Keys.onReturnPressed: if (albums.currentItem) albums.currentItem.clicked()
+                    Keys.onEnterPressed: if (albums.currentItem) albums.currentItem.clicked()
+                    onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+                    // A model filled after a reset still has a current row.
+                    onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+                    onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
                     visible: !screen.detail.isLoading && screen.detail.albums.count > 0
                     width: parent.width
                     height: 184
@@ -106,6 +153,7 @@ Item {
                         artistName: screen.detail.artistName
                         songCount: trackCount
                         isSelected: isSelected
+                        focus: ListView.isCurrentItem
                         onClicked: screen.albumSelected(name)
                     }
                 }
@@ -130,11 +178,16 @@ Item {
                         TapHandler { onTapped: screen.showAllClicked() }
                         Accessible.role: Accessible.Button
                         Accessible.name: text
+                        Accessible.onPressAction: screen.showAllClicked()
+                        activeFocusOnTab: true
+                        Keys.onReturnPressed: screen.showAllClicked()
+                        Keys.onEnterPressed: screen.showAllClicked()
+                        FocusRing {}
                     }
                 }
             }
         }
-        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
         WheelHandler {
             onWheel: (event) => {
                 const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
@@ -146,6 +199,8 @@ Item {
             required property int index
             width: ListView.view.width - scrollBar.width
             number: index + 1
+            // The current row takes the focus of the view, so a screen reader follows it.
+            focus: ListView.isCurrentItem
             fallbackArtist: screen.detail.artistName
             isActive: trackId === screen.playingTrackId
             isPlaying: isActive && screen.playing

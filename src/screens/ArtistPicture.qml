@@ -44,6 +44,6 @@ Rectangle {
         fillMode: Image.PreserveAspectCrop
         sourceSize: Qt.size(frame.width * 2, frame.height * 2)
         opacity: frame.hasPicture ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: frame.fadeDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(frame.fadeDuration); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
     }
 }

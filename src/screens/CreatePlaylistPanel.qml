@@ -55,6 +55,7 @@ Rectangle {
             objectName: "playlistNameField"
             width: parent.width
             placeholderText: "Playlist name"
+            Accessible.name: "Playlist name"
             font.pixelSize: 16
             color: Theme.primaryText
             placeholderTextColor: Theme.secondaryText

@@ -20,7 +20,7 @@ Item {
         contentHeight: column.implicitHeight + 40
         clip: true
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Home" }
 
         Column {
             id: column

@@ -17,6 +17,9 @@ Item {
     height: 120
     Accessible.role: Accessible.Button
     Accessible.name: name
+    activeFocusOnTab: true
+    Keys.onReturnPressed: card.clicked()
+    Keys.onEnterPressed: card.clicked()
 
     ArtistPicture {
         id: picture
@@ -44,4 +47,5 @@ Item {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

@@ -14,6 +14,28 @@ Rectangle {
     property string query: ""
     readonly property bool showsNoResults: !hasResults && query.trim() !== ""
 
+    // The result chosen with ↓ and ↑ from the search field, counted through
+    // artists, albums and songs; -1 for none.
+    property int current: -1
+    readonly property int count: results.artists.length + results.albums.length + results.tracks.length
+    onResultsChanged: current = -1
+
+    function move(step) {
+        if (count > 0)
+            current = Math.max(0, Math.min(count - 1, current + step))
+    }
+    // Enter: the chosen result, or the first when none is.
+    function activate() {
+        const at = Math.max(0, current)
+        const artists = results.artists, albums = results.albums, tracks = results.tracks
+        if (at < artists.length)
+            artistRequested(artists[at].name)
+        else if (at < artists.length + albums.length)
+            albumRequested(albums[at - artists.length].artist, albums[at - artists.length].displayName)
+        else if (at < count)
+            playRequested(tracks[at - artists.length - albums.length].trackId)
+    }
+
     signal playRequested(string trackId)
     signal albumRequested(string artist, string album)
     signal artistRequested(string name)
@@ -59,7 +81,9 @@ Rectangle {
                 model: dropdown.results.artists
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === index
                     title: modelData.name
                     subtitle: SongFormat.songCount(modelData.trackCount)
                     picture: ArtworkSources.artist(modelData.name)
@@ -80,7 +104,9 @@ Rectangle {
                 model: dropdown.results.albums
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === dropdown.results.artists.length + index
                     title: modelData.displayName
                     subtitle: (modelData.artist !== "" ? modelData.artist + " · " : "") + SongFormat.songCount(modelData.trackCount)
                     picture: ArtworkSources.album(modelData.artist, modelData.displayName)
@@ -100,7 +126,9 @@ Rectangle {
                 model: dropdown.results.tracks
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === dropdown.results.artists.length + dropdown.results.albums.length + index
                     title: modelData.name
                     subtitle: modelData.artist
                     picture: ArtworkSources.track(modelData.path)

@@ -36,7 +36,7 @@ Rectangle {
         contentHeight: column.implicitHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Sidebar" }
 
         Column {
             id: column
@@ -108,6 +108,11 @@ Rectangle {
                     TapHandler { onTapped: sidebar.createClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: "New Playlist"
+                    Accessible.onPressAction: sidebar.createClicked()
+                    activeFocusOnTab: true
+                    Keys.onReturnPressed: sidebar.createClicked()
+                    Keys.onEnterPressed: sidebar.createClicked()
+                    FocusRing {}
                 }
             }
 

@@ -51,6 +51,9 @@ Rectangle {
                 panel.attemptClose()
         }
     }
+    // Enter in a field saves, as the Save button does.
+    Keys.onReturnPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
+    Keys.onEnterPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
     Component.onCompleted: titleField.forceActiveFocus()
 
     CardShadow {
@@ -97,6 +100,7 @@ Rectangle {
                 MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: panel.attemptClose() }
                 Accessible.role: Accessible.Button
                 Accessible.name: "Close"
+                Accessible.onPressAction: panel.attemptClose()
             }
         }
         Text {

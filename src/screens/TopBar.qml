@@ -55,6 +55,10 @@ Item {
             Accessible.role: Accessible.Button
             Accessible.name: "Tarnwell, home"
             Accessible.onPressAction: bar.wordMarkClicked()
+            activeFocusOnTab: true
+            Keys.onReturnPressed: bar.wordMarkClicked()
+            Keys.onEnterPressed: bar.wordMarkClicked()
+            FocusRing {}
             TapHandler { onTapped: bar.wordMarkClicked() }
         }
 

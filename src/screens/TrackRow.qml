@@ -36,6 +36,9 @@ Item {
     signal dragStarted()
 
     implicitHeight: 54
+    Accessible.role: Accessible.ListItem
+    Accessible.name: artist !== "" ? name + ", " + artist : name
+    Accessible.onPressAction: row.playRequested()
 
     Rectangle {
         anchors.fill: parent
@@ -232,4 +235,5 @@ Item {
             }
         }
     }
+    FocusRing { anchors.margins: 1 }
 }

@@ -110,6 +110,7 @@ private Q_SLOTS:
         QTest::newRow("previous and next") << R::TransportSymbol << QList<R>{R::BarBackground} << 3.0;
         QTest::newRow("progress and shuffle")
             << R::Accent << QList<R>{R::ProgressTrack, R::BarBackground} << 3.0;
+        QTest::newRow("focus ring") << R::FocusRing << surfaces << 3.0;
         QTest::newRow("selected album") << R::SelectedAlbumOutline << QList<R>{R::WindowBackground} << 3.0;
     }
 
