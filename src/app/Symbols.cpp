@@ -40,7 +40,6 @@ constexpr Entry table[] = {
     {"backward.fill", 0xF4AE},          // skip-previous
     {"forward.fill", 0xF4AD},           // skip-next
     {"shuffle", 0xF49D},                // shuffle
-    {"waveform", 0xF57E},               // volume-high
     {"pencil", 0xF3EB},                 // pencil
     {"folder.badge.plus", 0xF257},      // folder-plus
     {"ellipsis", 0xF1D9},               // dots-vertical

@@ -50,8 +50,8 @@ private Q_SLOTS:
 
         QTest::newRow("goHome") << "goHome" << Screen::Home << "" << "" << "" << false << true;
         QTest::newRow("goHomeFromWordMark") << "goHomeFromWordMark" << Screen::Home << "" << "" << "" << true << true;
-        QTest::newRow("showAllArtists") << "showAllArtists" << Screen::Artists << "" << "" << "Old Album" << true
-                                        << true;
+        // The album goes with its artist.
+        QTest::newRow("showAllArtists") << "showAllArtists" << Screen::Artists << "" << "" << "" << true << true;
         QTest::newRow("openArtist") << "openArtist" << Screen::Artists << "" << "Nadia" << "" << true << false;
         QTest::newRow("openAlbum") << "openAlbum" << Screen::Artists << "" << "Nadia" << "Blue" << true << false;
         QTest::newRow("showAllSongs") << "showAllSongs" << Screen::Songs << "" << "Old Artist" << "Old Album" << true
