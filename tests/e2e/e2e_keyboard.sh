@@ -34,7 +34,7 @@ keys() { for k in "$@"; do xdotool key --window "$window" "$k"; sleep 0.15; done
 expect() { # want command...
   local want=$1 got=""
   shift
-  for _ in $(seq 60); do
+  for _ in $(seq 300); do
     got=$("$@" 2> /dev/null || true)
     [ "$got" = "$want" ] && return 0
     sleep 0.1
