@@ -21,13 +21,14 @@ AppState::AppState(const QString &playlistFile, QObject *parent)
     , m_playlistStore(playlistFile)
     , m_controller(m_player, [this] { return m_queue.tracks(); })
     , m_mpris(m_player, m_controller)
+    , m_searchIndex(m_tags.reader())
     , m_library(m_folderMonitor)
     , m_queue(m_library, m_navigation, m_playlistStore)
     , m_nowPlaying({m_player, m_controller, m_mpris, m_artworkLoader, m_background, m_preferences, m_searchIndex},
                    [this](const QString &id) { return findSong(id); })
     , m_playlists(m_playlistStore, m_banner, [this](const QString &id) { return findSong(id); })
     , m_tagEditor(m_banner, [this](const QString &id) { return findSong(id); })
-    , m_artistBrowser(m_navigation)
+    , m_artistBrowser(m_navigation, m_tags.reader())
     , m_artworkPrefetch(m_artworkLoader)
     , m_keyPressFilter([this](const KeyPressFilter::KeyPress &press) { return m_nowPlaying.handleKeyPress(press); })
 {
@@ -60,9 +61,15 @@ void AppState::connectRooms()
 {
     connect(&m_library, &Library::folderImported, this, &AppState::afterImport);
     connect(&m_library, &Library::filesDiscovered, this, &AppState::afterDiscovery);
+    connect(&m_searchIndex, &SearchIndex::songsIndexed, this, &AppState::afterIndexing);
+    connect(&m_tagEditor, &TagEditorSession::changed, this, [this] {
+        if (m_tagEditor.isOpen())
+            m_editedSong = m_tagEditor.trackId();
+    });
 
     // The artists and the untagged songs are grouped anew each time their
-    // screen is opened.
+    // screen is opened; the artists also each time songs are indexed while
+    // their screen is open (afterIndexing).
     connect(&m_navigation, &Navigation::screenChanged, this, [this] {
         if (m_navigation.screen() == Navigation::Screen::Artists)
             m_artistBrowser.load(m_library.tracks());
@@ -79,8 +86,20 @@ void AppState::connectRooms()
         m_queue.model()->forgetFileInfo();
         m_artistBrowser.detail()->tracks()->forgetFileInfo();
     };
-    connect(&m_tagEditor, &TagEditorSession::saved, this, tagsWritten);
-    connect(&m_untagged, &UntaggedSongs::saveFinished, this, tagsWritten);
+    connect(&m_tagEditor, &TagEditorSession::saved, this, [this, tagsWritten] {
+        if (const std::optional<Track> song = findSong(m_editedSong))
+            m_tags.forget(song->path());
+        tagsWritten();
+    });
+    connect(&m_untagged, &UntaggedSongs::saveFinished, this, [this, tagsWritten] {
+        // The batch editor writes untagged songs only.
+        for (const Track &song : m_library.tracks()) {
+            const std::optional<TrackMetadata> meta = m_untagged.metadata(song.id);
+            if (meta && UntaggedSongs::isUntagged(*meta))
+                m_tags.forget(song.path());
+        }
+        tagsWritten();
+    });
 }
 
 void AppState::afterImport()
@@ -88,15 +107,28 @@ void AppState::afterImport()
     if (m_library.tracks().isEmpty())
         return;
     m_preferences.completeOnboarding();
-    m_artworkPrefetch.start(m_library.tracks());
-    m_searchIndex.rebuild(m_library.tracks());
+    indexNewSongs();
 }
 
-void AppState::afterDiscovery(int first, int count)
+void AppState::afterDiscovery(int, int count)
 {
-    m_artworkPrefetch.start(m_library.tracks().mid(first, count));
-    m_searchIndex.rebuild(m_library.tracks());
+    indexNewSongs();
     m_banner.show(import::discoveredMessage(count), Banner::Animation::Default, discoveredMessageMs);
+}
+
+void AppState::indexNewSongs()
+{
+    // The library only grows at its end: what the index has not been given is its tail.
+    m_searchIndex.add(m_library.tracks().mid(m_songsGivenToIndex));
+    m_songsGivenToIndex = m_library.tracks().size();
+}
+
+void AppState::afterIndexing(int first, int count)
+{
+    m_artworkPrefetch.start(m_searchIndex.trackIndex().entries().mid(first, count));
+    // The tags are in memory by now: grouping again reads no file.
+    if (m_navigation.screen() == Navigation::Screen::Artists)
+        m_artistBrowser.load(m_library.tracks());
 }
 
 std::optional<Track> AppState::findSong(const QString &trackId) const

@@ -9,7 +9,10 @@
 //   AppState
 //     ├── library ── songs in import order; imports, watched folders
 //     │     folderImported / filesDiscovered ─► preferences (welcome done),
-//     │     artworkPrefetch, searchIndex.rebuild, banner "N new songs added"
+//     │     searchIndex.add(the new songs), banner "N new songs added"
+//     ├── searchIndex ── reads the new songs' tags once (into tags, a TagMemo)
+//     │     songsIndexed ─► artworkPrefetch (the new entries), and the artists
+//     │     screen, when shown, groups again from the memo
 //     ├── navigation ── the one screen and its selections; search, theme popup
 //     │     screen ─► artistBrowser.load or untagged.load (grouped afresh)
 //     ├── queue ── the selected playlist's songs, else the library ─► song list
@@ -20,7 +23,7 @@
 //     ├── untagged ── the untagged-songs screen and batch editor (own banner)
 //     ├── artistBrowser ── artists grid, one artist's albums and songs
 //     ├── preferences ── onboarding, theme, recent artists (QSettings)
-//     └── searchIndex, updateChecker, artworkPrefetch, banner
+//     └── updateChecker, artworkPrefetch, banner
 //
 // Screens never see this object: Main.qml hands them values and rooms and
 // turns their signals into calls. Everything here lives on the GUI thread;
@@ -42,6 +45,7 @@
 #include "UpdateChecker.h"
 #include "artwork/ArtworkLoader.h"
 #include "browse/SearchIndex.h"
+#include "browse/TagMemo.h"
 #include "library/FolderMonitor.h"
 #include "model/PlaylistStore.h"
 #include "playback/AudioPlayer.h"
@@ -123,6 +127,8 @@ private:
     void connectRooms();
     void afterImport();
     void afterDiscovery(int first, int count);
+    void indexNewSongs();
+    void afterIndexing(int first, int count);
 
     // Services
     PlaylistStore m_playlistStore;
@@ -133,6 +139,7 @@ private:
     PlaybackController m_controller;
     MprisService m_mpris;
     ArtworkLoader m_artworkLoader;
+    TagMemo m_tags;
     SearchIndex m_searchIndex;
 
     // Rooms
@@ -148,4 +155,8 @@ private:
     ArtistBrowser m_artistBrowser;
     ArtworkPrefetch m_artworkPrefetch;
     KeyPressFilter m_keyPressFilter;
+
+    qsizetype m_songsGivenToIndex = 0;
+    // The song last opened in the tag editor, whose memorised tags a save makes stale.
+    QString m_editedSong;
 };

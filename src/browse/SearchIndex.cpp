@@ -18,19 +18,36 @@ SearchIndex::SearchIndex(MetadataReader reader, QObject *parent)
 {
 }
 
-void SearchIndex::rebuild(const QList<Track> &tracks)
+void SearchIndex::add(const QList<Track> &songs)
 {
-    if (m_running++ == 0)
-        Q_EMIT isBuildingChanged();
+    if (songs.isEmpty())
+        return;
+    m_waiting.append(songs);
+    if (m_building)
+        return;
+    m_building = true;
+    Q_EMIT isBuildingChanged();
+    startBuild();
+}
+
+void SearchIndex::startBuild()
+{
     auto timer = std::make_shared<QElapsedTimer>();
     timer->start();
-    deliverLater(buildTrackIndex(tracks, m_reader), this, [this, timer](const TrackIndex &index) {
-        qCDebug(lcBrowse) << "search index of" << index.size() << "songs built in" << timer->elapsed()
-                          << "ms";
+    const QList<Track> songs = std::exchange(m_waiting, {});
+    deliverLater(extendTrackIndex(m_index, songs, m_reader), this, [this, timer](const TrackIndex &index) {
+        const auto first = int(m_index.size());
+        qCDebug(lcBrowse) << "search index of" << index.size() << "songs," << index.size() - first << "new, built in"
+                          << timer->elapsed() << "ms";
         m_index = index;
         Q_EMIT indexChanged();
-        if (--m_running == 0)
-            Q_EMIT isBuildingChanged();
+        Q_EMIT songsIndexed(first, int(m_index.size()) - first);
+        if (!m_waiting.isEmpty()) {
+            startBuild();
+            return;
+        }
+        m_building = false;
+        Q_EMIT isBuildingChanged();
     });
 }
 

@@ -6,12 +6,12 @@
 #include <QObject>
 #include <QVariantMap>
 
-// Owns the current search index on the GUI thread. rebuild() reads the tags
-// of a snapshot of the library on the thread pool and returns at once; when a
-// build finishes, its index replaces the current one in one step. Builds are
-// never cancelled: when two overlap, each replaces the index as it finishes,
-// so the one that finishes last stays. Until then queries answer from the
-// previous index.
+// Owns the current search index on the GUI thread. add() reads the tags of
+// new songs on the thread pool and returns at once; when the build finishes,
+// the index with the new songs at its end replaces the current one in one
+// step, and songsIndexed tells which entries are new. One build runs at a
+// time: songs added meanwhile wait and go into the next. Until a build lands,
+// queries answer from the previous index.
 class SearchIndex : public QObject
 {
     Q_OBJECT
@@ -23,11 +23,11 @@ public:
     explicit SearchIndex(QObject *parent = nullptr);
     explicit SearchIndex(MetadataReader reader, QObject *parent = nullptr);
 
-    void rebuild(const QList<Track> &tracks);
+    void add(const QList<Track> &songs);
 
     const TrackIndex &trackIndex() const { return m_index; }
     int count() const { return int(m_index.size()); }
-    bool isBuilding() const { return m_running > 0; }
+    bool isBuilding() const { return m_building; }
 
     SearchResults results(const QString &searchText) const;
     QStringList allArtistNames() const;
@@ -39,9 +39,14 @@ public:
 Q_SIGNALS:
     void indexChanged();
     void isBuildingChanged();
+    // Entries [first, first + count) of the index are new.
+    void songsIndexed(int first, int count);
 
 private:
+    void startBuild();
+
     MetadataReader m_reader;
     TrackIndex m_index;
-    int m_running = 0;
+    QList<Track> m_waiting;
+    bool m_building = false;
 };
