@@ -13,19 +13,31 @@ Item {
 
     signal artistSelected(string name)
 
-    Flickable {
+    // Only the rows on screen exist: ten thousand artists cost what a screenful does.
+    ListView {
+        id: list
+        objectName: "allArtists"
         anchors.fill: parent
-        contentHeight: column.implicitHeight + 40
+        topMargin: 12
+        bottomMargin: 28
+        spacing: 6
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
-
-        Column {
-            id: column
+        model: home.allArtists
+        delegate: HomeArtistRow {
+            required property string modelData
             x: 28
-            y: 12
-            width: parent.width - 56
+            width: list.width - 56
+            name: modelData
+            onClicked: home.artistSelected(modelData)
+        }
+
+        header: Column {
+            x: 28
+            width: list.width - 56
             spacing: 6
+            bottomPadding: home.allArtists.length > 0 ? 6 : 0
 
             Text {
                 text: "Home"
@@ -75,15 +87,6 @@ Item {
                 font.pixelSize: 15
                 font.weight: Font.Medium
                 color: Theme.primaryText
-            }
-            Repeater {
-                model: home.allArtists
-                delegate: HomeArtistRow {
-                    required property string modelData
-                    width: column.width
-                    name: modelData
-                    onClicked: home.artistSelected(modelData)
-                }
             }
         }
     }
