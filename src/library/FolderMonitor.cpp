@@ -3,7 +3,9 @@
 
 #include "model/Log.h"
 
+#include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QFutureWatcher>
 #include <QPointer>
 #include <QtConcurrent>
@@ -14,7 +16,12 @@ FolderMonitor::FolderMonitor(QObject *parent)
     m_timer.setSingleShot(true);
     m_timer.setInterval(latencyMs);
     connect(&m_timer, &QTimer::timeout, this, &FolderMonitor::rescan);
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &FolderMonitor::onChange);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this](const QString &folder) {
+        // The watcher lets go of a folder that is gone; a new one there is armed again.
+        if (!QFileInfo::exists(folder))
+            m_armed.remove(folder);
+        onChange();
+    });
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderMonitor::onChange);
 }
 
@@ -28,8 +35,8 @@ void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
     auto *watcher = new QFutureWatcher<FolderTree>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
+        ++m_watchingPending;
         armWatcher(watcher->result().folders);
-        Q_EMIT watching();
     });
     watcher->setFuture(QtConcurrent::run(scanTree, folder.toLocalFile()));
 }
@@ -102,17 +109,53 @@ int FolderMonitor::defaultWatchBudget()
 
 void FolderMonitor::armWatcher(const QStringList &folders)
 {
-    const QStringList current = m_watcher.directories();
-    const QSet<QString> watching(current.begin(), current.end());
-    QStringList toAdd;
-    for (const QString &f : folders) {
-        if (!watching.contains(f) && !m_unwatchable.contains(f))
-            toAdd.append(f);
+    m_toArm += folders;
+    if (!m_armScheduled)
+        armNextBatch();
+}
+
+void FolderMonitor::armNextBatch()
+{
+    // Each watch is a system call and bookkeeping in the watcher: a batch
+    // stops after a few milliseconds and the rest follows in the next turn of
+    // the event loop.
+    constexpr qint64 batchMs = 4;
+    constexpr qsizetype batchFolders = 64;
+    m_armScheduled = false;
+    QElapsedTimer clock;
+    clock.start();
+    qsizetype next = 0;
+    while (next < m_toArm.size() && clock.elapsed() < batchMs) {
+        QStringList toAdd;
+        for (; next < m_toArm.size() && toAdd.size() < batchFolders; ++next) {
+            const QString &f = m_toArm.at(next);
+            if (!m_armed.contains(f) && !m_unwatchable.contains(f))
+                toAdd.append(f);
+        }
+        addWatches(toAdd);
     }
+    m_toArm.remove(0, next);
+    if (!m_toArm.isEmpty()) {
+        m_armScheduled = true;
+        QTimer::singleShot(0, this, &FolderMonitor::armNextBatch);
+        return;
+    }
+    for (; m_watchingPending > 0; --m_watchingPending)
+        Q_EMIT watching();
+}
+
+void FolderMonitor::addWatches(const QStringList &toAdd)
+{
     if (toAdd.isEmpty())
         return;
-    const qsizetype room = qMax<qsizetype>(0, m_watchBudget - current.size());
-    QStringList failed = m_watcher.addPaths(toAdd.mid(0, room));
+    const qsizetype room = qMax<qsizetype>(0, m_watchBudget - m_armed.size());
+    const QStringList tried = toAdd.mid(0, room);
+    QStringList failed = m_watcher.addPaths(tried);
+    const QSet<QString> refused(failed.cbegin(), failed.cend());
+    for (const QString &f : tried) {
+        if (!refused.contains(f))
+            m_armed.insert(f);
+    }
     failed += toAdd.mid(room);
     // Not retried: each failure costs a system call and a line on stderr.
     for (const QString &f : failed)

@@ -4,7 +4,9 @@
 // Finding songs on disk.
 //
 //   scanFolder ── every audio file below a folder, sorted by file name (FolderScan.h)
-//   FolderMonitor ── watches imported folders (inotify through QFileSystemWatcher)
+//   FolderMonitor ── watches imported folders (inotify through QFileSystemWatcher);
+//        │  folders are listed on the pool and armed in short batches on the
+//        │  GUI thread, so ten thousand folders never hold up a frame
 //        │  any change below a watched folder arms a 1.5 s timer; when it fires,
 //        │  every watched folder is scanned again on the thread pool
 //        └─ discoveredURLs ── the files not in knownURLs, published when there are any
@@ -58,7 +60,7 @@ public:
 
 Q_SIGNALS:
     void discoveredURLsChanged();
-    // The watch of a newly added folder is in place.
+    // The watches of a newly added folder are in place.
     void watching();
     // A rescan has finished, whether or not it found anything.
     void rescanned();
@@ -67,12 +69,19 @@ private:
     void onChange();
     void finishRescan(const QList<FolderTree> &trees);
     void armWatcher(const QStringList &folders);
+    void armNextBatch();
+    void addWatches(const QStringList &toAdd);
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;
     QSet<QUrl> m_knownURLs;
     QFileSystemWatcher m_watcher;
     QTimer m_timer;
+    // Folders listed but not watched yet, and how many watching() signals wait for them.
+    QStringList m_toArm;
+    QSet<QString> m_armed;
+    int m_watchingPending = 0;
+    bool m_armScheduled = false;
     bool m_scanning = false;
     bool m_rescanAgain = false;
     QSet<QString> m_unwatchable;
