@@ -186,7 +186,7 @@ private Q_SLOTS:
         Library lib = Library::from({ "1.mp3|Nova|Blue", "2.mp3|Nova|Blue", "3.mp3|Echo" });
         auto reads = std::make_shared<QAtomicInt>();
         const MetadataReader inner = lib.reader();
-        const TagMemo memo([inner, reads](const QString &path) {
+        TagMemo memo([inner, reads](const QString &path) {
             reads->ref();
             return inner(path);
         });
