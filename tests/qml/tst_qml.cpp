@@ -6,11 +6,13 @@
 #include "browse/SongListModel.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QHash>
 #include <QMutex>
 #include <QQmlEngine>
 #include <QQmlEngineExtensionPlugin>
 #include <QSettings>
+#include <QTemporaryDir>
 #include <QtQuickTest>
 
 #include <memory>
@@ -65,7 +67,49 @@ public:
     }
     Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
 
+    // Writes [[artist, songs], ...] as small tagged FLAC files (no audio) into
+    // one folder of this test file, next to what earlier calls wrote; answers
+    // the folder.
+    Q_INVOKABLE QUrl writeSongs(const QVariantList &artists)
+    {
+        for (const QVariant &artist : artists) {
+            const QVariantList pair = artist.toList();
+            const QString name = pair.value(0).toString();
+            for (int i = 0; i < pair.value(1).toInt(); ++i) {
+                QFile file(m_folder.filePath(QStringLiteral("%1 %2.flac").arg(++m_written).arg(name)));
+                if (!file.open(QIODevice::WriteOnly) || file.write(taggedFlac(name)) < 0)
+                    qFatal("cannot write %s", qPrintable(file.fileName()));
+            }
+        }
+        return QUrl::fromLocalFile(m_folder.path());
+    }
+
 private:
+    static QByteArray taggedFlac(const QString &artist)
+    {
+        // STREAMINFO: 4096-sample blocks, 44.1 kHz, stereo, 16 bits, no samples.
+        QByteArray info(34, '\0');
+        info[0] = 0x10, info[2] = 0x10;
+        info[10] = char(0x0a), info[11] = char(0xc4), info[12] = char(0x42), info[13] = char(0xf0);
+        QByteArray comment;
+        const auto le32 = [&comment](quint32 n) {
+            for (int i = 0; i < 4; ++i)
+                comment.append(char(n >> (8 * i)));
+        };
+        const QByteArray field = "ARTIST=" + artist.toUtf8();
+        le32(0);
+        le32(1);
+        le32(quint32(field.size()));
+        comment += field;
+        const auto header = [](int type, qsizetype size) {
+            return QByteArray{char(type), char(size >> 16), char(size >> 8), char(size)};
+        };
+        return "fLaC" + header(0, info.size()) + info + header(0x84, comment.size()) + comment;
+    }
+
+    QTemporaryDir m_folder;
+    int m_written = 0;
+
     template<typename T>
     static T *kept(T *object)
     {
