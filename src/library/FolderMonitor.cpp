@@ -3,6 +3,7 @@
 
 #include "model/Log.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -20,9 +21,13 @@ FolderMonitor::FolderMonitor(QObject *parent)
         // The watcher lets go of a folder that is gone; a new one there is armed again.
         if (!QFileInfo::exists(folder))
             m_armed.remove(folder);
+        m_changedFolders.insert(folder);
         onChange();
     });
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &FolderMonitor::onChange);
+    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, [this] {
+        m_rescanAll = true;
+        onChange();
+    });
 }
 
 void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
@@ -59,18 +64,44 @@ void FolderMonitor::rescan()
     QStringList roots;
     for (const QUrl &f : std::as_const(m_watchedFolders))
         roots.append(f.toLocalFile());
+    // A change in a watched folder rescans that folder alone (and any new
+    // folder in it): one song copied into a library of a hundred thousand
+    // does not walk the whole library. A rescan asked for walks it all.
+    const bool all = m_rescanAll || m_changedFolders.isEmpty();
+    const QStringList changed = all ? QStringList() : QStringList(m_changedFolders.cbegin(), m_changedFolders.cend());
+    m_changedFolders.clear();
+    m_rescanAll = false;
 
     auto *watcher = new QFutureWatcher<QList<FolderTree>>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
         finishRescan(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run([roots] {
+    watcher->setFuture(QtConcurrent::run([roots, changed, all, armed = m_armed] {
         QList<FolderTree> trees;
-        for (const QString &root : roots)
-            trees.append(scanTree(root));
+        for (const QString &root : all ? roots : changed)
+            trees.append(all ? scanTree(root) : scanChanged(root, armed));
         return trees;
     }));
+}
+
+FolderTree FolderMonitor::scanChanged(const QString &folder, const QSet<QString> &armed)
+{
+    // Hidden entries and symbolic links are passed over, as scanTree does.
+    FolderTree tree;
+    const QFileInfoList entries
+        = QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
+    for (const QFileInfo &entry : entries) {
+        const QString path = entry.absoluteFilePath();
+        if (entry.isDir() && !armed.contains(path)) {
+            const FolderTree below = scanTree(path);
+            tree.audioFiles += below.audioFiles;
+            tree.folders += below.folders;
+        } else if (entry.isFile() && hasAudioExtension(entry.fileName())) {
+            tree.audioFiles.append(path);
+        }
+    }
+    return tree;
 }
 
 void FolderMonitor::finishRescan(const QList<FolderTree> &trees)

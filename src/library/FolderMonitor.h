@@ -8,7 +8,7 @@
 //        │  folders are listed on the pool and armed in short batches on the
 //        │  GUI thread, so ten thousand folders never hold up a frame
 //        │  any change below a watched folder arms a 1.5 s timer; when it fires,
-//        │  every watched folder is scanned again on the thread pool
+//        │  the folders that changed are scanned again on the thread pool
 //        └─ discoveredURLs ── the files not in knownURLs, published when there are any
 //
 // The library import (app/) turns discovered files into Tracks, then updates
@@ -68,6 +68,9 @@ Q_SIGNALS:
 private:
     void onChange();
     void finishRescan(const QList<FolderTree> &trees);
+    // The audio files of a folder that changed, and everything below its
+    // folders that are not watched yet (new ones, or ones over the budget).
+    static FolderTree scanChanged(const QString &folder, const QSet<QString> &armed);
     void armWatcher(const QStringList &folders);
     void armNextBatch();
     void addWatches(const QStringList &toAdd);
@@ -80,6 +83,9 @@ private:
     // Folders listed but not watched yet, and how many watching() signals wait for them.
     QStringList m_toArm;
     QSet<QString> m_armed;
+    // What changed since the last rescan: these folders, or anything (a watched file).
+    QSet<QString> m_changedFolders;
+    bool m_rescanAll = false;
     int m_watchingPending = 0;
     bool m_armScheduled = false;
     bool m_scanning = false;
