@@ -278,11 +278,7 @@ void BenchProbe::startMemory(QQuickWindow *window, AppState *state)
             printMemory();
             m_heartbeat.stop();
             const QString first = library->tracks().first().path();
-            *copy = QFileInfo(QUrl(QCoreApplication::arguments().at(1)).isLocalFile()
-                                  ? QUrl(QCoreApplication::arguments().at(1)).toLocalFile()
-                                  : QCoreApplication::arguments().at(1))
-                        .absoluteFilePath()
-                + QStringLiteral("/probe-added.flac");
+            *copy = QFileInfo(first).absolutePath() + QStringLiteral("/probe-added.flac");
             QFile::remove(*copy);
             *cpuBefore = cpuMs();
             QFile::copy(first, *copy);

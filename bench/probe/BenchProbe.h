@@ -32,7 +32,7 @@ class QQuickWindow;
 //   memory        with folders: prints the time until the first songs are
 //                 listed and until all are imported and indexed, the longest GUI-thread stall then and in the 10 s
 //                 after, RSS and PSS 10 s after; then copies one of the songs
-//                 into the first folder and prints the CPU time the program
+//                 into its own folder and prints the CPU time the program
 //                 spent until that song was indexed (the copy is removed).
 //                 Without folders: RSS and PSS 10 s after the first frame.
 class BenchProbe : public QObject
