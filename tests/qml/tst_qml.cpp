@@ -102,7 +102,8 @@ private:
         le32(quint32(field.size()));
         comment += field;
         const auto header = [](int type, qsizetype size) {
-            return QByteArray{char(type), char(size >> 16), char(size >> 8), char(size)};
+            const char bytes[] = {char(type), char(size >> 16), char(size >> 8), char(size)};
+            return QByteArray(bytes, 4);
         };
         return "fLaC" + header(0, info.size()) + info + header(0x84, comment.size()) + comment;
     }
