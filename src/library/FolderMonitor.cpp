@@ -2,7 +2,9 @@
 #include "FolderMonitor.h"
 
 #include "model/Log.h"
+#include "model/TextUtil.h"
 
+#include <QCollator>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -79,8 +81,24 @@ void FolderMonitor::rescan()
     });
     watcher->setFuture(QtConcurrent::run([roots, changed, all, armed = m_armed] {
         QList<FolderTree> trees;
-        for (const QString &root : all ? roots : changed)
-            trees.append(all ? scanTree(root) : scanChanged(root, armed));
+        if (all) {
+            for (const QString &root : roots)
+                trees.append(scanTree(root));
+            return trees;
+        }
+        FolderTree tree;
+        for (const QString &folder : changed) {
+            const FolderTree part = scanChanged(folder, armed);
+            tree.audioFiles += part.audioFiles;
+            tree.folders += part.folders;
+        }
+        // In file-name order, as a whole scan lists them.
+        const QCollator collator = text::localeCollator();
+        std::stable_sort(tree.audioFiles.begin(), tree.audioFiles.end(), [&](const QString &a, const QString &b) {
+            return collator.compare(QStringView(a).mid(a.lastIndexOf(u'/') + 1),
+                                    QStringView(b).mid(b.lastIndexOf(u'/') + 1)) < 0;
+        });
+        trees.append(tree);
         return trees;
     }));
 }
