@@ -76,7 +76,7 @@ if command -v strace > /dev/null; then
     END { printf "files opened during the 10k import: %d files, %d opens, at most %d per file\n", files, opens, most }'
 fi
 
-one=$(find "$root/10k" -name '*.flac' | head -n 1)
+one=$(find "$root/10k" -name "*.flac" -print -quit)
 "$cli" tags "$one" > /dev/null
 best=999999
 for _ in 1 2 3 4 5 6 7 8 9 10; do

@@ -13,12 +13,15 @@ Item {
 
     signal artistSelected(string name)
 
+    clip: true
+
     // Only the rows on screen exist: ten thousand artists cost what a screenful does.
     ListView {
         id: list
         objectName: "allArtists"
         anchors.fill: parent
-        topMargin: 12
+        // The headings above the rows scroll with them (see `top`).
+        topMargin: top.height + 18
         bottomMargin: 28
         spacing: 6
         clip: true
@@ -32,62 +35,63 @@ Item {
             name: modelData
             onClicked: home.artistSelected(modelData)
         }
+    }
 
-        header: Column {
-            x: 28
-            width: list.width - 56
-            spacing: 6
-            bottomPadding: home.allArtists.length > 0 ? 6 : 0
+    Column {
+        id: top
+        x: 28
+        y: -list.contentY - list.topMargin + 12
+        width: list.width - 56
+        spacing: 6
 
-            Text {
-                text: "Home"
-                font.pixelSize: 26
-                font.weight: Font.Thin
-                color: Theme.primaryText
-                Accessible.role: Accessible.Heading
-            }
-            Text {
-                text: "Your music, right where you left it."
-                font.pixelSize: 12
-                font.weight: Font.Light
-                color: Theme.secondaryText
-            }
+        Text {
+            text: "Home"
+            font.pixelSize: 26
+            font.weight: Font.Thin
+            color: Theme.primaryText
+            Accessible.role: Accessible.Heading
+        }
+        Text {
+            text: "Your music, right where you left it."
+            font.pixelSize: 12
+            font.weight: Font.Light
+            color: Theme.secondaryText
+        }
 
-            Item { width: 1; height: 18; visible: home.recentArtists.length > 0 }
-            Text {
-                objectName: "recentHeading"
-                visible: home.recentArtists.length > 0
-                text: "Recently Played"
-                font.pixelSize: 15
-                font.weight: Font.Medium
-                color: Theme.primaryText
+        Item { width: 1; height: 18; visible: home.recentArtists.length > 0 }
+        Text {
+            objectName: "recentHeading"
+            visible: home.recentArtists.length > 0
+            text: "Recently Played"
+            font.pixelSize: 15
+            font.weight: Font.Medium
+            color: Theme.primaryText
+        }
+        ListView {
+            objectName: "recentArtists"
+            visible: home.recentArtists.length > 0
+            width: parent.width
+            height: 104
+            orientation: ListView.Horizontal
+            spacing: 16
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            model: home.recentArtists
+            delegate: RecentArtistCard {
+                required property string modelData
+                name: modelData
+                onClicked: home.artistSelected(modelData)
             }
-            ListView {
-                objectName: "recentArtists"
-                visible: home.recentArtists.length > 0
-                width: parent.width
-                height: 104
-                orientation: ListView.Horizontal
-                spacing: 16
-                clip: true
-                boundsBehavior: Flickable.StopAtBounds
-                model: home.recentArtists
-                delegate: RecentArtistCard {
-                    required property string modelData
-                    name: modelData
-                    onClicked: home.artistSelected(modelData)
-                }
-            }
+        }
 
-            Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
-            Text {
-                objectName: "allArtistsHeading"
-                visible: home.allArtists.length > 0
-                text: "All Artists"
-                font.pixelSize: 15
-                font.weight: Font.Medium
-                color: Theme.primaryText
-            }
+        Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
+        Text {
+            objectName: "allArtistsHeading"
+            visible: home.allArtists.length > 0
+            text: "All Artists"
+            font.pixelSize: 15
+            font.weight: Font.Medium
+            color: Theme.primaryText
         }
     }
 

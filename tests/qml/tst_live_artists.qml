@@ -31,13 +31,14 @@ TestCase {
 
     function test_songsImportedWhileOpenAppear() {
         const artists = AppState.artistBrowser.artists
-        const grid = findChild(window, "artistGrid")
-        verify(grid !== null)
         AppState.navigation.showAllArtists()
         AppState.library.importFolder(Fixtures.writeSongs([["Mira", 2], ["Bo", 1]]))
         tryCompare(artists, "count", 2)
         compare(names(artists), ["Bo 1", "Mira 2"])
-        tryVerify(() => grid.visible && grid.count === 2)
+        tryVerify(() => {
+            const grid = findChild(window, "artistGrid")
+            return grid !== null && grid.visible && grid.count === 2
+        })
 
         AppState.navigation.openArtist("Mira")
         tryCompare(AppState.artistBrowser, "showingDetail", true)
