@@ -51,6 +51,18 @@ fresh_home() { rm -rf "$XDG_DATA_HOME/Tarnwell" "$HOME/.cache/Tarnwell"; }
 fresh_home
 empty=$(run_probe)
 echo "empty program: RSS $(field rss-mb "$empty") MB, PSS $(field pss-mb "$empty") MB (target RSS <= 130)"
+# What the empty program's RSS is made of: heap and anonymous memory, and the
+# mapped libraries (under Xvfb the software OpenGL renderer's LLVM is the largest).
+"$probe" memory > /dev/null 2>&1 &
+probe_pid=$!
+sleep 8
+if [ -r "/proc/$probe_pid/smaps" ]; then
+  echo "  largest parts of its RSS:"
+  awk '/^[0-9a-f]+-[0-9a-f]+ / { name = $6; if (name == "") name = "[anonymous]" }
+       /^Rss:/ { rss[name] += $2 }
+       END { for (n in rss) printf "%8.1f MB  %s\n", rss[n] / 1024, n }' "/proc/$probe_pid/smaps" | sort -rn | head -n 6
+fi
+wait "$probe_pid" || true
 
 declare -A import rss
 for name in 10k 100k 100k-artists; do
