@@ -23,11 +23,15 @@ packages=(
   libavformat-dev libavcodec-dev libswresample-dev libavutil-dev
   # tags, coroutines
   libtag1-dev qcoro-qt6-dev
+  # the desktop's reduced-motion setting (GSettings)
+  libglib2.0-dev
   # fonts and icons
   fonts-inter fonts-materialdesignicons-webfont
   # test and screenshot tools
   xvfb xauth xdotool x11-apps imagemagick sox flac ffmpeg python3-mutagen dbus playerctl
   pulseaudio-utils
+  # the accessibility test: the accessibility bus and its Python client
+  at-spi2-core python3-pyatspi
   # the Debian package: icons drawn from the SVG, man pages, and the validators
   # and tools its test uses
   librsvg2-bin scdoc dpkg-dev appstream desktop-file-utils man-db zsh libglib2.0-bin

@@ -32,7 +32,11 @@ _tarnwell_cli()
     COMPREPLY=()
 
     if ((COMP_CWORD == 1)); then
-        mapfile -t COMPREPLY < <(compgen -W 'scan tags write play search artists artwork' -- "$cur")
+        if [[ $cur == -* ]]; then
+            mapfile -t COMPREPLY < <(compgen -W '--help' -- "$cur")
+        else
+            mapfile -t COMPREPLY < <(compgen -W 'scan tags write play search artists artwork' -- "$cur")
+        fi
         return
     fi
 

@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 
+#include "ArtworkSources.h"
 #include "LibraryImport.h"
+#include "Theme.h"
+#include "artwork/AlbumPictures.h"
+
+#include <QtConcurrent>
 
 #include <QQmlEngine>
 
@@ -19,6 +24,8 @@ AppState::AppState(QObject *parent)
 AppState::AppState(const QString &playlistFile, QObject *parent)
     : QObject(parent)
     , m_playlistStore(playlistFile)
+    // With reduced motion the picture behind the window changes at once.
+    , m_background(nullptr, Theme::duration(2000), Theme::duration(2100))
     , m_controller(m_player, [this] { return m_queue.tracks(); })
     , m_mpris(m_player, m_controller)
     , m_searchIndex(m_tags.reader())
@@ -61,7 +68,18 @@ void AppState::connectRooms()
 {
     connect(&m_library, &Library::folderImported, this, &AppState::afterImport);
     connect(&m_library, &Library::filesDiscovered, this, &AppState::afterDiscovery);
+    connect(&m_library, &Library::folderForgotten, this, &AppState::afterForget);
+    // Songs join the library at its end: the ones appended are new to the index.
+    connect(&m_library, &Library::tracksAppended, this,
+            [this](int first, int count) { m_searchIndex.add(m_library.tracks().mid(first, count)); });
     connect(&m_searchIndex, &SearchIndex::songsIndexed, this, &AppState::afterIndexing);
+    connect(&m_searchIndex, &SearchIndex::songsRemoved, this,
+            [this] { pictureSongs(m_searchIndex.trackIndex().entries(), true); });
+    // However songs arrive (an import, a watched folder), the welcome is done.
+    connect(&m_library, &Library::tracksChanged, this, [this] {
+        if (m_library.trackCount() > 0)
+            m_preferences.completeOnboarding();
+    });
     connect(&m_tagEditor, &TagEditorSession::changed, this, [this] {
         if (m_tagEditor.isOpen())
             m_editedSong = m_tagEditor.trackId();
@@ -80,6 +98,10 @@ void AppState::connectRooms()
     connect(&m_queue, &CurrentQueue::changed, this, [this] { m_controller.queueChanged(); });
     connect(&m_artistBrowser, &ArtistBrowser::playRequested, this,
             [this](const Track &first) { m_nowPlaying.play(first); });
+
+    // Albums and artists without a picture on disk show their songs' own
+    // (pictureSongs, as songs are indexed).
+    connect(&m_artworkLoader.albumPictures(), &AlbumPictures::replaced, this, &ArtworkSources::announceReplaced);
 
     // Song lists show tags read from the files: after a save they read again.
     const auto tagsWritten = [this] {
@@ -102,33 +124,74 @@ void AppState::connectRooms()
     });
 }
 
-void AppState::afterImport()
+void AppState::afterImport(const QUrl &folder)
 {
-    if (m_library.tracks().isEmpty())
-        return;
-    m_preferences.completeOnboarding();
-    indexNewSongs();
+    // A folder forgotten while it was imported is not watched, nor remembered.
+    if (m_folderMonitor.watchedFolders().contains(folder))
+        m_preferences.addLibraryFolder(folder);
 }
 
 void AppState::afterDiscovery(int, int count)
 {
-    indexNewSongs();
     m_banner.show(import::discoveredMessage(count), Banner::Animation::Default, discoveredMessageMs);
-}
-
-void AppState::indexNewSongs()
-{
-    // The library only grows at its end: what the index has not been given is its tail.
-    m_searchIndex.add(m_library.tracks().mid(m_songsGivenToIndex));
-    m_songsGivenToIndex = m_library.tracks().size();
 }
 
 void AppState::afterIndexing(int first, int count)
 {
-    m_artworkPrefetch.start(m_searchIndex.trackIndex().entries().mid(first, count));
+    const QList<TrackSearchEntry> added = m_searchIndex.trackIndex().entries().mid(first, count);
+    m_artworkPrefetch.start(added);
+    pictureSongs(added, false);
     // The tags are in memory by now: grouping again reads no file.
     if (m_navigation.screen() == Navigation::Screen::Artists)
         m_artistBrowser.load(m_library.tracks());
+}
+
+void AppState::pictureSongs(QList<TrackSearchEntry> entries, bool whole)
+{
+    // One step after the other, so an album's songs keep library order.
+    m_albumIndexing = m_albumIndexing.then(QtFuture::Launch::Async, [entries = std::move(entries)](const AlbumPictures::Index &) {
+        QList<AlbumPictures::Song> songs;
+        songs.reserve(entries.size());
+        for (const TrackSearchEntry &entry : entries)
+            songs.append({entry.track.url, entry.artist, entry.album});
+        return AlbumPictures::makeIndex(songs);
+    });
+    m_albumIndexing.then(this, [this, whole](const AlbumPictures::Index &index) {
+        if (whole)
+            m_artworkLoader.albumPictures().setIndex(index);
+        else
+            m_artworkLoader.albumPictures().add(index);
+    });
+}
+
+void AppState::afterForget(const QUrl &folder)
+{
+    m_preferences.removeLibraryFolder(folder);
+    // Tags read from the forgotten songs are not kept: imported again, they are read again.
+    QSet<QUuid> kept;
+    kept.reserve(m_library.tracks().size());
+    for (const Track &song : m_library.tracks())
+        kept.insert(song.id);
+    for (const TrackSearchEntry &entry : m_searchIndex.trackIndex().entries()) {
+        if (!kept.contains(entry.track.id))
+            m_tags.forget(entry.track.path());
+    }
+    m_searchIndex.retain(m_library.tracks());
+    if (m_navigation.screen() == Navigation::Screen::Artists)
+        m_artistBrowser.load(m_library.tracks());
+    else if (m_navigation.screen() == Navigation::Screen::Untagged)
+        m_untagged.load(m_library.tracks());
+}
+
+void AppState::importLibraryFolders()
+{
+    m_library.importFolders(m_preferences.libraryFolders());
+}
+
+void AppState::forgetLibraryFolder(const QUrl &folder)
+{
+    m_preferences.removeLibraryFolder(folder);
+    m_library.forgetFolder(folder);
 }
 
 std::optional<Track> AppState::findSong(const QString &trackId) const

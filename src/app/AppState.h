@@ -8,11 +8,16 @@
 //
 //   AppState
 //     ├── library ── songs in import order; imports, watched folders
-//     │     folderImported / filesDiscovered ─► preferences (welcome done),
-//     │     searchIndex.add(the new songs), banner "N new songs added"
+//     │     songs ─► preferences (welcome done)
+//     │     tracksAppended ─► searchIndex.add(the new songs)
+//     │     folderImported / filesDiscovered ─► preferences (library folders),
+//     │     banner "N new songs added"
+//     │     folderForgotten ─► preferences, searchIndex.retain, tags forgotten
 //     ├── searchIndex ── reads the new songs' tags once (into tags, a TagMemo)
-//     │     songsIndexed ─► artworkPrefetch (the new entries), and the artists
+//     │     songsIndexed ─► artworkPrefetch (the new entries), the albums'
+//     │     songs for the artwork loader's pictures (added), and the artists
 //     │     screen, when shown, groups again from the memo
+//     │     songsRemoved ─► the albums' songs laid out anew
 //     ├── navigation ── the one screen and its selections; search, theme popup
 //     │     screen ─► artistBrowser.load or untagged.load (grouped afresh)
 //     ├── queue ── the selected playlist's songs, else the library ─► song list
@@ -43,6 +48,7 @@
 #include "TagEditorSession.h"
 #include "UntaggedSongs.h"
 #include "UpdateChecker.h"
+#include "artwork/AlbumPictures.h"
 #include "artwork/ArtworkLoader.h"
 #include "browse/SearchIndex.h"
 #include "browse/TagMemo.h"
@@ -52,6 +58,7 @@
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
 
+#include <QFuture>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
@@ -123,12 +130,20 @@ public:
     // A row of the theme popup: stored, and the popup closes.
     Q_INVOKABLE void selectTheme(int themeIndex);
 
+    // At start: the folders of the library imported again, quietly.
+    Q_INVOKABLE void importLibraryFolders();
+    // "Music Folders…": the folder leaves the library and is not imported again.
+    Q_INVOKABLE void forgetLibraryFolder(const QUrl &folder);
+
 private:
     void connectRooms();
-    void afterImport();
+    void afterImport(const QUrl &folder);
+    void afterForget(const QUrl &folder);
     void afterDiscovery(int first, int count);
-    void indexNewSongs();
     void afterIndexing(int first, int count);
+    // The albums' songs of these entries, worked out on the pool in the
+    // order asked: all of them (whole) or the ones new to the library.
+    void pictureSongs(QList<TrackSearchEntry> entries, bool whole);
 
     // Services
     PlaylistStore m_playlistStore;
@@ -156,7 +171,7 @@ private:
     ArtworkPrefetch m_artworkPrefetch;
     KeyPressFilter m_keyPressFilter;
 
-    qsizetype m_songsGivenToIndex = 0;
+    QFuture<AlbumPictures::Index> m_albumIndexing = QtFuture::makeReadyFuture(AlbumPictures::Index());
     // The song last opened in the tag editor, whose memorised tags a save makes stale.
     QString m_editedSong;
 };

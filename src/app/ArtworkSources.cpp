@@ -5,6 +5,12 @@
 
 namespace {
 
+QList<ArtworkSources *> &instances()
+{
+    static QList<ArtworkSources *> list;
+    return list;
+}
+
 std::optional<QString> present(const QString &text)
 {
     return text.isEmpty() ? std::nullopt : std::optional<QString>(text);
@@ -27,4 +33,21 @@ QUrl ArtworkSources::album(const QString &artist, const QString &album)
 QUrl ArtworkSources::artist(const QString &name)
 {
     return name.isEmpty() ? QUrl() : artworksource::artist(name);
+}
+
+ArtworkSources::ArtworkSources(QObject *parent)
+    : QObject(parent)
+{
+    instances().append(this);
+}
+
+ArtworkSources::~ArtworkSources()
+{
+    instances().removeOne(this);
+}
+
+void ArtworkSources::announceReplaced(const QUrl &source)
+{
+    for (ArtworkSources *sources : std::as_const(instances()))
+        Q_EMIT sources->replaced(source);
 }

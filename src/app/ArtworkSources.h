@@ -6,6 +6,7 @@
 #include <QtQml/qqmlregistration.h>
 
 // The image://artwork/... addresses for QML; an empty string means absent.
+// replaced(address) tells the pictures showing an address to load it again.
 class ArtworkSources : public QObject
 {
     Q_OBJECT
@@ -13,10 +14,17 @@ class ArtworkSources : public QObject
     QML_SINGLETON
 
 public:
-    using QObject::QObject;
+    explicit ArtworkSources(QObject *parent = nullptr);
+    ~ArtworkSources() override;
+
+    // To every engine's instance: a better picture is there for this address.
+    static void announceReplaced(const QUrl &source);
 
     Q_INVOKABLE static QUrl track(const QString &path, const QString &fallbackArtist = {},
                                   const QString &fallbackAlbum = {});
     Q_INVOKABLE static QUrl album(const QString &artist, const QString &album);
     Q_INVOKABLE static QUrl artist(const QString &name);
+
+Q_SIGNALS:
+    void replaced(const QUrl &source);
 };

@@ -16,6 +16,15 @@ bool KeyPressFilter::editsText(const QObject *item)
     return item && (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"));
 }
 
+QObject *KeyPressFilter::enclosingList(QObject *item)
+{
+    for (auto *i = qobject_cast<QQuickItem *>(item); i; i = i->parentItem()) {
+        if (i->inherits("QQuickItemView"))
+            return i;
+    }
+    return nullptr;
+}
+
 bool KeyPressFilter::eventFilter(QObject *watched, QEvent *event)
 {
     // A key press is seen here once for the window and again for each item it
@@ -31,6 +40,10 @@ bool KeyPressFilter::eventFilter(QObject *watched, QEvent *event)
     press.modifiers = key->modifiers();
     press.autoRepeat = key->isAutoRepeat();
     press.textInputFocused = editsText(window->activeFocusItem());
+    if (QObject *list = enclosingList(window->activeFocusItem())) {
+        press.listFocused = true;
+        press.listTakesSpace = list->property("takesSpace").toBool();
+    }
     if (!m_handler(press))
         return false;
     event->accept();

@@ -6,8 +6,8 @@
 #include <functional>
 
 // Watches every key press that reaches a window of the program before the
-// focused item sees it, so the space bar can toggle playback anywhere except
-// while the user types.
+// focused item sees it, so the playback keys (PlaybackKeys.h) work anywhere
+// except while the user types.
 class KeyPressFilter : public QObject
 {
     Q_OBJECT
@@ -20,6 +20,12 @@ public:
         bool autoRepeat = false;
         // The focused item edits text (a text field or text area).
         bool textInputFocused = false;
+        // The focused item is a list or grid, or inside one: the arrows move
+        // its current item.
+        bool listFocused = false;
+        // ... and Space ticks its current row (the list says so with a
+        // property `takesSpace`).
+        bool listTakesSpace = false;
     };
 
     // Answers true when it handled the key press, which then goes no further.
@@ -29,6 +35,8 @@ public:
 
     // Whether an item of a Qt Quick window edits text.
     static bool editsText(const QObject *item);
+    // The list or grid that holds an item (or is it); null when none.
+    static QObject *enclosingList(QObject *item);
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;

@@ -3,6 +3,7 @@
 
 #include "LibraryImport.h"
 #include "library/FolderMonitor.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QtConcurrent>
@@ -65,6 +66,8 @@ void Library::startNextImport()
         return;
     const QUrl folder = m_importQueue.takeFirst();
     m_importRunning = true;
+    m_runningImport = folder;
+    m_runningForgotten = false;
     Q_EMIT importingChanged();
     // A large folder takes a while to list, and ten thousand new songs take a
     // while to sort out and name: the window stays responsive meanwhile.
@@ -99,10 +102,13 @@ void Library::startNextImport()
 
 void Library::finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh)
 {
+    if (m_runningForgotten)
+        fresh.clear();
     const auto added = fresh.size();
     append(std::move(fresh));
-    m_monitor.watch(folder, m_trackUrls);
-    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found << " audio files, " << added
+    if (!m_runningForgotten)
+        m_monitor.watch(folder, m_trackUrls);
+    qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << found << " audio files, " << added
                             << " new";
     m_importRunning = false;
     Q_EMIT folderImported(folder, int(added));
@@ -128,4 +134,35 @@ void Library::addDiscoveredFiles(const QList<QUrl> &urls)
     m_monitor.clearDiscoveredURLs();
     if (!fresh.isEmpty())
         Q_EMIT filesDiscovered(first, int(fresh.size()));
+}
+
+void Library::forgetFolder(const QUrl &folder)
+{
+    m_importQueue.removeAll(folder);
+    if (m_importRunning && m_runningImport == folder)
+        m_runningForgotten = true;
+    m_monitor.unwatch(folder);
+    const QString root = localpath::pathOf(folder);
+    const QList<QUrl> &kept = m_monitor.watchedFolders();
+    const auto stillImported = [&kept](const QString &path) {
+        return std::any_of(kept.cbegin(), kept.cend(),
+                           [&path](const QUrl &other) { return isInside(path, localpath::pathOf(other)); });
+    };
+    const qsizetype removed = m_tracks.removeIf([&](const Track &t) {
+        const QString path = t.path();
+        return isInside(path, root) && !stillImported(path);
+    });
+    if (removed > 0) {
+        m_trackUrls.clear();
+        m_trackPositions.clear();
+        for (qsizetype i = 0; i < m_tracks.size(); ++i) {
+            m_trackUrls.insert(m_tracks.at(i).url);
+            m_trackPositions.insert(m_tracks.at(i).id, i);
+        }
+        ++m_trackUrlsGeneration;
+        m_monitor.setKnownURLs(m_trackUrls);
+        Q_EMIT tracksChanged();
+    }
+    qCInfo(lcApp).nospace() << "forgot " << root << ": " << removed << " songs removed";
+    Q_EMIT folderForgotten(folder, int(removed));
 }

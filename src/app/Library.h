@@ -15,11 +15,12 @@
 
 class FolderMonitor;
 
-// The songs of the library, in import order; the list only grows at its end.
+// The songs of the library, in import order; new songs join at its end.
 //
 //   importFolder ─► queue of folders, one import at a time:
 //     scanFolder + new Tracks on the pool ─► appended ─► folder watched ─► folderImported
 //   FolderMonitor.discoveredURLs ─► addDiscoveredFiles ─► appended ─► filesDiscovered
+//   forgetFolder ─► not watched, its songs dropped ─► folderForgotten
 //
 // What follows an import (pictures, the search index, the banner) is wired by
 // AppState to folderImported and filesDiscovered.
@@ -43,6 +44,9 @@ public:
     // appends the new ones. Imports run one after another in the order asked.
     Q_INVOKABLE void importFolder(const QUrl &folder);
     void importFolders(const QList<QUrl> &folders);
+    // The folder is no longer part of the library: it is not watched and its
+    // songs leave the library, except those another imported folder holds.
+    void forgetFolder(const QUrl &folder);
     // Files found in a watched folder: the new ones become songs.
     void addDiscoveredFiles(const QList<QUrl> &urls);
 
@@ -55,6 +59,8 @@ Q_SIGNALS:
     void folderImported(const QUrl &folder, int added);
     // Files of a watched folder became songs [first, first + count).
     void filesDiscovered(int first, int count);
+    // A folder left the library, taking `removed` songs with it.
+    void folderForgotten(const QUrl &folder, int removed);
 
 private:
     struct ScannedFolder
@@ -79,6 +85,9 @@ private:
     QHash<QUuid, qsizetype> m_trackPositions;
     QList<QUrl> m_importQueue;
     bool m_importRunning = false;
+    // The folder being imported, and whether it was forgotten meanwhile.
+    QUrl m_runningImport;
+    bool m_runningForgotten = false;
 };
 
 // Finds a song by the id the screens pass around: one of the library, or else

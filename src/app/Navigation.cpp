@@ -26,6 +26,9 @@ QString Navigation::selectedPlaylistID() const
 
 void Navigation::setSelectedArtistName(const QString &name)
 {
+    // An album belongs to its artist: another artist's page starts on all songs.
+    if (name != m_selectedArtistName)
+        setSelectedArtistAlbum(QString());
     assign(this, m_selectedArtistName, name, &Navigation::selectedArtistNameChanged);
 }
 

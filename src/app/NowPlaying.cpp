@@ -2,14 +2,17 @@
 #include "NowPlaying.h"
 
 #include "BackgroundFade.h"
+#include "PlaybackKeys.h"
 #include "Preferences.h"
 #include "artwork/ArtworkLoader.h"
 #include "browse/SearchIndex.h"
+#include "model/Log.h"
 #include "model/TextUtil.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
-#include "playback/SpaceBar.h"
+
+#include <algorithm>
 
 NowPlaying::NowPlaying(Services services, SongLookup lookup, QObject *parent)
     : QObject(parent)
@@ -91,13 +94,43 @@ void NowPlaying::seek(double fraction)
     m_services.controller.seek(fraction);
 }
 
+void NowPlaying::seekBy(double seconds)
+{
+    const double length = m_services.player.duration();
+    if (!m_track || length <= 0)
+        return;
+    // Forward stops short of the end, so that a seek never skips the song.
+    const double to = std::clamp(m_services.player.currentTime() + seconds, 0.0, std::max(0.0, length - 0.5));
+    m_services.controller.seek(to / length);
+}
+
 bool NowPlaying::handleKeyPress(const KeyPressFilter::KeyPress &press)
 {
-    if (!spaceBarTogglesPlayback(press.key, press.modifiers, press.textInputFocused))
+    const PlaybackKey key = playbackKeyFor(press);
+    if (key.action == PlaybackKey::None)
         return false;
-    // Holding the bar down toggles once.
-    if (!press.autoRepeat)
+    // A held toggle is still taken, so that it does nothing else either.
+    if (press.autoRepeat && key.isToggle())
+        return true;
+    switch (key.action) {
+    case PlaybackKey::None:
+        break;
+    case PlaybackKey::TogglePlayPause:
         togglePlayPause();
+        break;
+    case PlaybackKey::Next:
+        next();
+        break;
+    case PlaybackKey::Previous:
+        previous();
+        break;
+    case PlaybackKey::ToggleShuffle:
+        toggleShuffle();
+        break;
+    case PlaybackKey::SeekBy:
+        seekBy(key.seconds);
+        break;
+    }
     return true;
 }
 
@@ -116,6 +149,7 @@ void NowPlaying::setTrack(const std::optional<Track> &track)
     if (track == m_track)
         return;
     m_track = track;
+    qCDebug(lcApp).nospace() << "now playing: " << (m_track ? trackName() : QStringLiteral("nothing"));
     Q_EMIT trackChanged();
     m_services.mpris.updateNowPlaying();
     if (!m_track) {

@@ -79,8 +79,10 @@ public:
     // Jumps to that share (0...1) of the song.
     Q_INVOKABLE void seek(double fraction);
 
-    // The space bar toggles playback unless the user is typing; true when the
-    // key press was handled.
+    // Seconds forward (or back, when negative) in the playing song.
+    Q_INVOKABLE void seekBy(double seconds);
+
+    // The playback keys (PlaybackKeys.h); true when the key press was handled.
     bool handleKeyPress(const KeyPressFilter::KeyPress &press);
 
 Q_SIGNALS:

@@ -18,8 +18,11 @@ struct Triplet
     const char *light;
 };
 
-// Indexed by Role. Two-way colours repeat one value for two themes.
-constexpr std::array<Triplet, 17> table = {{
+// Indexed by Role. Two-way colours repeat one value for two themes. Text keeps
+// 4.5:1 and symbols 3:1 against every surface it is drawn on: sunrise's brand,
+// accent and transport symbols, noir's secondary text and the light theme's blue
+// and grey symbols are the lightest (or darkest) shades of their hue that do.
+constexpr std::array<Triplet, 18> table = {{
     {"#fcf0da", "#1c1c1e", "#ffffff"}, // WindowBackground
     {"#f5e8cc", "#2c2c2e", "#f8f8f8"}, // PanelBackground
     {"#f2d3ab", "#2c2c2e", "#f2f2f7"}, // RaisedBackground
@@ -27,16 +30,17 @@ constexpr std::array<Triplet, 17> table = {{
     {"#e4cda8", "#3a3a3c", "#d1d1d6"}, // ProgressTrack
     {"#e4cda8", "#3a3a3c", "#e5e5ea"}, // SubtleFill
     {"#d9c49a", "#38383a", "#d1d1d6"}, // Border
-    {"#8b6914", "#e3f794", "#007aff"}, // Brand
-    {"#c95c0f", "#e3f794", "#007aff"}, // Accent
-    {"#7d6245", "#e3f794", "#007aff"}, // ButtonFill
-    {"#5e4932", "#cade78", "#0062cc"}, // ButtonFillHover
-    {"#6b4e2a", "#8e8e93", "#636366"}, // SecondaryText
+    {"#715510", "#e3f794", "#0063d0"}, // Brand
+    {"#ab4e0d", "#e3f794", "#0063d0"}, // Accent
+    {"#7d6245", "#e3f794", "#0063d0"}, // ButtonFill
+    {"#5e4932", "#cade78", "#0051a8"}, // ButtonFillHover
+    {"#6b4e2a", "#a3a3a7", "#636366"}, // SecondaryText
     {"#000000", "#f5f5f7", "#000000"}, // PrimaryText
     {"#ffffff", "#111111", "#ffffff"}, // OnAccentText
-    {"#c0a88c", "#8e8e93", "#8e8e93"}, // TransportSymbol
-    {"#666666", "#636366", "#c7c7cc"}, // SelectedAlbumOutline
+    {"#937451", "#8e8e93", "#838389"}, // TransportSymbol
+    {"#666666", "#67676a", "#94949e"}, // SelectedAlbumOutline
     {"#00000010", "#00000040", "#00000008"}, // AlbumHoverShade (alpha first)
+    {"#9a3d00", "#e3f794", "#0062cc"}, // FocusRing
 }};
 
 bool isLetterOrDigit(QChar c)

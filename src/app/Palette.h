@@ -48,6 +48,7 @@ enum class Role {
     TransportSymbol,
     SelectedAlbumOutline,
     AlbumHoverShade,
+    FocusRing,
 };
 
 // The palette's string for a role in a theme, and the colour it parses to.

@@ -42,7 +42,12 @@ void Preferences::selectTheme(int themeIndex)
 
 QStringList Preferences::storedRecentArtists() const
 {
-    const QVariant v = m_settings.value(recentArtistsKey);
+    return storedList(recentArtistsKey);
+}
+
+QStringList Preferences::storedList(const QString &key) const
+{
+    const QVariant v = m_settings.value(key);
     // QSettings stores a one-element list as a plain string; read it back as a list.
     if (v.typeId() == QMetaType::QString) {
         const QString one = v.toString();
@@ -71,4 +76,43 @@ QStringList Preferences::withRecentArtist(QStringList artists, const QString &ar
     if (artists.size() > recentArtistLimit)
         artists.resize(recentArtistLimit);
     return artists;
+}
+
+QList<QUrl> Preferences::libraryFolders() const
+{
+    QList<QUrl> folders;
+    for (const QString &text : storedList(libraryFoldersKey)) {
+        const QUrl url(text);
+        // Anything but a local folder (a hand-edited value) is passed over.
+        if (url.isLocalFile() && !folders.contains(url))
+            folders.append(url);
+    }
+    return folders;
+}
+
+void Preferences::addLibraryFolder(const QUrl &folder)
+{
+    QList<QUrl> folders = libraryFolders();
+    if (!folder.isLocalFile() || folders.contains(folder))
+        return;
+    folders.append(folder);
+    storeLibraryFolders(folders);
+}
+
+void Preferences::removeLibraryFolder(const QUrl &folder)
+{
+    QList<QUrl> folders = libraryFolders();
+    if (folders.removeAll(folder) == 0)
+        return;
+    storeLibraryFolders(folders);
+}
+
+void Preferences::storeLibraryFolders(const QList<QUrl> &folders)
+{
+    QStringList texts;
+    for (const QUrl &url : folders)
+        texts.append(url.toString(QUrl::FullyEncoded));
+    m_settings.setValue(libraryFoldersKey, texts);
+    m_settings.sync();
+    Q_EMIT libraryFoldersChanged();
 }

@@ -6,12 +6,13 @@
 #include <QObject>
 #include <QSettings>
 #include <QString>
+#include <QUrl>
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
-// The three values kept between runs, in QSettings (organisation and
-// application "Tarnwell"): whether the welcome is done, the theme, and the
-// artists played lately. Onboarding and theme are read from the store at every
+// The values kept between runs, in QSettings (organisation and application
+// "Tarnwell"): whether the welcome is done, the theme, the artists played
+// lately and the folders of the library. Onboarding and theme are read from the store at every
 // call, so the stored value always decides; the recent artists are read once.
 class Preferences : public QObject
 {
@@ -22,11 +23,14 @@ class Preferences : public QObject
     Q_PROPERTY(QString selectedTheme READ selectedTheme NOTIFY selectedThemeChanged)
     Q_PROPERTY(int currentTheme READ currentThemeIndex NOTIFY selectedThemeChanged)
     Q_PROPERTY(QStringList recentArtists READ recentArtists NOTIFY recentArtistsChanged)
+    // The imported folders as file URLs, in the order first imported.
+    Q_PROPERTY(QList<QUrl> libraryFolders READ libraryFolders NOTIFY libraryFoldersChanged)
 
 public:
     static inline const QString onboardingKey = QStringLiteral("didCompleteOnboarding");
     static inline const QString themeKey = QStringLiteral("selectedTheme");
     static inline const QString recentArtistsKey = QStringLiteral("recentArtists");
+    static inline const QString libraryFoldersKey = QStringLiteral("libraryFolders");
 
     // At most this many recent artists are kept.
     static constexpr int recentArtistLimit = 10;
@@ -53,7 +57,13 @@ public:
     // The recent-artist list after a song by `artist` started, compared exactly.
     static QStringList withRecentArtist(QStringList artists, const QString &artist);
 
+    QList<QUrl> libraryFolders() const;
+    // A folder imported: kept at the end unless it is kept already.
+    void addLibraryFolder(const QUrl &folder);
+    void removeLibraryFolder(const QUrl &folder);
+
 Q_SIGNALS:
+    void libraryFoldersChanged();
     void didCompleteOnboardingChanged();
     void selectedThemeChanged();
     void recentArtistsChanged();
@@ -61,6 +71,8 @@ Q_SIGNALS:
 private:
     // Empty when nothing (or something that is not a list of strings) is stored.
     QStringList storedRecentArtists() const;
+    QStringList storedList(const QString &key) const;
+    void storeLibraryFolders(const QList<QUrl> &folders);
 
     mutable QSettings m_settings;
     QStringList m_recentArtists;

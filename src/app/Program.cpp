@@ -4,11 +4,11 @@
 #include "AppState.h"
 #include "SingleInstance.h"
 #include "artwork/ArtworkImageProvider.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "playback/MprisService.h"
 
 #include <QCommandLineParser>
-#include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QIcon>
@@ -70,9 +70,14 @@ int run(int argc, char **argv, const WindowHook &onWindow)
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));
-    // Qt has taken its own options out of the arguments by now.
-    parser.process(QCoreApplication::arguments());
-    const QList<QUrl> openUrls = SingleInstance::urlsFrom(parser.positionalArguments(), QDir::currentPath());
+    // Qt has taken its own options out of argv by now. Read from argv itself:
+    // QCoreApplication::arguments() would lose names that aren't UTF-8.
+    arguments.clear();
+    for (int i = 0; i < argc; ++i)
+        arguments.append(localpath::fromBytes(argv[i]));
+    parser.process(arguments);
+    const QList<QUrl> openUrls
+        = SingleInstance::urlsFrom(parser.positionalArguments(), localpath::absolute(QStringLiteral(".")));
     // A Tarnwell already running takes the arguments instead.
     SingleInstance instance;
     if (!instance.claim() && instance.handOff(openUrls))
@@ -88,6 +93,7 @@ int run(int argc, char **argv, const WindowHook &onWindow)
 
     AppState state(nullptr);
     AppState::setInstance(&state);
+    state.importLibraryFolders();
     app.installEventFilter(state.keyPressFilter());
 
     QQmlApplicationEngine engine;

@@ -3,6 +3,7 @@
 
 #include "AppState.h"
 #include "library/FolderScan.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QDBusConnection>
@@ -10,13 +11,13 @@
 #include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusReply>
-#include <QDir>
-#include <QFileInfo>
 #include <QQuickWindow>
 
 #include <algorithm>
 #include <cstdio>
 #include <utility>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -33,25 +34,34 @@ struct LocalEntry
 
 // A folder, or a file the library would hold, as the scan will spell it: the
 // folder's real path, so that the song found by the import is the one meant.
+// By the name's bytes, which need not be UTF-8.
 std::optional<LocalEntry> localEntry(const QUrl &url)
 {
-    if (!url.isLocalFile())
+    const QString path = localpath::pathOf(url);
+    if (path.isEmpty())
         return std::nullopt;
-    const QFileInfo info(url.toLocalFile());
-    if (info.isDir())
-        return LocalEntry { QUrl::fromLocalFile(info.canonicalFilePath()), true };
-    if (!info.isFile() || !hasAudioExtension(info.fileName()))
+    struct stat st;
+    if (::stat(localpath::toBytes(path).constData(), &st) != 0)
         return std::nullopt;
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return LocalEntry { QUrl::fromLocalFile(QDir(folder).filePath(info.fileName())), false };
+    if (S_ISDIR(st.st_mode))
+        return LocalEntry { localpath::fileUrl(localpath::canonical(path)), true };
+    const QString absolute = localpath::absolute(path);
+    const qsizetype slash = absolute.lastIndexOf(u'/');
+    const QString name = absolute.sliced(slash + 1);
+    if (!S_ISREG(st.st_mode) || !hasAudioExtension(name))
+        return std::nullopt;
+    QString folder = localpath::canonical(slash > 0 ? absolute.first(slash) : QStringLiteral("/"));
+    if (!folder.endsWith(u'/'))
+        folder += u'/';
+    return LocalEntry { localpath::fileUrl(folder + name), false };
 }
 
 bool holds(const QUrl &folder, const QUrl &file)
 {
-    QString prefix = folder.toLocalFile();
-    if (!prefix.endsWith(u'/'))
-        prefix += u'/';
-    return file.toLocalFile().startsWith(prefix);
+    QByteArray prefix = localpath::bytesOf(folder);
+    if (!prefix.endsWith('/'))
+        prefix += '/';
+    return localpath::bytesOf(file).startsWith(prefix);
 }
 
 } // namespace
@@ -174,7 +184,7 @@ void SingleInstance::onFolderImported(const QUrl &folder)
         return;
     const QUrl song = *std::exchange(m_song, std::nullopt);
     if (!playIfInLibrary(song))
-        qCWarning(lcApp) << "not in the library after its folder was imported:" << song.toLocalFile();
+        qCWarning(lcApp) << "not in the library after its folder was imported:" << localpath::readable(localpath::pathOf(song));
 }
 
 bool SingleInstance::playIfInLibrary(const QUrl &song)
@@ -207,11 +217,20 @@ QList<QUrl> SingleInstance::urlsFrom(const QStringList &arguments, const QString
 {
     QList<QUrl> urls;
     for (const QString &argument : arguments) {
-        const QUrl url = QUrl::fromUserInput(argument, workingFolder, QUrl::AssumeLocalFile);
+        // A path, relative ones from the working folder, or a URL; names are
+        // kept as the bytes they were given in (model/LocalPath.h).
+        QUrl url;
+        if (argument.startsWith(u"file:", Qt::CaseInsensitive))
+            url = localpath::fileUrl(localpath::absolute(argument));
+        else if (argument.contains(u"://"))
+            url = QUrl(argument);
+        else
+            url = localpath::fileUrl(localpath::absolute(argument.startsWith(u'/') ? argument : workingFolder + u'/' + argument));
         if (const std::optional<LocalEntry> entry = localEntry(url))
             urls.append(entry->url);
         else
-            std::fprintf(stderr, "tarnwell: %s is not a folder or a song; skipped\n", qPrintable(argument));
+            std::fprintf(stderr, "tarnwell: %s is not a folder or a song; skipped\n",
+                         localpath::readable(argument).toUtf8().constData());
     }
     return urls;
 }

@@ -6,6 +6,9 @@
 #include "tags/TagReader.h"
 #include "tags/TagWriter.h"
 
+#include "model/Log.h"
+
+#include <QFileInfo>
 #include <QtConcurrent>
 
 namespace {
@@ -79,15 +82,37 @@ void TagEditorSession::save(const QString &title, const QString &artist, const Q
         close();
         return;
     }
-    QtConcurrent::run([path = m_track->path(), title = tagValue(title), artist = tagValue(artist),
-                       album = tagValue(album)] { return saveTags(path, title, artist, album); })
-        .then(this, [this](bool written) {
-            close();
-            if (!written)
+    const QString path = m_track->path();
+    const quint64 request = m_request;
+    QtConcurrent::run([path, edit = TagEdit::fromValues(tagValue(title), tagValue(artist), tagValue(album))] {
+        return saveTags(path, edit);
+    }).then(this, [this, path, request](const SaveResult &result) {
+            // The editor was closed or moved on to another song meanwhile.
+            if (request != m_request)
                 return;
+            if (!result) {
+                qCWarning(lcApp).noquote() << "tags not saved:" << result.message(path);
+                // The editor stays with what was typed, and says why.
+                setError(failureMessage(path, result));
+                return;
+            }
+            close();
             m_banner.show(QStringLiteral("Tags saved"), Banner::Animation::Default, savedMessageMs);
             Q_EMIT saved();
         });
+}
+
+QString TagEditorSession::failureMessage(const QString &path, const SaveResult &result)
+{
+    return QStringLiteral("Could not save '%1': %2").arg(QFileInfo(path).fileName(), result.reason());
+}
+
+void TagEditorSession::setError(const QString &error)
+{
+    if (error == m_error)
+        return;
+    m_error = error;
+    Q_EMIT errorChanged();
 }
 
 void TagEditorSession::set(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta)
@@ -95,6 +120,7 @@ void TagEditorSession::set(const std::optional<Track> &track, const std::optiona
     const bool same = track == m_track && !meta && !m_meta;
     m_track = track;
     m_meta = meta;
+    setError(QString());
     if (!same)
         Q_EMIT changed();
 }

@@ -4,6 +4,7 @@
 #include "Library.h"
 #include "model/Track.h"
 #include "model/TrackMetadata.h"
+#include "tags/SavePlan.h"
 
 #include <QObject>
 #include <QVariantMap>
@@ -17,7 +18,8 @@ class Banner;
 //
 //   open(song) ─ tags read on the pool ─► open, with the tags as they are
 //   save(title, artist, album) ─ written on the pool ─► closed; "Tags saved"
-//                                                       and saved() when written
+//                                                       and saved() when written,
+//                                   else open with the reason in error
 //
 // Only the latest open() opens the editor: a close meanwhile keeps it closed.
 class TagEditorSession : public QObject
@@ -30,6 +32,8 @@ class TagEditorSession : public QObject
     Q_PROPERTY(QString fileName READ fileName NOTIFY changed)
     // The tags read for the song: {title, artist, album, genre}, absent tags left out.
     Q_PROPERTY(QVariantMap meta READ meta NOTIFY changed)
+    // Why the last save failed, e.g. "Could not save 'x.mp3': the file is read-only".
+    Q_PROPERTY(QString error READ error NOTIFY errorChanged)
 
 public:
     // How long "Tags saved" stays, in milliseconds.
@@ -41,6 +45,10 @@ public:
     QString trackId() const;
     QString fileName() const;
     QVariantMap meta() const;
+    QString error() const { return m_error; }
+
+    // "Could not save 'x.mp3': the file is read-only"
+    static QString failureMessage(const QString &path, const SaveResult &result);
 
     Q_INVOKABLE void open(const QString &trackId);
     void open(const Track &track);
@@ -51,15 +59,18 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void errorChanged();
     // A song's file was written.
     void saved();
 
 private:
     void set(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);
+    void setError(const QString &error);
 
     Banner &m_banner;
     SongLookup m_lookup;
     std::optional<Track> m_track;
     std::optional<TrackMetadata> m_meta;
     quint64 m_request = 0;
+    QString m_error;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Theme.h"
 
+#include "Motion.h"
+
 #include <QFontDatabase>
 
 Theme::Theme(QObject *parent)
@@ -32,6 +34,11 @@ QStringList Theme::themeRawValues()
     for (AppTheme t : palette::allThemes())
         values.append(palette::rawValue(t));
     return values;
+}
+
+bool Theme::reduceMotion()
+{
+    return desktopReducesMotion();
 }
 
 QString Theme::uiFont()

@@ -40,6 +40,8 @@ class Theme : public QObject
     Q_PROPERTY(QColor transportSymbol READ transportSymbol NOTIFY changed)
     Q_PROPERTY(QColor selectedAlbumOutline READ selectedAlbumOutline NOTIFY changed)
     Q_PROPERTY(QColor albumHoverShade READ albumHoverShade NOTIFY changed)
+    // The ring around what has the keyboard focus (>= 3:1 on the backgrounds).
+    Q_PROPERTY(QColor focusRing READ focusRing NOTIFY changed)
     // The shadow under popups and panels: black in every theme.
     Q_PROPERTY(QColor shadow READ shadow CONSTANT)
 
@@ -49,6 +51,9 @@ class Theme : public QObject
 
     // Shared timings, in milliseconds, and the easing curves as QML's
     // Easing.Bezier control points.
+    // Every animation's length goes through here: with reduced motion
+    // (Motion.h) springs and fades end at once.
+    Q_PROPERTY(bool reduceMotion READ reduceMotion CONSTANT)
     Q_PROPERTY(int panelDuration READ panelDuration CONSTANT)
     Q_PROPERTY(int hoverDuration READ hoverDuration CONSTANT)
     Q_PROPERTY(int popupDuration READ popupDuration CONSTANT)
@@ -86,17 +91,21 @@ public:
     QColor transportSymbol() const { return role(palette::Role::TransportSymbol); }
     QColor selectedAlbumOutline() const { return role(palette::Role::SelectedAlbumOutline); }
     QColor albumHoverShade() const { return role(palette::Role::AlbumHoverShade); }
+    QColor focusRing() const { return role(palette::Role::FocusRing); }
     static QColor shadow() { return Qt::black; }
 
     static QString uiFont();
     static QString wordMarkFont();
     static QString symbolFont();
 
-    static int panelDuration() { return 150; }
-    static int hoverDuration() { return 120; }
-    static int popupDuration() { return 120; }
-    static int defaultDuration() { return 350; }
-    static int springDuration() { return 450; }
+    static bool reduceMotion();
+    // A length in milliseconds, or 0 with reduced motion.
+    Q_INVOKABLE static int duration(int milliseconds) { return reduceMotion() ? 0 : milliseconds; }
+    static int panelDuration() { return duration(150); }
+    static int hoverDuration() { return duration(120); }
+    static int popupDuration() { return duration(120); }
+    static int defaultDuration() { return duration(350); }
+    static int springDuration() { return duration(450); }
     static QVariantList easeOut();
     static QVariantList easeInOut();
     static QVariantList easeIn();

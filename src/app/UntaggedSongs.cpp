@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "UntaggedSongs.h"
 
+#include "TagEditorSession.h"
+
 #include "model/Log.h"
 #include "model/TextUtil.h"
 #include "tags/TagReader.h"
@@ -66,6 +68,7 @@ void UntaggedSongs::load(const QList<Track> &tracks)
     m_editing.clear();
     endResetModel();
     m_showEditor = false;
+    m_saveError.clear();
     m_loading = true;
     m_message.clear();
     Q_EMIT rowsChanged();
@@ -148,6 +151,7 @@ void UntaggedSongs::editSelected()
             m_editing.append(t);
     }
     m_showEditor = true;
+    m_saveError.clear();
     Q_EMIT editorChanged();
 }
 
@@ -158,6 +162,7 @@ void UntaggedSongs::editOne(const QString &trackId)
         if (id && t.id == *id) {
             m_editing = {t};
             m_showEditor = true;
+            m_saveError.clear();
             Q_EMIT editorChanged();
             return;
         }
@@ -169,6 +174,7 @@ void UntaggedSongs::closeEditor()
     if (!m_showEditor)
         return;
     m_showEditor = false;
+    m_saveError.clear();
     Q_EMIT editorChanged();
 }
 
@@ -211,7 +217,8 @@ void UntaggedSongs::saveBatch(const QString &title, const QString &artist, const
         // Small groups: the files of a group are flushed to disk together, and
         // the window hears of the progress after each group.
         constexpr qsizetype group = 16;
-        QList<QUuid> saved;
+        Outcome outcome;
+        QList<QUuid> &saved = outcome.saved;
         for (qsizetype start = 0; start < songs.size(); start += group) {
             QStringList paths;
             const QList<Track> part = songs.mid(start, group);
@@ -221,6 +228,8 @@ void UntaggedSongs::saveBatch(const QString &title, const QString &artist, const
             for (qsizetype i = 0; i < results.size(); ++i) {
                 if (results.at(i))
                     saved.append(part.at(i).id);
+                else
+                    outcome.failures.append(TagEditorSession::failureMessage(paths.at(i), results.at(i)));
             }
             const int count = int(saved.size());
             QMetaObject::invokeMethod(qApp, [self, count] {
@@ -230,15 +239,16 @@ void UntaggedSongs::saveBatch(const QString &title, const QString &artist, const
                 }
             });
         }
-        return saved;
-    }).then(this, [this, newTitle, newArtist, newAlbum](const QList<QUuid> &saved) {
-        finishSave(saved, newTitle, newArtist, newAlbum);
+        return outcome;
+    }).then(this, [this, newTitle, newArtist, newAlbum](const Outcome &outcome) {
+        finishSave(outcome, newTitle, newArtist, newAlbum);
     });
 }
 
-void UntaggedSongs::finishSave(const QList<QUuid> &saved, const std::optional<QString> &title,
+void UntaggedSongs::finishSave(const Outcome &outcome, const std::optional<QString> &title,
                                const std::optional<QString> &artist, const std::optional<QString> &album)
 {
+    const QList<QUuid> &saved = outcome.saved;
     for (const QUuid &id : saved) {
         TrackMetadata &meta = m_metadata[id];
         if (title)
@@ -249,8 +259,12 @@ void UntaggedSongs::finishSave(const QList<QUuid> &saved, const std::optional<QS
             meta.album = album;
     }
     m_saving = false;
-    m_selected.clear();
-    m_showEditor = false;
+    m_saveError = outcome.failures.join(u'\n');
+    // With files left unsaved the editor stays, with what was typed, to try again.
+    if (outcome.failures.isEmpty()) {
+        m_selected.clear();
+        m_showEditor = false;
+    }
     rebuildRows();
     Q_EMIT savingChanged();
     Q_EMIT selectionChanged();

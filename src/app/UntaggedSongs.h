@@ -17,7 +17,8 @@
 //   load(tracks) ─ readMetadata on the pool ─► metadata ─► rows (untagged only)
 //   editSelected / editOne ─► editing songs, initial values ─► the panel
 //   saveBatch ─ one file after another on the pool, progress ─► metadata updated,
-//                "Saved to N files" in the screen's own banner
+//                "Saved to N files" in the screen's own banner; files that could
+//                not be saved keep the editor open, listed in saveError
 class UntaggedSongs : public QAbstractListModel
 {
     Q_OBJECT
@@ -34,6 +35,8 @@ class UntaggedSongs : public QAbstractListModel
     Q_PROPERTY(bool isSaving READ isSaving NOTIFY savingChanged)
     Q_PROPERTY(int savedSoFar READ savedSoFar NOTIFY savingChanged)
     Q_PROPERTY(Banner *message READ message CONSTANT)
+    // The files the last save could not write, one line each; empty when all were.
+    Q_PROPERTY(QString saveError READ saveError NOTIFY editorChanged)
 
 public:
     enum Role { TrackIdRole = Qt::UserRole + 1, NameRole, MissingRole, SelectedRole };
@@ -57,6 +60,7 @@ public:
     QString editingFileName() const;
     QVariantMap initialValues() const;
     bool isSaving() const { return m_saving; }
+    QString saveError() const { return m_saveError; }
     int savedSoFar() const { return m_savedSoFar; }
     Banner *message() { return &m_message; }
     std::optional<TrackMetadata> metadata(const QUuid &id) const;
@@ -84,7 +88,12 @@ Q_SIGNALS:
 
 private:
     void rebuildRows();
-    void finishSave(const QList<QUuid> &saved, const std::optional<QString> &title,
+    struct Outcome
+    {
+        QList<QUuid> saved;
+        QStringList failures; // "Could not save 'x.mp3': reason"
+    };
+    void finishSave(const Outcome &outcome, const std::optional<QString> &title,
                     const std::optional<QString> &artist, const std::optional<QString> &album);
 
     QList<Track> m_tracks;
@@ -96,6 +105,7 @@ private:
     bool m_showEditor = false;
     bool m_saving = false;
     int m_savedSoFar = 0;
+    QString m_saveError;
     Banner m_message;
     quint64 m_generation = 0;
 };

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ArtworkImageProvider.h"
 
+#include "AlbumPictures.h"
 #include "ArtworkLoader.h"
 #include "ArtworkSource.h"
 #include "Coro.h"
+#include "model/LocalPath.h"
 
 #include <QMutex>
 #include <QQuickImageResponse>
@@ -88,19 +90,16 @@ QCoro::Task<std::optional<QImage>> find(ArtworkLoader *loader, artworksource::Re
 {
     switch (request.kind) {
     case artworksource::Request::Track: {
-        const QUrl file = QUrl::fromLocalFile(request.path);
+        const QUrl file = localpath::fileUrl(request.path);
         std::optional<QImage> own = co_await loader->trackArtwork(file);
         if (own || !request.album)
             co_return own;
         co_return co_await loader->albumArt(request.artist, request.album, cancel);
     }
     case artworksource::Request::Album:
-        co_return co_await loader->albumArt(request.artist, request.album, cancel);
+        co_return co_await loader->albumPictures().album(request.artist, request.album, cancel);
     case artworksource::Request::Artist:
-    {
-        const QString name = request.artist.value_or(QString());
-        co_return co_await loader->artistImage(name, cancel);
-    }
+        co_return co_await loader->albumPictures().artist(request.artist.value_or(QString()), cancel);
     case artworksource::Request::Playing:
         co_return loader->image();
     }

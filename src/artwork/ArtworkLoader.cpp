@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ArtworkLoader.h"
+#include "AlbumPictures.h"
 
 #include "Coro.h"
 #include "ImageCodec.h"
 #include "LocalArtwork.h"
 #include "OnlineArtwork.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 #include "tags/TagReader.h"
@@ -63,6 +65,7 @@ ArtworkLoader::ArtworkLoader(Options options, QObject *parent)
     , m_artworkCache(qsizetype(options.artworkCacheBytes / 1024))
     , m_trackArtworkCache(qsizetype(options.trackCacheBytes / 1024))
     , m_decodeMemo(std::make_shared<DecodeMemo>(options.decodeMemoBytes))
+    , m_albumPictures(std::make_unique<AlbumPictures>(*this))
 {
 }
 
@@ -115,6 +118,30 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::albumArt(std::optional<QString
     co_return co_await picture(albumKey(artist, album), path, chain, cancel);
 }
 
+QCoro::Task<std::optional<QImage>> ArtworkLoader::savedArtistImage(QString name)
+{
+    co_return co_await saved(artistKey(name), artwork::artistCopyPath(m_musicFolder, name));
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::savedAlbumArt(std::optional<QString> artist,
+                                                                std::optional<QString> album)
+{
+    const std::optional<QString> path =
+        artist && album ? artwork::albumCopyPath(m_musicFolder, *artist, *album) : std::nullopt;
+    co_return co_await saved(albumKey(artist, album), path);
+}
+
+QCoro::Task<std::optional<QImage>> ArtworkLoader::saved(QString key, std::optional<QString> path)
+{
+    if (std::optional<QImage> hit = cached(m_artworkCache, key))
+        co_return hit;
+    const QPointer<ArtworkLoader> self(this);
+    std::optional<QImage> copy = co_await diskCopy(path);
+    if (self && copy)
+        remember(m_artworkCache, key, *copy);
+    co_return copy;
+}
+
 QCoro::Task<std::optional<QImage>> ArtworkLoader::picture(QString key, std::optional<QString> path,
                                                           OnlineChain chain, CancelToken cancel)
 {
@@ -156,7 +183,7 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
     if (!file.isLocalFile())
         co_return std::nullopt;
 
-    const QString path = file.toLocalFile();
+    const QString path = localpath::pathOf(file);
     auto job = QtConcurrent::run([path, memo = m_decodeMemo]() -> std::optional<QImage> {
         // The folder's picture wins over the one inside the file.
         if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath(), memo.get()))
@@ -188,7 +215,17 @@ void ArtworkLoader::clear()
 QCoro::Task<> ArtworkLoader::runLoad(QUrl file, CancelToken cancel)
 {
     const QPointer<ArtworkLoader> self(this);
-    std::optional<QImage> picture = co_await songPicture(file, std::nullopt, std::nullopt, cancel);
+    std::optional<QImage> picture = co_await trackArtwork(file);
+    if (self && !picture && !cancel.isCancelled()) {
+        const auto [artist, album] = co_await albumNames(file);
+        if (self && !cancel.isCancelled())
+            picture = co_await savedAlbumArt(artist, album);
+        // Not the previous song's picture while the album is looked up online.
+        if (self && !picture && !cancel.isCancelled()) {
+            setImage(std::nullopt);
+            picture = co_await albumArt(artist, album, cancel);
+        }
+    }
     if (!self)
         co_return;
     if (picture && !cancel.isCancelled())
@@ -201,19 +238,26 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::songPicture(QUrl file, std::op
 {
     if (std::optional<QImage> own = co_await trackArtwork(file))
         co_return own;
+    if (!artist || !album) {
+        const auto [tagArtist, tagAlbum] = co_await albumNames(file);
+        if (cancel.isCancelled())
+            co_return std::nullopt;
+        artist = artist.value_or(tagArtist);
+        album = album.value_or(tagAlbum);
+    }
+    co_return co_await albumArt(artist, album, cancel);
+}
 
-    const QString path = file.toLocalFile();
+QCoro::Task<std::pair<QString, QString>> ArtworkLoader::albumNames(QUrl file)
+{
+    const QString path = localpath::pathOf(file);
     auto job = QtConcurrent::run([path] { return readMetadata(path); });
     const TrackMetadata tags = co_await whenDone(this, job);
-    if (cancel.isCancelled())
-        co_return std::nullopt;
-
     // A song without artist or album tag is looked up with its title (or its
     // file name) in their place.
     const QString fallback = text::nonEmptyTrimmed(tags.title).value_or(text::displayName(path));
-    const QString albumArtist = artist.value_or(text::nonEmptyTrimmed(tags.artist).value_or(fallback));
-    const QString albumName = album.value_or(text::nonEmptyTrimmed(tags.album).value_or(fallback));
-    co_return co_await albumArt(albumArtist, albumName, cancel);
+    co_return std::pair{text::nonEmptyTrimmed(tags.artist).value_or(fallback),
+                        text::nonEmptyTrimmed(tags.album).value_or(fallback)};
 }
 
 void ArtworkLoader::setImage(std::optional<QImage> image)

@@ -9,7 +9,10 @@
 //   artistImage(name) ───────┴─ artworkCache ─ SharedLookups (one lookup a key)
 //        └─ the JPEG copy under Music ─ RequestThrottler slot ─ OnlineArtwork
 //           chains ─ saveJPEG copy + cache
-//   load(track) ─ trackArtwork, else the tags ─ albumArt ─ image (the playing song)
+//   load(track) ─ trackArtwork, else the tags ─ albumArt ─ image (the playing song);
+//                 a song with no picture of its own and none on disk shows none
+//                 until the album's lookup finds one
+//   albumPictures ─ albums and artists pictured by the library's own songs (AlbumPictures.h)
 //   ArtworkImageProvider ─ image://artwork/... for QML, scaled off the GUI thread
 //
 // Everything here runs on the GUI thread as coroutines that suspend at every
@@ -43,6 +46,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+
+class AlbumPictures;
 
 class ArtworkLoader : public QObject
 {
@@ -81,6 +86,11 @@ public:
     QCoro::Task<std::optional<QImage>> albumArt(std::optional<QString> artist, std::optional<QString> album,
                                                 CancelToken cancel = {});
     QCoro::Task<std::optional<QImage>> trackArtwork(QUrl file);
+    // What is known without asking online: the picture in memory or the copy on disk.
+    QCoro::Task<std::optional<QImage>> savedArtistImage(QString name);
+    QCoro::Task<std::optional<QImage>> savedAlbumArt(std::optional<QString> artist, std::optional<QString> album);
+
+    AlbumPictures &albumPictures() { return *m_albumPictures; }
 
     // The picture load() finds for a song: its own (trackArtwork), else the
     // album's, looked up by its tags with the title (or file name) standing in
@@ -90,8 +100,8 @@ public:
                                                    CancelToken cancel = {});
 
     // Finds the picture of the song that starts playing and publishes it in
-    // image(); cancels the previous load. The old picture stays until a new one
-    // is found, and stays for good if none is.
+    // image(); cancels the previous load. The old picture stays until the song
+    // is known to have none of its own or on disk.
     void load(const Track &track);
     // For when nothing plays any more: cancels the load and clears image().
     void clear();
@@ -123,6 +133,9 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<> runLoad(QUrl file, CancelToken cancel);
+    QCoro::Task<std::optional<QImage>> saved(QString key, std::optional<QString> path);
+    // The artist and album a song's picture is looked up by (see songPicture).
+    QCoro::Task<std::pair<QString, QString>> albumNames(QUrl file);
     using OnlineChain = std::function<QCoro::Task<std::optional<QImage>>(online::Lookup)>;
     // The cache, else the one shared lookup of the key.
     QCoro::Task<std::optional<QImage>> picture(QString key, std::optional<QString> path, OnlineChain chain,
@@ -144,4 +157,5 @@ private:
     CancelToken m_task;
     std::optional<QImage> m_image;
     quint64 m_imageSerial = 0;
+    std::unique_ptr<AlbumPictures> m_albumPictures;
 };

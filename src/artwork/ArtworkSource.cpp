@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ArtworkSource.h"
 
+#include "model/LocalPath.h"
+
 #include <QStringList>
 
 namespace artworksource {
@@ -9,7 +11,8 @@ namespace {
 
 QString encode(const QString &part)
 {
-    return QString::fromLatin1(QUrl::toPercentEncoding(part));
+    // By bytes, so a file name that isn't UTF-8 keeps its %XX.
+    return QString::fromLatin1(localpath::toBytes(part).toPercentEncoding());
 }
 
 QUrl make(const QStringList &parts)
@@ -24,7 +27,7 @@ QUrl make(const QStringList &parts)
 // "%25" or "%2F"), so decoding once more is exact either way.
 QString decode(const QString &part)
 {
-    return QUrl::fromPercentEncoding(part.toUtf8());
+    return localpath::fromBytes(QByteArray::fromPercentEncoding(localpath::toBytes(part)));
 }
 
 std::optional<QString> optionalPart(const QString &part)

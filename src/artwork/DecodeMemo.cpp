@@ -2,9 +2,11 @@
 #include "DecodeMemo.h"
 
 #include "ImageCodec.h"
+#include "model/LocalPath.h"
 
 #include <QCryptographicHash>
-#include <QFileInfo>
+
+#include <sys/stat.h>
 
 DecodeMemo::DecodeMemo(qint64 budgetBytes)
     : m_images(qsizetype(budgetBytes / 1024))
@@ -30,11 +32,12 @@ void DecodeMemo::remember(const QByteArray &key, const std::optional<QImage> &im
 
 std::optional<QImage> DecodeMemo::loadFile(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.isFile())
+    const QByteArray name = localpath::toBytes(path);
+    struct stat st;
+    if (::stat(name.constData(), &st) != 0 || !S_ISREG(st.st_mode))
         return std::nullopt;
-    const QByteArray key = "file\n" + path.toUtf8() + '\n' + QByteArray::number(info.size()) + '\n'
-        + QByteArray::number(info.lastModified().toMSecsSinceEpoch());
+    const QByteArray key = "file\n" + name + '\n' + QByteArray::number(qint64(st.st_size)) + '\n'
+        + QByteArray::number(qint64(st.st_mtim.tv_sec)) + '.' + QByteArray::number(qint64(st.st_mtim.tv_nsec));
     if (auto known = find(key))
         return *known;
     std::optional<QImage> image = artwork::loadImageFile(path);

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ImageCodec.h"
 
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QBuffer>
-#include <QFileInfo>
+#include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace artwork {
 
@@ -103,14 +108,22 @@ std::optional<QImage> decodeImage(const QByteArray &bytes)
 
 std::optional<QImage> loadImageFile(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.isFile())
+    // Opened by its exact bytes (QFile would re-encode the name), without
+    // blocking on a FIFO, which is refused with everything but regular files.
+    const int fd = ::open(localpath::toBytes(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    struct stat st;
+    if (fd < 0)
         return std::nullopt;
-    QImageReader reader(path);
+    QFile file;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode) || !file.open(fd, QIODevice::ReadOnly, QFile::AutoCloseHandle)) {
+        ::close(fd);
+        return std::nullopt;
+    }
+    QImageReader reader(&file);
     // By content, not by name: scan01.JPG may well be a PNG.
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
-    return read(reader, path);
+    return read(reader, localpath::readable(path));
 }
 
 std::optional<QByteArray> encodeJpeg(const QImage &image)

@@ -3,13 +3,17 @@
 
 #include "DecodeMemo.h"
 #include "ImageCodec.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 
 #include <QCryptographicHash>
 #include <QDir>
-#include <QSaveFile>
 #include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <dirent.h>
 
 namespace artwork {
 
@@ -97,6 +101,23 @@ bool hasImageExtension(const QString &fileName)
     return false;
 }
 
+// The names in a folder, hidden ones left out, in name order; nothing when it
+// can't be listed. Listed by bytes, as QDir would miss names that aren't UTF-8.
+QStringList visibleEntries(const QString &directory)
+{
+    QStringList names;
+    DIR *dir = ::opendir(localpath::toBytes(directory).constData());
+    if (!dir)
+        return names;
+    while (const dirent *entry = ::readdir(dir)) {
+        if (entry->d_name[0] != '.')
+            names.append(localpath::fromBytes(entry->d_name));
+    }
+    ::closedir(dir);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 } // namespace
 
 QString sanitizedPathComponent(const QString &text)
@@ -140,20 +161,17 @@ std::optional<QString> albumCopyPath(const QString &musicFolder, const QString &
 std::optional<QImage> folderImage(const QString &directory, DecodeMemo *memo)
 {
     const auto load = [memo](const QString &path) { return memo ? memo->loadFile(path) : loadImageFile(path); };
-    const QDir dir(directory);
+    const QString prefix = directory.endsWith(u'/') ? directory : directory + u'/';
     for (const char *name : wellKnownNames) {
         for (const char *ext : imageExtensions) {
-            const QString path = dir.filePath(QLatin1StringView(name) + u'.' + QLatin1StringView(ext));
-            if (std::optional<QImage> image = load(path))
+            if (std::optional<QImage> image = load(prefix + QLatin1StringView(name) + u'.' + QLatin1StringView(ext)))
                 return image;
         }
     }
-    // QDir skips hidden entries unless asked; a listing error is an empty list.
-    const QStringList entries = dir.entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QString &entry : entries) {
+    for (const QString &entry : visibleEntries(directory)) {
         if (!hasImageExtension(entry))
             continue;
-        if (std::optional<QImage> image = load(dir.filePath(entry)))
+        if (std::optional<QImage> image = load(prefix + entry))
             return image;
     }
     return std::nullopt;

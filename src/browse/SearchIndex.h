@@ -4,14 +4,18 @@
 #include "TrackIndex.h"
 
 #include <QObject>
+#include <QSet>
+#include <QUuid>
 #include <QVariantMap>
 
 // Owns the current search index on the GUI thread. add() reads the tags of
 // new songs on the thread pool and returns at once; when the build finishes,
 // the index with the new songs at its end replaces the current one in one
-// step, and songsIndexed tells which entries are new. One build runs at a
-// time: songs added meanwhile wait and go into the next. Until a build lands,
-// queries answer from the previous index.
+// step, and songsIndexed tells which entries are new. retain() drops the
+// entries of songs that left the library, on the pool too, without reading a
+// tag (songsRemoved). One build runs at a time: songs added or dropped
+// meanwhile wait for the next. Until a build lands, queries answer from the
+// previous index.
 class SearchIndex : public QObject
 {
     Q_OBJECT
@@ -24,6 +28,9 @@ public:
     explicit SearchIndex(MetadataReader reader, QObject *parent = nullptr);
 
     void add(const QList<Track> &songs);
+    // The library is now these songs: the entries (and songs waiting to be
+    // indexed) of any other go.
+    void retain(const QList<Track> &songs);
 
     const TrackIndex &trackIndex() const { return m_index; }
     int count() const { return int(m_index.size()); }
@@ -41,12 +48,17 @@ Q_SIGNALS:
     void isBuildingChanged();
     // Entries [first, first + count) of the index are new.
     void songsIndexed(int first, int count);
+    // Entries of songs that left the library are gone; the rest keep their order.
+    void songsRemoved();
 
 private:
     void startBuild();
+    void finishBuild();
 
     MetadataReader m_reader;
     TrackIndex m_index;
     QList<Track> m_waiting;
+    QList<Track> m_inFlight;
+    QSet<QUuid> m_removed;
     bool m_building = false;
 };

@@ -3,34 +3,29 @@
 
 #include "browse/Grouping.h"
 #include "model/JsonWriter.h"
+#include "model/LocalPath.h"
 
-#include <QFileInfo>
-
-int cli::artists(const QStringList &args)
+int cli::artists(const Arguments &args)
 {
-    if (args.size() != 1) {
-        error(QStringLiteral("usage: tarnwell-cli artists DIR"));
-        return usageError;
-    }
-    if (!QFileInfo(args.at(0)).isDir()) {
-        error(QStringLiteral("%1 is not a folder").arg(args.at(0)));
+    if (args.operands.size() != 1)
+        return badUsage("artists", QStringLiteral("give one folder"));
+    const QString folder = absolutePaths(args.operands).first();
+    if (const QString why = folderProblem(folder); !why.isEmpty()) {
+        error(QStringLiteral("%1: %2").arg(localpath::readable(folder), why));
         return 1;
     }
-    const QList<ArtistGroup> groups = loadArtists(libraryOf(args.at(0))).result();
+    std::vector<UnreadableFolder> unreadable;
+    const QList<ArtistGroup> groups = loadArtists(libraryOf(folder, &unreadable)).result();
     JsonWriter w;
     w.beginArray();
     for (const ArtistGroup &g : groups) {
         w.beginObject();
         w.key(u"name");
         w.value(g.name);
-        w.key(u"tracks");
-        w.beginArray();
-        for (const Track &t : g.tracks)
-            w.value(t.path());
-        w.endArray();
+        writeTrackLists(w, g.tracks);
         w.endObject();
     }
     w.endArray();
     out(w.take() + '\n');
-    return 0;
+    return reportUnreadable(unreadable) ? 1 : 0;
 }

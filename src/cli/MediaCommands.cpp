@@ -9,9 +9,9 @@
 
 namespace {
 
-using MediaEntry = int (*)(const char *command, const QStringList &args);
+using MediaEntry = int (*)(const char *command, const cli::Arguments &args);
 
-int runMedia(const char *command, const QStringList &args)
+int runMedia(const char *command, const cli::Arguments &args)
 {
     // Beside the program in the build tree; in the library folder once installed.
     const QString name = QStringLiteral("tarnwell-cli-media");
@@ -28,12 +28,12 @@ int runMedia(const char *command, const QStringList &args)
 
 namespace cli {
 
-int play(const QStringList &args)
+int play(const Arguments &args)
 {
     return runMedia("play", args);
 }
 
-int artwork(const QStringList &args)
+int artwork(const Arguments &args)
 {
     return runMedia("artwork", args);
 }

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-extern "C" Q_DECL_EXPORT int tarnwell_cli_media(const char *command, const QStringList &args)
+extern "C" Q_DECL_EXPORT int tarnwell_cli_media(const char *command, const cli::Arguments &args)
 {
     if (std::strcmp(command, "play") == 0)
         return cli::play(args);

@@ -6,12 +6,12 @@
 // Ctrl+C stops.
 #include "Commands.h"
 
+#include "model/LocalPath.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -41,44 +41,24 @@ void line(const QString &text)
     std::fflush(stdout);
 }
 
-int usage()
-{
-    cli::error(QStringLiteral(
-        "usage: tarnwell-cli play [--shuffle] [--repeat] [--no-gapless] [--no-levelling] FILE..."));
-    return cli::usageError;
-}
-
 } // namespace
 
-int cli::play(const QStringList &args)
+int cli::play(const Arguments &args)
 {
-    bool shuffle = false;
-    bool repeat = false;
-    bool gapless = true;
-    bool levelling = true;
+    if (args.operands.isEmpty())
+        return badUsage("play", QStringLiteral("give at least one file"));
+    const bool shuffle = args.has("--shuffle");
+    const bool repeat = args.has("--repeat");
+    const bool gapless = !args.has("--no-gapless");
+    const bool levelling = !args.has("--no-levelling");
     QList<Track> tracks;
-    for (const QString &arg : args) {
-        if (arg == u"--shuffle") {
-            shuffle = true;
-        } else if (arg == u"--repeat") {
-            repeat = true;
-        } else if (arg == u"--no-gapless") {
-            gapless = false;
-        } else if (arg == u"--no-levelling") {
-            levelling = false;
-        } else if (arg.startsWith(u"--")) {
-            return usage();
-        } else {
-            const QFileInfo info(arg);
-            if (!info.isFile()) {
-                error(QStringLiteral("%1: no such file").arg(arg));
-                return 1;
-            }
-            tracks.append(Track::create(QUrl::fromLocalFile(info.absoluteFilePath())));
+    for (const QString &path : absolutePaths(args.operands)) {
+        if (const QString why = fileProblem(path); !why.isEmpty()) {
+            error(QStringLiteral("%1: %2").arg(localpath::readable(path), why));
+            return 1;
         }
+        tracks.append(Track::create(localpath::fileUrl(path)));
     }
-    if (tracks.isEmpty())
-        return usage();
 
     AudioPlayer player;
     player.overrideVolumeLevelling(levelling);
@@ -90,7 +70,7 @@ int cli::play(const QStringList &args)
 
     controller.setChangeListener([&](unsigned changes) {
         if (changes & PlaybackController::PlayingTrackChanged) {
-            line(QStringLiteral("playing %1").arg(controller.playingTrack()->path()));
+            line(QStringLiteral("playing %1").arg(localpath::readable(controller.playingTrack()->path())));
             mpris.updateNowPlaying();
         }
     });
@@ -146,7 +126,7 @@ int cli::play(const QStringList &args)
         ticker.start();
         code = QCoreApplication::exec();
     } else {
-        error(QStringLiteral("cannot play %1").arg(tracks.first().path()));
+        error(QStringLiteral("%1: the file cannot be played").arg(localpath::readable(tracks.first().path())));
     }
 
     sigaction(SIGINT, &oldInt, nullptr);

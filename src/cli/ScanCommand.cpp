@@ -1,22 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "Commands.h"
 
-#include "library/FolderScan.h"
+#include "model/LocalPath.h"
 
-#include <QFileInfo>
-
-int cli::scan(const QStringList &args)
+int cli::scan(const Arguments &args)
 {
-    if (args.size() != 1) {
-        error(QStringLiteral("usage: tarnwell-cli scan DIR"));
-        return usageError;
-    }
-    const QFileInfo dir(args.first());
-    if (!dir.isDir()) {
-        error(QStringLiteral("%1 is not a folder").arg(args.first()));
+    if (args.operands.size() != 1)
+        return badUsage("scan", QStringLiteral("give one folder"));
+    const QString folder = absolutePaths(args.operands).first();
+    if (const QString why = folderProblem(folder); !why.isEmpty()) {
+        error(QStringLiteral("%1: %2").arg(localpath::readable(folder), why));
         return 1;
     }
-    const std::vector<std::string> files = scanFolderNative(dir.absoluteFilePath());
+    std::vector<UnreadableFolder> unreadable;
+    const std::vector<std::string> files = scanFolderNative(folder, &unreadable);
     QByteArray buffer;
     buffer.reserve(1 << 20);
     for (const std::string &f : files) {
@@ -28,5 +25,5 @@ int cli::scan(const QStringList &args)
         }
     }
     out(buffer);
-    return 0;
+    return reportUnreadable(unreadable) ? 1 : 0;
 }

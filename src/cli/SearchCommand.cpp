@@ -4,18 +4,9 @@
 #include "browse/TrackIndex.h"
 #include "library/FolderScan.h"
 #include "model/JsonWriter.h"
-
-#include <QFileInfo>
+#include "model/LocalPath.h"
 
 namespace {
-
-void writePaths(JsonWriter &w, const QList<Track> &tracks)
-{
-    w.beginArray();
-    for (const Track &t : tracks)
-        w.value(t.path());
-    w.endArray();
-}
 
 QByteArray resultsJson(const SearchResults &r)
 {
@@ -44,8 +35,7 @@ QByteArray resultsJson(const SearchResults &r)
         w.value(a.displayName);
         w.key(u"artist");
         w.value(a.artist);
-        w.key(u"tracks");
-        writePaths(w, a.tracks);
+        cli::writeTrackLists(w, a.tracks);
         w.endObject();
     }
     w.endArray();
@@ -54,7 +44,9 @@ QByteArray resultsJson(const SearchResults &r)
     for (const TrackSearchEntry &e : r.tracks) {
         w.beginObject();
         w.key(u"path");
-        w.value(e.track.path());
+        w.value(localpath::readable(e.track.path()));
+        w.key(u"url");
+        w.value(QString::fromLatin1(e.track.url.toEncoded()));
         w.key(u"name");
         w.value(e.name);
         w.key(u"artist");
@@ -70,25 +62,39 @@ QByteArray resultsJson(const SearchResults &r)
 
 } // namespace
 
-QList<Track> cli::libraryOf(const QString &folder)
+QList<Track> cli::libraryOf(const QString &folder, std::vector<UnreadableFolder> *unreadable)
 {
     QList<Track> tracks;
-    for (const QString &path : scanFolder(QFileInfo(folder).absoluteFilePath()))
-        tracks.append(Track::create(QUrl::fromLocalFile(path)));
+    for (const std::string &path : scanFolderNative(folder, unreadable))
+        tracks.append(Track::create(localpath::fileUrlFromBytes(path)));
     return tracks;
 }
 
-int cli::search(const QStringList &args)
+void cli::writeTrackLists(JsonWriter &w, const QList<Track> &tracks)
 {
-    if (args.size() != 2) {
-        error(QStringLiteral("usage: tarnwell-cli search DIR QUERY"));
-        return usageError;
-    }
-    if (!QFileInfo(args.at(0)).isDir()) {
-        error(QStringLiteral("%1 is not a folder").arg(args.at(0)));
+    w.key(u"tracks");
+    w.beginArray();
+    for (const Track &t : tracks)
+        w.value(localpath::readable(t.path()));
+    w.endArray();
+    w.key(u"urls");
+    w.beginArray();
+    for (const Track &t : tracks)
+        w.value(QString::fromLatin1(t.url.toEncoded()));
+    w.endArray();
+}
+
+int cli::search(const Arguments &args)
+{
+    if (args.operands.size() != 2)
+        return badUsage("search", QStringLiteral("give a folder and a query"));
+    const QString folder = absolutePaths(args.operands.first(1)).first();
+    if (const QString why = folderProblem(folder); !why.isEmpty()) {
+        error(QStringLiteral("%1: %2").arg(localpath::readable(folder), why));
         return 1;
     }
-    const TrackIndex index = buildTrackIndex(libraryOf(args.at(0))).result();
-    out(resultsJson(computeSearchResults(args.at(1), index)) + '\n');
-    return 0;
+    std::vector<UnreadableFolder> unreadable;
+    const TrackIndex index = buildTrackIndex(libraryOf(folder, &unreadable)).result();
+    out(resultsJson(computeSearchResults(textArgument(args.operands.at(1)), index)) + '\n');
+    return reportUnreadable(unreadable) ? 1 : 0;
 }

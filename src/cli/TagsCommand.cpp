@@ -2,61 +2,30 @@
 #include "Commands.h"
 
 #include "model/JsonWriter.h"
+#include "model/LocalPath.h"
 #include "tags/TagReader.h"
 
-#include <QFile>
-#include <QFileInfo>
-
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-namespace {
-
-// Why a path can't be read as a song, or nothing when it can.
-QString unreadableBecause(const QString &path)
+int cli::tags(const Arguments &args)
 {
-    const QByteArray name = QFile::encodeName(path);
-    struct stat st;
-    if (::stat(name.constData(), &st) != 0)
-        return errno == ENOENT || errno == ENOTDIR ? QStringLiteral("there is no such file")
-                                                   : QString::fromLocal8Bit(std::strerror(errno));
-    if (S_ISDIR(st.st_mode))
-        return QStringLiteral("it is a folder, not a file");
-    if (!S_ISREG(st.st_mode))
-        return QStringLiteral("it is not a regular file");
-    if (::faccessat(AT_FDCWD, name.constData(), R_OK, AT_EACCESS) != 0)
-        return QStringLiteral("the file cannot be read (%1)")
-            .arg(QString::fromLocal8Bit(std::strerror(errno)));
-    return {};
-}
-
-} // namespace
-
-int cli::tags(const QStringList &args)
-{
-    if (args.isEmpty()) {
-        error(QStringLiteral("usage: tarnwell-cli tags FILE..."));
-        return usageError;
-    }
+    if (args.operands.isEmpty())
+        return badUsage("tags", QStringLiteral("give at least one file"));
     int code = 0;
     QByteArray buffer;
     buffer.reserve(1 << 16);
-    for (const QString &arg : args) {
+    for (const QString &path : absolutePaths(args.operands)) {
         // Reading never fails, so what would make it read nothing is told here.
-        if (const QString why = unreadableBecause(arg); !why.isEmpty()) {
-            error(QStringLiteral("%1: %2").arg(arg, why));
+        if (const QString why = fileProblem(path); !why.isEmpty()) {
+            error(QStringLiteral("%1: %2").arg(localpath::readable(path), why));
             code = 1;
             continue;
         }
-        const QString path = QFileInfo(arg).absoluteFilePath();
         const FileTags info = readTrackInfo(path);
         JsonWriter json;
         json.beginObject();
         json.key(u"path");
-        json.value(path);
+        json.value(localpath::readable(path));
+        json.key(u"url");
+        json.value(QString::fromLatin1(localpath::fileUrl(path).toEncoded()));
         const std::pair<const char16_t *, const std::optional<QString> *> fields[] = {
             { u"title", &info.metadata.title },
             { u"artist", &info.metadata.artist },

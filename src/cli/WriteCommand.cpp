@@ -3,49 +3,20 @@
 
 #include "tags/TagWriter.h"
 
-namespace {
-
-int writeUsage()
+int cli::write(const Arguments &args)
 {
-    cli::error(QStringLiteral("usage: tarnwell-cli write FILE... [--title T] [--artist A] [--album B]"));
-    return cli::usageError;
-}
-
-} // namespace
-
-int cli::write(const QStringList &args)
-{
+    if (args.operands.isEmpty())
+        return badUsage("write", QStringLiteral("give at least one file"));
     // Several files take the same edit, as the batch tag editor gives them.
-    QStringList files;
     TagEdit edit;
-    for (qsizetype i = 0; i < args.size(); ++i) {
-        const QString &arg = args[i];
-        FieldEdit *field = nullptr;
-        QString name = arg;
-        std::optional<QString> inlineValue;
-        if (const qsizetype eq = arg.indexOf(u'='); arg.startsWith(u"--") && eq > 0) {
-            name = arg.first(eq);
-            inlineValue = arg.sliced(eq + 1);
-        }
-        if (name == u"--title")
-            field = &edit.title;
-        else if (name == u"--artist")
-            field = &edit.artist;
-        else if (name == u"--album")
-            field = &edit.album;
-        if (field) {
-            if (!inlineValue && i + 1 >= args.size())
-                return writeUsage();
-            // "" removes the tag; an option not given keeps the file's value.
-            *field = FieldEdit::set(inlineValue ? *inlineValue : args[++i]);
-        } else if (arg.startsWith(u"--")) {
-            return writeUsage();
-        } else {
-            files.append(arg);
-        }
+    const std::pair<const char *, FieldEdit *> fields[]
+        = { { "--title", &edit.title }, { "--artist", &edit.artist }, { "--album", &edit.album } };
+    for (const auto &[option, field] : fields) {
+        // "" removes the tag; an option not given keeps the file's value.
+        if (const std::optional<QString> value = args.value(option))
+            *field = FieldEdit::set(textArgument(*value));
     }
-    if (files.isEmpty())
-        return writeUsage();
+    const QStringList files = absolutePaths(args.operands);
     const QList<SaveResult> results = saveTags(files, edit);
     int code = 0;
     for (qsizetype i = 0; i < results.size(); ++i) {

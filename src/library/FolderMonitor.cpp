@@ -1,17 +1,25 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FolderMonitor.h"
 
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 
 #include <QCollator>
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QFileInfo>
 #include <QFutureWatcher>
 #include <QPointer>
 #include <QtConcurrent>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 FolderMonitor::FolderMonitor(QObject *parent)
     : QObject(parent)
@@ -19,10 +27,11 @@ FolderMonitor::FolderMonitor(QObject *parent)
     m_timer.setSingleShot(true);
     m_timer.setInterval(latencyMs);
     connect(&m_timer, &QTimer::timeout, this, &FolderMonitor::rescan);
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this](const QString &folder) {
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, [this](const QString &watchPath) {
+        const QString folder = m_folderOfWatch.value(watchPath, watchPath);
         // The watcher lets go of a folder that is gone; a new one there is armed again.
-        if (!QFileInfo::exists(folder))
-            m_armed.remove(folder);
+        if (::access(localpath::toBytes(folder).constData(), F_OK) != 0)
+            dropWatch(folder);
         m_changedFolders.insert(folder);
         onChange();
     });
@@ -30,6 +39,12 @@ FolderMonitor::FolderMonitor(QObject *parent)
         m_rescanAll = true;
         onChange();
     });
+}
+
+FolderMonitor::~FolderMonitor()
+{
+    for (const int fd : std::as_const(m_folderDescriptors))
+        ::close(fd);
 }
 
 void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
@@ -40,12 +55,39 @@ void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
     m_watchedFolders.append(folder);
     // The folder and its subfolders are listed on the pool, then watched.
     auto *watcher = new QFutureWatcher<FolderTree>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
+    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, folder] {
         watcher->deleteLater();
         ++m_watchingPending;
-        armWatcher(watcher->result().folders);
+        // Forgotten meanwhile: nothing to arm, but the watch is settled all the same.
+        armWatcher(m_watchedFolders.contains(folder) ? watcher->result().folders : QStringList());
     });
-    watcher->setFuture(QtConcurrent::run(scanTree, folder.toLocalFile()));
+    watcher->setFuture(QtConcurrent::run(scanTree, localpath::pathOf(folder)));
+}
+
+void FolderMonitor::unwatch(const QUrl &folder)
+{
+    if (m_watchedFolders.removeAll(folder) == 0)
+        return;
+    QStringList drop;
+    for (const QString &dir : std::as_const(m_armed)) {
+        if (!isWatched(dir))
+            drop.append(dir);
+    }
+    for (const QString &dir : std::as_const(drop)) {
+        const QString path = watchPathOf(dir);
+        if (!path.isEmpty())
+            m_watcher.removePath(path);
+        dropWatch(dir);
+    }
+    m_toArm.removeIf([this](const QString &dir) { return !isWatched(dir); });
+    m_unwatchable.removeIf([this](const QString &dir) { return !isWatched(dir); });
+    m_changedFolders.removeIf([this](const QString &dir) { return !isWatched(dir); });
+}
+
+bool FolderMonitor::isWatched(const QString &path) const
+{
+    return std::any_of(m_watchedFolders.cbegin(), m_watchedFolders.cend(),
+                       [&path](const QUrl &folder) { return isInside(path, localpath::pathOf(folder)); });
 }
 
 void FolderMonitor::onChange()
@@ -65,7 +107,7 @@ void FolderMonitor::rescan()
     m_scanning = true;
     QStringList roots;
     for (const QUrl &f : std::as_const(m_watchedFolders))
-        roots.append(f.toLocalFile());
+        roots.append(localpath::pathOf(f));
     // A change in a watched folder rescans that folder alone (and any new
     // folder in it): one song copied into a library of a hundred thousand
     // does not walk the whole library. A rescan asked for walks it all.
@@ -106,16 +148,37 @@ void FolderMonitor::rescan()
 FolderTree FolderMonitor::scanChanged(const QString &folder, const QSet<QString> &armed)
 {
     // Hidden entries and symbolic links are passed over, as scanTree does.
+    // Names are read as bytes, so a folder whose name is not UTF-8 is listed too.
     FolderTree tree;
-    const QFileInfoList entries
-        = QDir(folder).entryInfoList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name);
-    for (const QFileInfo &entry : entries) {
-        const QString path = entry.absoluteFilePath();
-        if (entry.isDir() && !armed.contains(path)) {
+    QByteArray base = localpath::toBytes(folder);
+    DIR *dir = ::opendir(base.constData());
+    if (!dir)
+        return tree;
+    if (!base.endsWith('/'))
+        base.append('/');
+    std::vector<std::pair<QByteArray, bool>> entries; // name, is a folder
+    while (const dirent *e = ::readdir(dir)) {
+        if (e->d_name[0] == '.')
+            continue;
+        unsigned char type = e->d_type;
+        if (type == DT_UNKNOWN) {
+            struct stat st;
+            if (::fstatat(::dirfd(dir), e->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+                continue;
+            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISREG(st.st_mode) ? DT_REG : DT_LNK;
+        }
+        if (type == DT_DIR || type == DT_REG)
+            entries.emplace_back(QByteArray(e->d_name), type == DT_DIR);
+    }
+    ::closedir(dir);
+    std::sort(entries.begin(), entries.end());
+    for (const auto &[name, isFolder] : entries) {
+        const QString path = localpath::fromBytes(base + name);
+        if (isFolder && !armed.contains(path)) {
             const FolderTree below = scanTree(path);
             tree.audioFiles += below.audioFiles;
             tree.folders += below.folders;
-        } else if (entry.isFile() && hasAudioExtension(entry.fileName())) {
+        } else if (!isFolder && hasAudioExtension(QStringView(path).mid(path.lastIndexOf(u'/') + 1))) {
             tree.audioFiles.append(path);
         }
     }
@@ -130,8 +193,9 @@ void FolderMonitor::finishRescan(const QList<FolderTree> &trees)
     for (const FolderTree &tree : trees) {
         folders += tree.folders;
         for (const QString &path : tree.audioFiles) {
-            QUrl url = QUrl::fromLocalFile(path);
-            if (!m_knownURLs.contains(url))
+            QUrl url = localpath::fileUrl(path);
+            // A folder forgotten while the scan ran reports nothing.
+            if (!m_knownURLs.contains(url) && isWatched(path))
                 found.append(std::move(url));
         }
     }
@@ -178,7 +242,7 @@ void FolderMonitor::armNextBatch()
         QStringList toAdd;
         for (; next < m_toArm.size() && toAdd.size() < batchFolders; ++next) {
             const QString &f = m_toArm.at(next);
-            if (!m_armed.contains(f) && !m_unwatchable.contains(f))
+            if (!m_armed.contains(f) && !m_unwatchable.contains(f) && isWatched(f))
                 toAdd.append(f);
         }
         addWatches(toAdd);
@@ -193,27 +257,67 @@ void FolderMonitor::armNextBatch()
         Q_EMIT watching();
 }
 
-void FolderMonitor::addWatches(const QStringList &toAdd)
+void FolderMonitor::addWatches(const QStringList &folders)
 {
+    QStringList toAdd;
+    QHash<QString, QString> folderOf; // watch path ─► folder
+    for (const QString &f : folders) {
+        // Empty when the folder is gone already.
+        const QString path = watchPathOf(f);
+        if (!path.isEmpty()) {
+            toAdd.append(path);
+            folderOf.insert(path, f);
+        }
+    }
     if (toAdd.isEmpty())
         return;
     const qsizetype room = qMax<qsizetype>(0, m_watchBudget - m_armed.size());
     const QStringList tried = toAdd.mid(0, room);
     QStringList failed = m_watcher.addPaths(tried);
     const QSet<QString> refused(failed.cbegin(), failed.cend());
-    for (const QString &f : tried) {
-        if (!refused.contains(f))
-            m_armed.insert(f);
+    for (const QString &path : tried) {
+        if (refused.contains(path))
+            continue;
+        const QString folder = folderOf.value(path);
+        m_armed.insert(folder);
+        if (path != folder)
+            m_folderOfWatch.insert(path, folder);
     }
     failed += toAdd.mid(room);
     // Not retried: each failure costs a system call and a line on stderr.
-    for (const QString &f : failed)
-        m_unwatchable.insert(f);
+    for (const QString &path : std::as_const(failed)) {
+        const QString folder = folderOf.value(path);
+        m_unwatchable.insert(folder);
+        dropWatch(folder);
+    }
     if (!failed.isEmpty() && !m_warnedLimit) {
         m_warnedLimit = true;
         qCWarning(lcLibrary).nospace()
             << failed.size() << " folders cannot be watched (the limit of inotify watches is reached; "
             << "raise fs.inotify.max_user_watches). Songs added there appear at the "
             << "next import or when a change elsewhere triggers a rescan.";
+    }
+}
+
+QString FolderMonitor::watchPathOf(const QString &folder)
+{
+    if (!localpath::hasRawBytes(folder))
+        return folder;
+    if (const auto known = m_folderDescriptors.constFind(folder); known != m_folderDescriptors.cend())
+        return QStringLiteral("/proc/self/fd/%1").arg(*known);
+    const int fd = ::open(localpath::toBytes(folder).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0)
+        return {};
+    m_folderDescriptors.insert(folder, fd);
+    return QStringLiteral("/proc/self/fd/%1").arg(fd);
+}
+
+void FolderMonitor::dropWatch(const QString &folder)
+{
+    m_armed.remove(folder);
+    if (const auto fd = m_folderDescriptors.constFind(folder); fd != m_folderDescriptors.cend()) {
+        m_folderOfWatch.remove(QStringLiteral("/proc/self/fd/%1").arg(*fd));
+        ::close(*fd);
+        m_folderDescriptors.erase(fd);
     }
 }

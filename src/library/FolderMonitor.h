@@ -9,6 +9,7 @@
 //        │  GUI thread, so ten thousand folders never hold up a frame
 //        │  any change below a watched folder arms a 1.5 s timer; when it fires,
 //        │  the folders that changed are scanned again on the thread pool
+//        │  (a folder whose name is not UTF-8 is watched through a descriptor)
 //        └─ discoveredURLs ── the files not in knownURLs, published when there are any
 //
 // The library import (app/) turns discovered files into Tracks, then updates
@@ -17,6 +18,7 @@
 #include "FolderScan.h"
 
 #include <QFileSystemWatcher>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QSet>
@@ -29,9 +31,14 @@ class FolderMonitor : public QObject
 
 public:
     explicit FolderMonitor(QObject *parent = nullptr);
+    ~FolderMonitor() override;
 
     // Replaces knownURLs and starts watching the folder unless it is watched already.
     void watch(const QUrl &folder, const QSet<QUrl> &knownURLs);
+
+    // Stops watching a folder and the folders below it that no other watched
+    // folder holds; a rescan running meanwhile reports nothing from them.
+    void unwatch(const QUrl &folder);
 
     const QList<QUrl> &watchedFolders() const { return m_watchedFolders; }
     const QList<QUrl> &discoveredURLs() const { return m_discoveredURLs; }
@@ -73,7 +80,13 @@ private:
     static FolderTree scanChanged(const QString &folder, const QSet<QString> &armed);
     void armWatcher(const QStringList &folders);
     void armNextBatch();
-    void addWatches(const QStringList &toAdd);
+    void addWatches(const QStringList &folders);
+    bool isWatched(const QString &path) const;
+    // What the watcher is given for a folder: the folder itself, or for a name
+    // that is not UTF-8 /proc/self/fd/N of a descriptor opened on it; empty
+    // when the folder is gone.
+    QString watchPathOf(const QString &folder);
+    void dropWatch(const QString &folder);
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;
@@ -91,6 +104,12 @@ private:
     bool m_scanning = false;
     bool m_rescanAgain = false;
     QSet<QString> m_unwatchable;
+    // QFileSystemWatcher re-encodes names, which misses folders whose names
+    // are not UTF-8; those are watched as /proc/self/fd/N of a descriptor kept
+    // open for each (inotify follows the link to the folder itself).
+    QHash<QString, int> m_folderDescriptors;
+    // Watch path ─► folder, where they differ; armed folders are named by folder.
+    QHash<QString, QString> m_folderOfWatch;
     int m_watchBudget = defaultWatchBudget();
     bool m_warnedLimit = false;
 };

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FolderScan.h"
 
+#include "model/LocalPath.h"
 #include "model/NameOrder.h"
 #include "model/TextUtil.h"
 
-#include <QFile>
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -55,6 +56,7 @@ struct Walker
 {
     std::vector<FoundFile> files;
     std::vector<std::string> folders;
+    std::vector<UnreadableFolder> unreadable;
     std::set<std::pair<dev_t, ino_t>> visited; // stops loops through bind mounts
     std::string path;                          // the folder being walked
 
@@ -69,6 +71,7 @@ struct Walker
         }
         DIR *dir = fdopendir(dirFd);
         if (!dir) {
+            unreadable.push_back({path, errno});
             close(dirFd);
             return {};
         }
@@ -110,11 +113,12 @@ struct Walker
         }
         for (const std::string &sub : subfolders) {
             const int childFd = openat(dirfd(dir), sub.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (childFd < 0)
-                continue;
             path.resize(base);
             path.append(sub);
-            walk(childFd);
+            if (childFd < 0)
+                unreadable.push_back({path, errno});
+            else
+                walk(childFd);
         }
         path.resize(base);
         closedir(dir);
@@ -133,6 +137,7 @@ struct SortedRun
     std::vector<FoundFile> files;
     std::vector<NameOrder::Key> keys;
     std::vector<std::string> folders;
+    std::vector<UnreadableFolder> unreadable;
 };
 
 void sortRun(SortedRun &run, const NameOrder &names)
@@ -178,6 +183,7 @@ SortedRun merged(std::vector<SortedRun> &runs, const NameOrder &names)
             heap.push_back({r, 0});
         out.folders.insert(out.folders.end(), std::make_move_iterator(runs[r].folders.begin()),
                            std::make_move_iterator(runs[r].folders.end()));
+        out.unreadable.insert(out.unreadable.end(), runs[r].unreadable.begin(), runs[r].unreadable.end());
     }
     std::make_heap(heap.begin(), heap.end(), after);
     out.files.reserve(total);
@@ -208,7 +214,7 @@ QThreadPool *scanPool()
 // sorted on the pool, and the sorted parts are merged in one pass.
 SortedRun walkAndSort(const QString &folder)
 {
-    QByteArray root = QFile::encodeName(folder);
+    QByteArray root = localpath::toBytes(folder);
     while (root.size() > 1 && root.endsWith('/'))
         root.chop(1);
 
@@ -223,8 +229,10 @@ SortedRun walkAndSort(const QString &folder)
         std::vector<std::string> next;
         for (const std::string &part : parts) {
             const int fd = openFolder(part, depth == 0);
-            if (fd < 0)
+            if (fd < 0) {
+                topWalker.unreadable.push_back({part, errno});
                 continue;
+            }
             topWalker.path = part;
             auto subfolders = topWalker.walk(fd, false);
             next.insert(next.end(), std::make_move_iterator(subfolders.begin()),
@@ -235,6 +243,7 @@ SortedRun walkAndSort(const QString &folder)
     const NameOrder collator(text::localeCollator());
     top.files = std::move(topWalker.files);
     top.folders = std::move(topWalker.folders);
+    top.unreadable = std::move(topWalker.unreadable);
     sortRun(top, collator);
 
     // Results are moved into place by index: QtConcurrent's mapped() would copy them.
@@ -243,16 +252,19 @@ SortedRun walkAndSort(const QString &folder)
     std::vector<size_t> indices(parts.size());
     std::iota(indices.begin(), indices.end(), 0);
     QtConcurrent::blockingMap(scanPool(), indices, [&](size_t i) {
+        SortedRun &run = runs[i + 1];
         const int fd = openFolder(parts[i], false);
-        if (fd < 0)
+        if (fd < 0) {
+            run.unreadable.push_back({parts[i], errno});
             return;
+        }
         Walker walker;
         walker.visited = topWalker.visited;
         walker.path = parts[i];
         walker.walk(fd);
-        SortedRun &run = runs[i + 1];
         run.files = std::move(walker.files);
         run.folders = std::move(walker.folders);
+        run.unreadable = std::move(walker.unreadable);
         sortRun(run, collator);
     });
 
@@ -264,7 +276,7 @@ QStringList decoded(const std::vector<std::string> &paths)
     QStringList out;
     out.reserve(qsizetype(paths.size()));
     for (const std::string &p : paths)
-        out.append(QFile::decodeName(QByteArray::fromRawData(p.data(), qsizetype(p.size()))));
+        out.append(localpath::fromBytes(p));
     return out;
 }
 
@@ -276,14 +288,16 @@ FolderTree scanTree(const QString &folder)
     FolderTree tree;
     tree.audioFiles.reserve(qsizetype(run.files.size()));
     for (const FoundFile &f : run.files)
-        tree.audioFiles.append(QFile::decodeName(QByteArray::fromRawData(f.path.data(), qsizetype(f.path.size()))));
+        tree.audioFiles.append(localpath::fromBytes(f.path));
     tree.folders = decoded(run.folders);
     return tree;
 }
 
-std::vector<std::string> scanFolderNative(const QString &folder)
+std::vector<std::string> scanFolderNative(const QString &folder, std::vector<UnreadableFolder> *unreadable)
 {
     SortedRun run = walkAndSort(folder);
+    if (unreadable)
+        *unreadable = std::move(run.unreadable);
     std::vector<std::string> paths;
     paths.reserve(run.files.size());
     for (FoundFile &f : run.files)
@@ -298,10 +312,17 @@ QStringList scanFolder(const QString &folder)
 
 QList<QUrl> scanFolder(const QUrl &folder)
 {
-    const QStringList paths = scanFolder(folder.toLocalFile());
+    const QStringList paths = scanFolder(localpath::pathOf(folder));
     QList<QUrl> urls;
     urls.reserve(paths.size());
     for (const QString &p : paths)
-        urls.append(QUrl::fromLocalFile(p));
+        urls.append(localpath::fileUrl(p));
     return urls;
+}
+
+bool isInside(const QString &path, const QString &folder)
+{
+    if (!path.startsWith(folder))
+        return false;
+    return path.size() == folder.size() || folder.endsWith(u'/') || path.at(folder.size()) == u'/';
 }

@@ -17,10 +17,19 @@ inline constexpr std::array<const char *, 7> audioExtensions = {
 // True when the file name's lower-cased extension is one of audioExtensions.
 bool hasAudioExtension(QStringView fileName);
 
+// Paths here are path strings (model/LocalPath.h): exact for every name.
 struct FolderTree
 {
     QStringList audioFiles; // absolute paths, sorted by file name (see scanFolder)
     QStringList folders;    // the root and every non-hidden folder below it
+};
+
+// A folder the walk could not go into: its path as the file system spells it
+// and the errno of the failure.
+struct UnreadableFolder
+{
+    std::string path;
+    int error = 0;
 };
 
 // Lists every regular audio file below a folder: hidden entries and everything
@@ -32,10 +41,14 @@ struct FolderTree
 FolderTree scanTree(const QString &folder);
 
 // The audio files of scanTree(folder), as the file system spells their paths
-// (for output that must not be re-encoded).
-std::vector<std::string> scanFolderNative(const QString &folder);
+// (for output that must not be re-encoded), and the folders passed over.
+std::vector<std::string> scanFolderNative(const QString &folder,
+                                          std::vector<UnreadableFolder> *unreadable = nullptr);
 
 // The audio files of scanTree(folder).
 QStringList scanFolder(const QString &folder);
 QList<QUrl> scanFolder(const QUrl &folder);
 
+
+// Whether a path is the folder or lies below it ("/a/bc" is not inside "/a/b").
+bool isInside(const QString &path, const QString &folder);

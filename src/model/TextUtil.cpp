@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TextUtil.h"
 
+#include "LocalPath.h"
+
 #include <QLocale>
 
 namespace text {
@@ -83,7 +85,7 @@ QString displayName(const QString &path)
     const qsizetype dot = name.lastIndexOf(u'.');
     if (dot > 0)
         name.truncate(dot);
-    return name;
+    return localpath::readable(name);
 }
 
 } // namespace text

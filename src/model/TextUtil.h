@@ -24,7 +24,8 @@ std::optional<QString> nonEmptyTrimmed(const std::optional<QString> &s);
 QCollator localeCollator();
 QCollator caseInsensitiveCollator();
 
-// The file name without its extension: how songs are named on screen.
+// The file name without its extension: how songs are named on screen (bytes
+// of the name that aren't UTF-8 shown as U+FFFD).
 QString displayName(const QString &path);
 
 } // namespace text

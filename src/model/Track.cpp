@@ -2,6 +2,7 @@
 #include "Track.h"
 
 #include "JsonWriter.h"
+#include "LocalPath.h"
 
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -11,6 +12,11 @@
 Track Track::create(const QUrl &url)
 {
     return Track{QUuid::createUuid(), url, 0};
+}
+
+QString Track::path() const
+{
+    return localpath::pathOf(url);
 }
 
 void Track::writeJson(JsonWriter &w) const
@@ -62,10 +68,10 @@ QString fileUrlText(const QUrl &url)
 {
     if (!url.isLocalFile())
         return QString::fromUtf8(url.toEncoded());
-    // Characters a URL path may hold as they are; everything else is %XX of its
-    // UTF-8 bytes, in upper-case hex.
+    // Characters a URL path may hold as they are; everything else is %XX of the
+    // name's bytes (UTF-8, or whatever the file system holds), in upper-case hex.
     static constexpr char allowed[] = "-._~!$&'()*+,;=:@/";
-    const QByteArray path = url.toLocalFile().toUtf8();
+    const QByteArray path = localpath::bytesOf(url);
     QByteArray out = "file://";
     out.reserve(path.size() + 16);
     for (const char ch : path) {

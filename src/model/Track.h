@@ -22,7 +22,9 @@ struct Track
 
     static Track create(const QUrl &url);
 
-    QString path() const { return url.toLocalFile(); }
+    // The file's path string (see LocalPath.h): exact even for names that are
+    // not UTF-8.
+    QString path() const;
 
     friend bool operator==(const Track &a, const Track &b) { return a.id == b.id; }
 

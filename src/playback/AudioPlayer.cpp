@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AudioPlayer.h"
 
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QSettings>
@@ -35,7 +36,7 @@ bool AudioPlayer::load(const QUrl &url)
         qCInfo(lcPlayback) << "cannot open" << url << ": not a local file";
         return false;
     }
-    const QString path = url.toLocalFile();
+    const QString path = localpath::pathOf(url);
     QString error;
     // Every event that arrives comes from m_pipeline: a pipeline that failed to
     // open, or one replaced here, is gone before its queued events run, and
@@ -102,7 +103,7 @@ bool AudioPlayer::queueNext(const QUrl &url)
     if (!m_pipeline || (!url.isEmpty() && !url.isLocalFile()))
         return false;
     m_queued = url;
-    return m_pipeline->queueNext(url.isEmpty() ? QString() : url.toLocalFile());
+    return m_pipeline->queueNext(url.isEmpty() ? QString() : localpath::pathOf(url));
 }
 
 std::optional<QUrl> AudioPlayer::takeSongEnd()
@@ -179,7 +180,7 @@ void AudioPlayer::onAdvanced()
 {
     // Told as it was queued, so the caller recognises its own url.
     const QString joined = m_pipeline->path();
-    m_songEnd = m_queued.toLocalFile() == joined ? m_queued : QUrl::fromLocalFile(joined);
+    m_songEnd = localpath::pathOf(m_queued) == joined ? m_queued : localpath::fileUrl(joined);
     m_pendingSeek = -1;
     m_toldEndApproaching = false;
     // The new song's length and position are in place before anyone hears of

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "CafSource.h"
 
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QByteArray>
-#include <QFile>
 
 #include <gst/app/gstappsrc.h>
 #include <gst/gst.h>
@@ -95,7 +95,7 @@ CafDecoder::~CafDecoder()
 void CafDecoder::fail(GstAppSrc *src, const QString &why)
 {
     m_failed = true;
-    qCInfo(lcPlayback) << "cannot decode" << QFile::decodeName(m_path) << ":" << why;
+    qCInfo(lcPlayback) << "cannot decode" << localpath::fromBytes(m_path) << ":" << why;
     GError *error
         = g_error_new(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ, "%s", why.toUtf8().constData());
     gst_element_post_message(GST_ELEMENT(src), gst_message_new_error(GST_OBJECT(src), error, nullptr));
@@ -369,5 +369,5 @@ void cafsource::attach(GstElement *appsrc, const QString &path)
     GstAppSrcCallbacks callbacks = {};
     callbacks.need_data = onNeedData;
     callbacks.seek_data = onSeekData;
-    gst_app_src_set_callbacks(src, &callbacks, new CafDecoder(QFile::encodeName(path)), deleteDecoder);
+    gst_app_src_set_callbacks(src, &callbacks, new CafDecoder(localpath::toBytes(path)), deleteDecoder);
 }

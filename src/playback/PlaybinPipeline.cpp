@@ -3,10 +3,9 @@
 
 #include "CafSource.h"
 #include "LevellingStage.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QMetaObject>
 #include <QObject>
 #include <QThreadPool>
@@ -90,7 +89,7 @@ bool isCaf(const QString &path)
 gchar *uriOf(const QString &absolutePath, QString *error)
 {
     GError *uriError = nullptr;
-    gchar *uri = gst_filename_to_uri(QFile::encodeName(absolutePath).constData(), &uriError);
+    gchar *uri = gst_filename_to_uri(localpath::toBytes(absolutePath).constData(), &uriError);
     if (!uri && error)
         *error = QString::fromUtf8(uriError ? uriError->message : "bad file name");
     g_clear_error(&uriError);
@@ -125,7 +124,7 @@ void onAboutToFinish(GstElement *playbin, gpointer data)
         return;
     // A file gone since it was queued ends the song as usual, and the next
     // load reports it.
-    if (!QFileInfo(next).isFile()) {
+    if (!localpath::isFile(next)) {
         qCInfo(lcPlayback) << "not joining" << next << ": no such file";
         return;
     }
@@ -320,8 +319,7 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObj
     };
     if (!initGStreamer())
         return fail(QStringLiteral("GStreamer is not available"));
-    const QFileInfo info(path);
-    if (!info.isFile())
+    if (!localpath::isFile(path))
         return fail(QStringLiteral("no such file"));
 
     std::unique_ptr<PlaybinPipeline> pipeline(new PlaybinPipeline);
@@ -335,7 +333,7 @@ std::unique_ptr<PlaybinPipeline> PlaybinPipeline::open(const QString &path, QObj
         return fail(QStringLiteral("no audio sink"));
     g_object_set(playbin, "audio-sink", sink, "flags", playFlagAudio | playFlagSoftVolume, nullptr);
 
-    const QString absolute = info.absoluteFilePath();
+    const QString absolute = localpath::absolute(path);
     pipeline->m_levelling = std::make_shared<LevellingStage>();
     pipeline->m_levelling->setEnabled(levelling);
     pipeline->m_levelling->expect(absolute);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ReplayGain.h"
 
+#include "model/LocalPath.h"
 #include "tags/ContainerReader.h"
 
-#include <QFile>
 #include <QLocale>
 #include <QRegularExpression>
 
@@ -83,7 +83,7 @@ std::optional<double> parsePeak(const QString &text)
 TrackGain readTrackGain(const QString &path)
 {
     container::ensureTagLibSetUp();
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = localpath::toBytes(path);
     TagLib::FileRef ref(name.constData(), false);
     if (ref.isNull())
         return {};

@@ -39,7 +39,7 @@ Item {
             radius: parent.radius
             color: Theme.albumHoverShade
             opacity: card.hovered ? 1 : 0
-            Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
             Rectangle {
                 anchors.centerIn: parent
                 width: 40
@@ -78,4 +78,5 @@ Item {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

@@ -17,7 +17,7 @@ Rectangle {
     color: Theme.panelBackground
     border.width: 1
     border.color: Qt.rgba(Theme.secondaryText.r, Theme.secondaryText.g, Theme.secondaryText.b, hovered ? 0.35 : 0)
-    Behavior on border.color { ColorAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
+    Behavior on border.color { ColorAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
     Accessible.role: Accessible.Button
     Accessible.name: artistName
 
@@ -54,4 +54,5 @@ Rectangle {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

@@ -25,6 +25,16 @@ Rectangle {
         color: Theme.secondaryText
         opacity: frame.hasPicture ? 0 : 1
     }
+    // A service found a better picture than the songs' own: shown instead.
+    Connections {
+        target: ArtworkSources
+        function onReplaced(source) {
+            if (source.toString() === frame.source.toString()) {
+                image.source = ""
+                image.source = Qt.binding(() => frame.source)
+            }
+        }
+    }
     Image {
         id: image
         anchors.fill: parent
@@ -34,6 +44,6 @@ Rectangle {
         fillMode: Image.PreserveAspectCrop
         sourceSize: Qt.size(frame.width * 2, frame.height * 2)
         opacity: frame.hasPicture ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: frame.fadeDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(frame.fadeDuration); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
     }
 }

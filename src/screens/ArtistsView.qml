@@ -70,12 +70,28 @@ Item {
         GridView {
             id: cards
             objectName: "artistGrid"
+            Accessible.role: Accessible.List
+            Accessible.name: "Artists"
+            // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+            // the current item, which takes the focus (and the ring) and stays in
+            // view; Enter opens or plays it.
+            activeFocusOnTab: true
+            keyNavigationEnabled: true
+            Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(cards, event.key)
+            Keys.onReturnPressed: if (cards.currentItem) cards.currentItem.clicked()
+            Keys.onEnterPressed: if (cards.currentItem) cards.currentItem.clicked()
+            onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, GridView.Contain)
+            // A model filled after a reset still has a current row.
+            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+            focus: true
+            // Shown once loaded, it takes the keys its screen was given meanwhile.
+            onVisibleChanged: if (visible && screen.parent && screen.parent.activeFocus) forceActiveFocus()
             anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
             anchors.topMargin: 8
             visible: !screen.artists.isLoading && screen.artists.count > 0
             clip: true
             boundsBehavior: Flickable.StopAtBounds
-            ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+            ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Artists" }
             leftMargin: 24
             topMargin: 24
             bottomMargin: 24
@@ -89,6 +105,7 @@ Item {
             model: screen.artists
             delegate: ArtistCard {
                 required property string name
+                focus: GridView.isCurrentItem
                 required property int trackCount
                 width: cards.columnWidth
                 height: cards.columnWidth + 62
@@ -100,8 +117,14 @@ Item {
     }
 
     ArtistDetailView {
+        id: detailView
         anchors.fill: parent
         visible: screen.showingDetail
+        // The keys follow into an artist's page and back out of it.
+        onVisibleChanged: {
+            if (screen.parent && screen.parent.activeFocus)
+                visible ? focusList() : cards.forceActiveFocus()
+        }
         detail: screen.detail
         playingTrackId: screen.playingTrackId
         playing: screen.playing

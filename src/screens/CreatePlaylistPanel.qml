@@ -30,6 +30,13 @@ Rectangle {
 
     Component.onCompleted: field.forceActiveFocus()
 
+    CardShadow {
+        radius: panel.radius
+        color: Qt.rgba(0, 0, 0, 0.3)
+    }
+    // Clicks on the panel stay on the panel.
+    MouseArea { anchors.fill: parent }
+
     Column {
         id: content
         anchors.fill: parent
@@ -48,6 +55,7 @@ Rectangle {
             objectName: "playlistNameField"
             width: parent.width
             placeholderText: "Playlist name"
+            Accessible.name: "Playlist name"
             font.pixelSize: 16
             color: Theme.primaryText
             placeholderTextColor: Theme.secondaryText

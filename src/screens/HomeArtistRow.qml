@@ -17,6 +17,9 @@ Rectangle {
     color: hovered ? Theme.subtleFill : "transparent"
     Accessible.role: Accessible.Button
     Accessible.name: name
+    activeFocusOnTab: true
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
 
     ArtistPicture {
         id: picture
@@ -52,4 +55,5 @@ Rectangle {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: row.clicked() }
+    FocusRing {}
 }

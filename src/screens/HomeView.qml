@@ -10,6 +10,8 @@ Item {
 
     required property list<string> recentArtists
     required property list<string> allArtists
+    // Whether the library holds songs (with an artist tag or not).
+    property bool hasSongs: false
 
     signal artistSelected(string name)
 
@@ -26,7 +28,7 @@ Item {
         spacing: 6
         clip: true
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Home" }
         model: home.allArtists
         delegate: HomeArtistRow {
             required property string modelData
@@ -71,7 +73,7 @@ Item {
             objectName: "recentArtists"
             visible: home.recentArtists.length > 0
             width: parent.width
-            height: 104
+            height: 122
             orientation: ListView.Horizontal
             spacing: 16
             clip: true
@@ -108,8 +110,10 @@ Item {
             color: Theme.secondaryText
         }
         Text {
+            objectName: "homeEmptyText"
             anchors.horizontalCenter: parent.horizontalCenter
-            text: "Import music to get started"
+            text: home.hasSongs ? "No song has an artist yet: Untagged Songs lets you add them"
+                                : "Import music to get started"
             font.pixelSize: 14
             font.weight: Font.Light
             color: Theme.secondaryText

@@ -20,6 +20,9 @@ Item {
     Accessible.role: Accessible.Button
     Accessible.name: accessibleName
     Accessible.onPressAction: button.clicked()
+    activeFocusOnTab: true
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     SymbolIcon {
         anchors.centerIn: parent
@@ -31,4 +34,5 @@ Item {
 
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: button.clicked() }
+    FocusRing {}
 }

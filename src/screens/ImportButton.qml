@@ -20,6 +20,9 @@ Rectangle {
     Accessible.role: Accessible.Button
     Accessible.name: label.text
     Accessible.onPressAction: button.clicked()
+    activeFocusOnTab: true
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     Row {
         id: row
@@ -46,4 +49,5 @@ Rectangle {
 
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: button.clicked() }
+    FocusRing { radius: 10 }
 }

@@ -50,6 +50,45 @@ ApplicationWindow {
         folderDialog.open()
     }
 
+    // The commands that have a key, from the shortcuts below and the app menu.
+    function runCommand(command) {
+        switch (command) {
+        case "import": window.importFolder(); break
+        case "newPlaylist": AppState.playlists.showingCreate = true; break
+        case "search":
+            if (window.searchBarItem && window.searchBarItem.visible) {
+                AppState.navigation.searchActive = true
+                window.searchBarItem.focusField()
+            }
+            break
+        case "home": AppState.navigation.goHome(); window.focusScreen(); break
+        case "artists": AppState.navigation.showAllArtists(); window.focusScreen(); break
+        case "songs": AppState.navigation.showAllSongs(); window.focusScreen(); break
+        case "untagged": AppState.navigation.showUntaggedSongs(); window.focusScreen(); break
+        case "shuffle": AppState.nowPlaying.toggleShuffle(); break
+        case "shortcuts": shortcutsDialog.open(); break
+        case "edit": {
+            // The song that is the current row of the focused list.
+            const item = window.activeFocusItem
+            const id = !item ? "" : item.trackId || (item.currentItem && item.currentItem.trackId) || ""
+            if (id === "")
+                break
+            if (AppState.navigation.screen === Navigation.Untagged)
+                AppState.untagged.editOne(id)
+            else
+                AppState.tagEditor.open(id)
+            break
+        }
+        case "escape":
+            AppState.navigation.dismissPopups()
+            break
+        }
+    }
+    // The list of the screen just shown takes the keyboard.
+    function focusScreen() {
+        mainArea.forceActiveFocus(Qt.ShortcutFocusReason)
+    }
+
     function checkForUpdates() {
         AppState.updateChecker.check()
         updateDialog.open()
@@ -74,6 +113,10 @@ ApplicationWindow {
     ColumnLayout {
         anchors.fill: parent
         spacing: 0
+        // Tab stays in the welcome, the tag editor or the new-playlist panel
+        // while one is up; the list has the keys again once it closes.
+        enabled: AppState.preferences.didCompleteOnboarding && !editorLayer.open && !AppState.playlists.showingCreate
+        onEnabledChanged: if (enabled) window.focusScreen()
 
         TopBar {
             id: topBar
@@ -115,6 +158,7 @@ ApplicationWindow {
                 }
                 Loader {
                     id: mainArea
+                    focus: true
                     Layout.fillWidth: true
                     Layout.fillHeight: true
                     sourceComponent: {
@@ -148,8 +192,13 @@ ApplicationWindow {
         id: homeScreen
         HomeView {
             objectName: "homeView"
-            recentArtists: AppState.preferences.recentArtists
             allArtists: AppState.searchIndex.allArtistNames
+            // Only artists the library still has: a name must lead somewhere.
+            recentArtists: {
+                const known = new Set(allArtists.map((name) => name.toLowerCase()))
+                return AppState.preferences.recentArtists.filter((name) => known.has(name.toLowerCase()))
+            }
+            hasSongs: AppState.library.trackCount > 0
             onArtistSelected: (name) => AppState.navigation.openArtist(name)
         }
     }
@@ -167,6 +216,8 @@ ApplicationWindow {
             onPauseRequested: AppState.nowPlaying.togglePlayPause()
             onEditRequested: (trackId) => AppState.tagEditor.open(trackId)
             onDragStarted: (trackId) => AppState.playlists.beginDrag(trackId)
+            playlists: AppState.playlists.entries
+            onAddToPlaylistRequested: (trackId, playlistId) => AppState.playlists.drop(trackId, playlistId)
         }
     }
     Component {
@@ -177,6 +228,8 @@ ApplicationWindow {
             isActive: AppState.navigation.searchActive
             onTextEdited: (text) => AppState.navigation.searchText = text
             onActiveChangeRequested: (active) => AppState.navigation.searchActive = active
+            onMoveRequested: (step) => searchDropdown.move(step)
+            onAcceptRequested: searchDropdown.activate()
             Component.onCompleted: window.searchBarItem = this
         }
     }
@@ -272,13 +325,15 @@ ApplicationWindow {
         anchors.fill: parent
         visible: opacity > 0
         opacity: open ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         Rectangle {
             anchors.fill: parent
             color: "#000000"
             opacity: 0.3
+            // Takes the hover too, so the rows behind the dim stay still.
             MouseArea {
                 anchors.fill: parent
+                hoverEnabled: true
                 onClicked: if (!AppState.untagged.isSaving) editorLayer.close()
             }
         }
@@ -294,6 +349,7 @@ ApplicationWindow {
                 initialArtist: values.artist || ""
                 initialAlbum: values.album || ""
                 busy: AppState.untagged.isSaving
+                errorText: editorLayer.batch ? AppState.untagged.saveError : AppState.tagEditor.error
                 busyText: "Saving " + AppState.untagged.savedSoFar + " of " + AppState.untagged.editingCount + "…"
                 onSaveRequested: (title, artist, album) => {
                     if (editorLayer.batch)
@@ -312,12 +368,16 @@ ApplicationWindow {
         anchors.fill: parent
         visible: opacity > 0
         opacity: AppState.playlists.showingCreate ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 150; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         Rectangle {
             anchors.fill: parent
             color: "#000000"
             opacity: 0.35
-            TapHandler { onTapped: AppState.playlists.cancelCreate() }
+            MouseArea {
+                anchors.fill: parent
+                hoverEnabled: true
+                onClicked: AppState.playlists.cancelCreate()
+            }
         }
         Loader {
             anchors.centerIn: parent
@@ -328,6 +388,30 @@ ApplicationWindow {
                 onCancelRequested: AppState.playlists.cancelCreate()
             }
         }
+    }
+
+    // While the theme popup or the search dropdown is open, a click anywhere
+    // else only closes it: nothing under the pointer is pressed. The search
+    // field itself stays live so that typing can go on.
+    MouseArea {
+        id: dismissCatcher
+        objectName: "dismissCatcher"
+        anchors.fill: parent
+        enabled: AppState.navigation.showThemePicker || searchDropdown.shown
+        hoverEnabled: enabled
+        acceptedButtons: Qt.AllButtons
+        onPressed: (mouse) => {
+            const bar = window.searchBarItem
+            if (searchDropdown.shown && bar && bar.visible) {
+                const p = mapToItem(bar, mouse.x, mouse.y)
+                if (bar.contains(p)) {
+                    mouse.accepted = false
+                    return
+                }
+            }
+            AppState.navigation.dismissPopups()
+        }
+        onWheel: (wheel) => wheel.accepted = true
     }
 
     // What the search finds, under the search bar.
@@ -347,13 +431,14 @@ ApplicationWindow {
         z: 10
         results: AppState.navigation.searchActive && AppState.searchIndex.count >= 0
                  ? AppState.searchIndex.search(AppState.navigation.searchText) : ({ artists: [], albums: [], tracks: [] })
-        readonly property bool shown: AppState.navigation.searchActive && hasResults
+        query: AppState.navigation.searchText
+        readonly property bool shown: AppState.navigation.searchActive && (hasResults || showsNoResults)
         visible: opacity > 0
         opacity: shown ? 1 : 0
         scale: shown ? 1 : 0.97
         transformOrigin: Item.TopLeft
-        Behavior on opacity { NumberAnimation { duration: 150 } }
-        Behavior on scale { NumberAnimation { duration: 150 } }
+        Behavior on opacity { NumberAnimation { duration: Theme.popupDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
+        Behavior on scale { NumberAnimation { duration: Theme.popupDuration; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
         onPlayRequested: (trackId) => AppState.playFromSearch(trackId)
         onAlbumRequested: (artist, album) => AppState.navigation.openAlbum(artist, album)
         onArtistRequested: (name) => AppState.navigation.openArtist(name)
@@ -387,7 +472,7 @@ ApplicationWindow {
         active: !AppState.preferences.didCompleteOnboarding || opacity > 0
         visible: opacity > 0
         opacity: AppState.preferences.didCompleteOnboarding ? 0 : 1
-        Behavior on opacity { NumberAnimation { duration: 700; easing.type: Easing.InOutQuad } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(700); easing.type: Easing.InOutQuad } }
         sourceComponent: OnboardingOverlay {
             objectName: "onboardingOverlay"
             bgImageURL: ProgramInfo.onboardingImageUrl
@@ -406,16 +491,31 @@ ApplicationWindow {
 
     AppMenu {
         id: appMenu
+        objectName: "appMenu"
         volumeLevelling: AppState.nowPlaying.player.volumeLevelling
         onAboutTriggered: aboutDialog.open()
+        onMusicFoldersTriggered: musicFoldersDialog.open()
         onVolumeLevellingToggled: AppState.nowPlaying.player.volumeLevelling = !volumeLevelling
         onCheckForUpdatesTriggered: window.checkForUpdates()
         onQuitTriggered: Qt.quit()
+        onCommandTriggered: (command) => window.runCommand(command)
+    }
+
+    ShortcutsDialog {
+        id: shortcutsDialog
+        objectName: "shortcutsDialog"
     }
 
     AboutDialog {
         id: aboutDialog
         version: ProgramInfo.version
+    }
+
+    MusicFoldersDialog {
+        id: musicFoldersDialog
+        objectName: "musicFoldersDialog"
+        folders: AppState.preferences.libraryFolders
+        onRemoveRequested: (folder) => AppState.forgetLibraryFolder(folder)
     }
 
     UpdateDialog {
@@ -435,6 +535,25 @@ ApplicationWindow {
         sequences: [StandardKey.Quit]
         onActivated: Qt.quit()
     }
+    // The keys of the app menu's commands (the playback keys are
+    // AppState's key filter's). Ctrl+? comes with Shift on most layouts; a
+    // sequence spelled "Ctrl+Shift+/" would stop the whole Shortcut.
+    Shortcut { sequences: ["Ctrl+F", "/"]; onActivated: window.runCommand("search") }
+    Shortcut { sequence: "Ctrl+O"; onActivated: window.runCommand("import") }
+    Shortcut { sequence: "Ctrl+N"; enabled: AppState.preferences.didCompleteOnboarding; onActivated: window.runCommand("newPlaylist") }
+    Shortcut { sequence: "Ctrl+1"; onActivated: window.runCommand("home") }
+    Shortcut { sequence: "Ctrl+2"; onActivated: window.runCommand("artists") }
+    Shortcut { sequence: "Ctrl+3"; onActivated: window.runCommand("songs") }
+    Shortcut { sequence: "Ctrl+4"; onActivated: window.runCommand("untagged") }
+    Shortcut { sequence: "Ctrl+E"; onActivated: window.runCommand("edit") }
+    Shortcut { sequences: ["Ctrl+?", "Ctrl+Shift+?"]; onActivated: window.runCommand("shortcuts") }
+    // The panels close themselves (the editor asks before losing changes).
+    Shortcut {
+        sequence: "Escape"
+        enabled: !editorLayer.open && !AppState.playlists.showingCreate
+                 && (AppState.navigation.searchActive || AppState.navigation.showThemePicker)
+        onActivated: window.runCommand("escape")
+    }
 
     // Desktops with a global menu bar show the same commands there.
     Loader {
@@ -444,6 +563,7 @@ ApplicationWindow {
                 title: "Tarnwell"
                 Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
                 Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
+                Platform.MenuItem { text: "Music Folders…"; onTriggered: musicFoldersDialog.open() }
                 Platform.MenuSeparator {}
                 Platform.MenuItem {
                     text: "Volume Levelling"

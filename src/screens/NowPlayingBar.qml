@@ -12,7 +12,7 @@ Rectangle {
     property string name
     property url pictureSource
     property real currentTime: 0
-    property real duration: 0
+    property real duration: Theme.duration(0)
     property bool playing: false
     property bool shuffled: false
 
@@ -24,6 +24,13 @@ Rectangle {
 
     implicitHeight: 84
     color: Theme.barBackground
+
+    // A screen reader hears the new song as it starts.
+    Item {
+        objectName: "songAnnouncement"
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: nowPlaying.name !== "" ? "Now playing: " + nowPlaying.name : ""
+    }
 
     Rectangle {
         width: parent.width
@@ -45,7 +52,7 @@ Rectangle {
                 radius: 6
                 color: Theme.windowBackground
                 opacity: picture.status === Image.Ready ? 0 : 1
-                Behavior on opacity { NumberAnimation { duration: 300; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
+                Behavior on opacity { NumberAnimation { duration: Theme.duration(300); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
                 SymbolIcon {
                     anchors.centerIn: parent
                     name: "music.note"
@@ -62,7 +69,7 @@ Rectangle {
                 fillMode: Image.PreserveAspectCrop
                 sourceSize: Qt.size(128, 128)
                 opacity: status === Image.Ready ? 1 : 0
-                Behavior on opacity { NumberAnimation { duration: 300; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
+                Behavior on opacity { NumberAnimation { duration: Theme.duration(300); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeIn } }
             }
         }
 
@@ -78,7 +85,7 @@ Rectangle {
                 font.pixelSize: 13
                 color: Theme.primaryText
             }
-            Text {
+            Figures {
                 objectName: "elapsed"
                 text: SongFormat.formatTime(nowPlaying.currentTime)
                 font.pixelSize: 12
@@ -90,6 +97,7 @@ Rectangle {
             objectName: "progressBar"
             Layout.fillWidth: true
             value: nowPlaying.duration > 0 ? nowPlaying.currentTime / nowPlaying.duration : 0
+            Accessible.description: SongFormat.formatTime(nowPlaying.currentTime) + " of " + SongFormat.formatTime(nowPlaying.duration)
             onSeekRequested: (fraction) => nowPlaying.seekRequested(fraction)
         }
 
@@ -99,7 +107,7 @@ Rectangle {
                 objectName: "shuffleButton"
                 symbol: "shuffle"
                 symbolSize: 15
-                accessibleName: "Shuffle"
+                accessibleName: nowPlaying.shuffled ? "Shuffle, on" : "Shuffle, off"
                 color: nowPlaying.shuffled ? Theme.accent : Theme.secondaryText
                 onClicked: nowPlaying.shuffleClicked()
             }
@@ -107,7 +115,7 @@ Rectangle {
                 objectName: "previousButton"
                 symbol: "backward.fill"
                 symbolSize: 20
-                accessibleName: "Previous"
+                accessibleName: "Previous song"
                 onClicked: nowPlaying.previousClicked()
             }
             TransportButton {
@@ -121,7 +129,7 @@ Rectangle {
                 objectName: "nextButton"
                 symbol: "forward.fill"
                 symbolSize: 20
-                accessibleName: "Next"
+                accessibleName: "Next song"
                 onClicked: nowPlaying.nextClicked()
             }
         }

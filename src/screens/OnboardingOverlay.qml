@@ -38,13 +38,13 @@ Item {
     SequentialAnimation {
         id: reveal
         running: true
-        PauseAnimation { duration: 50 }
+        PauseAnimation { duration: Theme.duration(50) }
         ScriptAction { script: overlay.logoVisible = true }
-        PauseAnimation { duration: 1300 }
+        PauseAnimation { duration: Theme.duration(1300) }
         ScriptAction { script: overlay.dividerVisible = true }
-        PauseAnimation { duration: 700 }
+        PauseAnimation { duration: Theme.duration(700) }
         ScriptAction { script: overlay.taglineVisible = true }
-        PauseAnimation { duration: 800 }
+        PauseAnimation { duration: Theme.duration(800) }
         ScriptAction { script: overlay.buttonVisible = true }
     }
 
@@ -54,7 +54,7 @@ Item {
         anchors.fill: parent
         visible: photo.status === Image.Ready && opacity > 0
         opacity: overlay.bgImageVisible ? 0.38 : 0
-        Behavior on opacity { NumberAnimation { duration: 2000; easing.type: Easing.InOutQuad } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(2000); easing.type: Easing.InOutQuad } }
         // The photograph and its shade fade as one picture.
         layer.enabled: visible && opacity < 1
 
@@ -92,7 +92,20 @@ Item {
         }
     }
 
+    // Under the words while the photograph shows, so that they stay as
+    // legible as on the plain background.
+    Rectangle {
+        objectName: "onboardingScrim"
+        anchors.centerIn: welcome
+        width: welcome.width + 96
+        height: welcome.height + 72
+        radius: 28
+        color: Theme.windowBackground
+        opacity: backdrop.visible ? 0.8 * backdrop.opacity / 0.38 : 0
+    }
+
     Column {
+        id: welcome
         anchors.centerIn: parent
         spacing: 0
 
@@ -101,9 +114,10 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             text: "YOUR MUSIC COLLECTION"
             color: Theme.brand
-            opacity: overlay.logoVisible ? 0.65 : 0
-            transform: Translate { y: overlay.logoVisible ? 0 : 6; Behavior on y { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } } }
-            Behavior on opacity { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } }
+            // Fully opaque: the small caption needs the brand colour's whole contrast.
+            opacity: overlay.logoVisible ? 1 : 0
+            transform: Translate { y: overlay.logoVisible ? 0 : 6; Behavior on y { NumberAnimation { duration: Theme.duration(1400); easing.type: Easing.InOutQuad } } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(1400); easing.type: Easing.InOutQuad } }
             font.family: Theme.uiFont
             font.pixelSize: 10
             font.weight: Font.Medium
@@ -116,8 +130,8 @@ Item {
             text: "Tarnwell"
             color: Theme.brand
             opacity: overlay.logoVisible ? 1 : 0
-            transform: Translate { y: overlay.logoVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } } }
-            Behavior on opacity { NumberAnimation { duration: 1400; easing.type: Easing.InOutQuad } }
+            transform: Translate { y: overlay.logoVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: Theme.duration(1400); easing.type: Easing.InOutQuad } } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(1400); easing.type: Easing.InOutQuad } }
             font.family: Theme.wordMarkFont
             font.pixelSize: 76
             font.letterSpacing: 8
@@ -135,7 +149,7 @@ Item {
                 height: 1
                 color: Theme.brand
                 opacity: 0.35
-                Behavior on width { NumberAnimation { duration: 600; easing.type: Easing.InOutQuad } }
+                Behavior on width { NumberAnimation { duration: Theme.duration(600); easing.type: Easing.InOutQuad } }
             }
         }
         Item { width: 1; height: 24 }
@@ -144,8 +158,8 @@ Item {
             anchors.horizontalCenter: parent.horizontalCenter
             spacing: 8
             opacity: overlay.taglineVisible ? 1 : 0
-            transform: Translate { y: overlay.taglineVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: 750; easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } } }
-            Behavior on opacity { NumberAnimation { duration: 750; easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } }
+            transform: Translate { y: overlay.taglineVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: Theme.duration(750); easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(750); easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } }
 
             Text {
                 anchors.horizontalCenter: parent.horizontalCenter
@@ -180,8 +194,8 @@ Item {
             verticalPadding: 12
             enabled: overlay.buttonVisible
             opacity: overlay.buttonVisible ? 1 : 0
-            transform: Translate { y: overlay.buttonVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: 750; easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } } }
-            Behavior on opacity { NumberAnimation { duration: 750; easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } }
+            transform: Translate { y: overlay.buttonVisible ? 0 : 10; Behavior on y { NumberAnimation { duration: Theme.duration(750); easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } } }
+            Behavior on opacity { NumberAnimation { duration: Theme.duration(750); easing.type: Easing.Bezier; easing.bezierCurve: Theme.spring } }
             onClicked: overlay.importRequested()
         }
     }

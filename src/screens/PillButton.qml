@@ -39,9 +39,9 @@ Rectangle {
         anchors.margins: -3
         radius: button.radius + 3
         color: "transparent"
-        border.color: Theme.brand
+        border.color: Theme.focusRing
         border.width: 2
-        visible: button.activeFocus
+        visible: button.activeFocus && KeyboardFocus.shown
     }
 
     Row {

@@ -22,6 +22,12 @@ Item {
     Accessible.role: Accessible.Button
     Accessible.name: name
     Accessible.onPressAction: row.clicked()
+    activeFocusOnTab: true
+    Keys.onReturnPressed: row.clicked()
+    Keys.onEnterPressed: row.clicked()
+    // The sidebar's entries are a list: the arrows move between them.
+    Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.TabFocusReason)
+    Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 
     Rectangle {
         id: body
@@ -94,4 +100,5 @@ Item {
             drop.acceptProposedAction()
         }
     }
+    FocusRing {}
 }

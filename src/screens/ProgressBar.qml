@@ -10,10 +10,18 @@ Item {
 
     // The played share, 0...1.
     property real value: 0
+    // The range a screen reader gives with the value.
+    readonly property real minimumValue: 0
+    readonly property real maximumValue: 1
+    readonly property real stepSize: 0.01
 
     signal seekRequested(real fraction)
 
     implicitHeight: 16
+    Accessible.role: Accessible.Slider
+    Accessible.name: "Song position"
+    // The arrows seek wherever the focus is (the window's playback keys).
+    activeFocusOnTab: true
 
     function seekAt(x) {
         bar.seekRequested(width > 0 ? Math.max(0, Math.min(1, x / width)) : 0)
@@ -42,4 +50,5 @@ Item {
         onPressed: (mouse) => bar.seekAt(mouse.x)
         onPositionChanged: (mouse) => { if (pressed) bar.seekAt(mouse.x) }
     }
+    FocusRing { radius: 4 }
 }

@@ -12,13 +12,18 @@ Item {
 
     signal clicked()
 
-    width: 72
-    height: 100
+    // Wider than the picture, so that a name has room for two lines.
+    width: 96
+    height: 120
     Accessible.role: Accessible.Button
     Accessible.name: name
+    activeFocusOnTab: true
+    Keys.onReturnPressed: card.clicked()
+    Keys.onEnterPressed: card.clicked()
 
     ArtistPicture {
         id: picture
+        anchors.horizontalCenter: parent.horizontalCenter
         width: 72
         height: 72
         radius: 36
@@ -30,9 +35,11 @@ Item {
     Text {
         anchors.top: picture.bottom
         anchors.topMargin: 6
-        width: 72
+        width: parent.width
         horizontalAlignment: Text.AlignHCenter
         text: card.name
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
         elide: Text.ElideRight
         font.pixelSize: 12
         font.weight: Font.Medium
@@ -40,4 +47,5 @@ Item {
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: card.clicked() }
+    FocusRing {}
 }

@@ -15,6 +15,14 @@ Rectangle {
 
     signal textEdited(string text)
     signal activeChangeRequested(bool active)
+    // ↓ / ↑ and Enter in the field choose among the results.
+    signal moveRequested(int step)
+    signal acceptRequested()
+
+    // Puts the caret in the field once it has opened.
+    function focusField() {
+        focusTimer.restart()
+    }
 
     function close() {
         bar.textEdited("")
@@ -25,11 +33,15 @@ Rectangle {
     implicitHeight: 30
     radius: 8
     color: isActive ? Theme.subtleFill : Theme.panelBackground
-    Behavior on implicitWidth { SpringAnimation { spring: 4; damping: 0.85; epsilon: 0.5 } }
-    Behavior on color { ColorAnimation { duration: 300 } }
+    Behavior on implicitWidth { enabled: !Theme.reduceMotion; SpringAnimation { spring: 4; damping: 0.85; epsilon: 0.5 } }
+    Behavior on color { ColorAnimation { duration: Theme.duration(300) } }
     clip: true
     Accessible.role: Accessible.EditableText
     Accessible.name: "Search"
+    // Closed, the bar is a button that Tab reaches.
+    activeFocusOnTab: !isActive || activeFocus
+    Keys.onReturnPressed: { bar.activeChangeRequested(true); bar.focusField() }
+    Keys.onEnterPressed: { bar.activeChangeRequested(true); bar.focusField() }
 
     SymbolIcon {
         id: glass
@@ -49,12 +61,17 @@ Rectangle {
         visible: bar.isActive
         text: bar.text
         placeholderText: "Search..."
+        Accessible.name: "Search"
         placeholderTextColor: Theme.secondaryText
         font.pixelSize: 13
         color: Theme.primaryText
         background: null
         padding: 2
         onTextEdited: bar.textEdited(text)
+        Keys.onDownPressed: bar.moveRequested(1)
+        Keys.onUpPressed: bar.moveRequested(-1)
+        Keys.onReturnPressed: bar.acceptRequested()
+        Keys.onEnterPressed: bar.acceptRequested()
         Keys.onEscapePressed: (event) => {
             bar.close()
             event.accepted = true
@@ -74,7 +91,7 @@ Rectangle {
         color: Theme.secondaryText
         visible: opacity > 0
         opacity: bar.isActive && bar.text !== "" ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: 150 } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(150) } }
         MouseArea { anchors.fill: parent; anchors.margins: -4; onClicked: bar.textEdited("") }
     }
 
@@ -102,4 +119,5 @@ Rectangle {
                 bar.close()
         }
     }
+    FocusRing { radius: bar.radius + 2 }
 }

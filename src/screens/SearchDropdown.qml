@@ -10,6 +10,31 @@ Rectangle {
     // {artists: [...], albums: [...], tracks: [...]} as the search index gives it.
     property var results: ({ artists: [], albums: [], tracks: [] })
     readonly property bool hasResults: results.artists.length + results.albums.length + results.tracks.length > 0
+    // What was typed: a query that finds nothing says so.
+    property string query: ""
+    readonly property bool showsNoResults: !hasResults && query.trim() !== ""
+
+    // The result chosen with ↓ and ↑ from the search field, counted through
+    // artists, albums and songs; -1 for none.
+    property int current: -1
+    readonly property int count: results.artists.length + results.albums.length + results.tracks.length
+    onResultsChanged: current = -1
+
+    function move(step) {
+        if (count > 0)
+            current = Math.max(0, Math.min(count - 1, current + step))
+    }
+    // Enter: the chosen result, or the first when none is.
+    function activate() {
+        const at = Math.max(0, current)
+        const artists = results.artists, albums = results.albums, tracks = results.tracks
+        if (at < artists.length)
+            artistRequested(artists[at].name)
+        else if (at < artists.length + albums.length)
+            albumRequested(albums[at - artists.length].artist, albums[at - artists.length].displayName)
+        else if (at < count)
+            playRequested(tracks[at - artists.length - albums.length].trackId)
+    }
 
     signal playRequested(string trackId)
     signal albumRequested(string artist, string album)
@@ -22,11 +47,30 @@ Rectangle {
     border.color: Theme.border
     border.width: 1
 
+    CardShadow {
+        radius: dropdown.radius
+        color: Qt.rgba(Theme.raisedBackground.r, Theme.raisedBackground.g, Theme.raisedBackground.b, 0.24)
+    }
+
     Column {
         id: column
         y: 8
         width: parent.width
 
+        Text {
+            objectName: "noResults"
+            visible: dropdown.showsNoResults
+            width: parent.width
+            leftPadding: 14
+            rightPadding: 14
+            topPadding: 10
+            bottomPadding: 10
+            text: "No results"
+            elide: Text.ElideRight
+            color: Theme.secondaryText
+            font.family: Theme.uiFont
+            font.pixelSize: 13
+        }
         SearchSection {
             objectName: "artistsSection"
             width: parent.width
@@ -37,7 +81,9 @@ Rectangle {
                 model: dropdown.results.artists
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === index
                     title: modelData.name
                     subtitle: SongFormat.songCount(modelData.trackCount)
                     picture: ArtworkSources.artist(modelData.name)
@@ -58,7 +104,9 @@ Rectangle {
                 model: dropdown.results.albums
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === dropdown.results.artists.length + index
                     title: modelData.displayName
                     subtitle: (modelData.artist !== "" ? modelData.artist + " · " : "") + SongFormat.songCount(modelData.trackCount)
                     picture: ArtworkSources.album(modelData.artist, modelData.displayName)
@@ -78,7 +126,9 @@ Rectangle {
                 model: dropdown.results.tracks
                 delegate: SearchRow {
                     required property var modelData
+                    required property int index
                     width: column.width
+                    current: dropdown.current === dropdown.results.artists.length + dropdown.results.albums.length + index
                     title: modelData.name
                     subtitle: modelData.artist
                     picture: ArtworkSources.track(modelData.path)

@@ -15,13 +15,16 @@ Rectangle {
     property string trailing
     property real trailingSize: 11
     readonly property bool hovered: hover.hovered
+    // Chosen with the arrow keys from the search field.
+    property bool current: false
 
     signal clicked()
 
     height: 48
-    color: hovered ? Theme.subtleFill : "transparent"
+    color: hovered || current ? Theme.subtleFill : "transparent"
     Accessible.role: Accessible.Button
-    Accessible.name: title
+    Accessible.name: subtitle !== "" ? title + ", " + subtitle : title
+    Accessible.onPressAction: row.clicked()
 
     ArtistPicture {
         id: thumb
@@ -68,10 +71,11 @@ Rectangle {
         name: row.trailing
         size: row.trailingSize
         color: Theme.secondaryText
-        opacity: row.hovered ? 1 : 0
+        opacity: row.hovered || row.current ? 1 : 0
     }
     HoverHandler { id: hover; cursorShape: Qt.PointingHandCursor }
     // A mouse area takes the click for itself, so the window's click-outside
     // watcher doesn't close the search before the choice arrives.
     MouseArea { anchors.fill: parent; onClicked: row.clicked() }
+    FocusRing { active: row.current; anchors.margins: 1 }
 }

@@ -27,17 +27,21 @@ Rectangle {
     implicitWidth: 220
     color: "transparent"
 
+    // The side margins lie inside the clipped area, so that a playlist row
+    // that grows under a dragged song is drawn whole.
     Flickable {
         anchors.fill: parent
-        anchors.margins: 12
+        anchors.topMargin: 12
+        anchors.bottomMargin: 12
         contentHeight: column.implicitHeight
         clip: true
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Sidebar" }
 
         Column {
             id: column
-            width: parent.width
+            x: 12
+            width: parent.width - 24
             spacing: 2
 
             SidebarEntry {
@@ -104,6 +108,11 @@ Rectangle {
                     TapHandler { onTapped: sidebar.createClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: "New Playlist"
+                    Accessible.onPressAction: sidebar.createClicked()
+                    activeFocusOnTab: true
+                    Keys.onReturnPressed: sidebar.createClicked()
+                    Keys.onEnterPressed: sidebar.createClicked()
+                    FocusRing {}
                 }
             }
 

@@ -19,6 +19,12 @@ Rectangle {
     Accessible.role: Accessible.Button
     Accessible.name: label
     Accessible.onPressAction: entry.clicked()
+    activeFocusOnTab: true
+    Keys.onReturnPressed: entry.clicked()
+    Keys.onEnterPressed: entry.clicked()
+    // The sidebar's entries are a list: the arrows move between them.
+    Keys.onUpPressed: entry.nextItemInFocusChain(false).forceActiveFocus(Qt.TabFocusReason)
+    Keys.onDownPressed: entry.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
 
     Row {
         anchors.left: parent.left
@@ -42,4 +48,5 @@ Rectangle {
     }
     HoverHandler { id: hover }
     TapHandler { onTapped: entry.clicked() }
+    FocusRing {}
 }

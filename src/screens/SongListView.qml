@@ -17,12 +17,16 @@ Item {
     required property bool playing
 
     readonly property alias list: list
+    // [{id, name, count}]: where the keyboard's "Add to" menu can put a song.
+    property list<var> playlists: []
 
     signal importClicked()
     signal playRequested(string trackId)
     signal pauseRequested()
     signal editRequested(string trackId)
     signal dragStarted(string trackId)
+    // The keyboard's way to do what a drag onto a playlist does.
+    signal addToPlaylistRequested(string trackId, string playlistId)
 
     Item {
         id: header
@@ -49,7 +53,7 @@ Item {
                 font.letterSpacing: 1
                 Accessible.role: Accessible.Heading
             }
-            Text {
+            Figures {
                 objectName: "listCount"
                 text: SongFormat.songCount(list.count)
                 color: Theme.secondaryText
@@ -81,11 +85,10 @@ Item {
                 anchors.right: parent.right
                 visible: screen.isPlaylist
                 spacing: 6
-                SymbolIcon {
+                Waveform {
                     anchors.verticalCenter: parent.verticalCenter
-                    name: "waveform"
+                    running: false
                     size: 14
-                    font.weight: Font.ExtraLight
                     color: Theme.secondaryText
                 }
                 Text {
@@ -103,6 +106,26 @@ Item {
     ListView {
         id: list
         objectName: "songList"
+        Accessible.role: Accessible.List
+        Accessible.name: screen.title
+        // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        Keys.onPressed: (event) => {
+            // The Menu key (or Shift+F10) offers the playlists for the current song.
+            if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && (event.modifiers & Qt.ShiftModifier)))
+                event.accepted = addMenu.openFor(list.currentItem)
+            else
+                event.accepted = KeyboardFocus.navigate(list, event.key)
+        }
+        Keys.onReturnPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
+        Keys.onEnterPressed: if (list.currentItem) screen.playRequested(list.currentItem.trackId)
+        onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+        focus: true
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 14
         anchors.rightMargin: 14
@@ -115,7 +138,7 @@ Item {
         // wheel and the scroll bar rather than by dragging.
         interactive: false
         boundsBehavior: Flickable.StopAtBounds
-        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
 
         WheelHandler {
             onWheel: (event) => {
@@ -127,6 +150,8 @@ Item {
 
         delegate: TrackRow {
             required property int index
+            // The current row takes the focus of the view, so a screen reader follows it.
+            focus: ListView.isCurrentItem
             width: ListView.view.width - scrollBar.width
             number: index + 1
             isActive: trackId === screen.playingTrackId
@@ -135,6 +160,29 @@ Item {
             onPauseRequested: screen.pauseRequested()
             onEditRequested: screen.editRequested(trackId)
             onDragStarted: screen.dragStarted(trackId)
+        }
+    }
+
+    Menu {
+        id: addMenu
+        objectName: "addToPlaylistMenu"
+        property string trackId: ""
+        function openFor(row) {
+            if (!row || screen.playlists.length === 0)
+                return false
+            trackId = row.trackId
+            popup(row, 40, row.height)
+            return true
+        }
+        Instantiator {
+            model: screen.playlists
+            delegate: MenuItem {
+                required property var modelData
+                text: "Add to " + modelData.name
+                onTriggered: screen.addToPlaylistRequested(addMenu.trackId, modelData.id)
+            }
+            onObjectAdded: (index, item) => addMenu.insertItem(index, item)
+            onObjectRemoved: (index, item) => addMenu.removeItem(item)
         }
     }
 }

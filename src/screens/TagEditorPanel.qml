@@ -17,6 +17,8 @@ Rectangle {
     property string initialAlbum: ""
     property bool busy: false
     property string busyText: ""
+    // Why the last save failed: one line a file. The fields keep what was typed.
+    property string errorText: ""
 
     readonly property bool several: songCount >= 2
     readonly property bool hasChanges: titleField.text !== initialTitle || artistField.text !== initialArtist
@@ -49,8 +51,15 @@ Rectangle {
                 panel.attemptClose()
         }
     }
+    // Enter in a field saves, as the Save button does.
+    Keys.onReturnPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
+    Keys.onEnterPressed: if (!panel.busy && !alert.visible) saveButton.clicked()
     Component.onCompleted: titleField.forceActiveFocus()
 
+    CardShadow {
+        radius: panel.radius
+        color: Qt.rgba(0, 0, 0, 0.28)
+    }
     // Clicks on the panel stay on the panel.
     MouseArea { anchors.fill: parent }
 
@@ -91,6 +100,7 @@ Rectangle {
                 MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: panel.attemptClose() }
                 Accessible.role: Accessible.Button
                 Accessible.name: "Close"
+                Accessible.onPressAction: panel.attemptClose()
             }
         }
         Text {
@@ -129,6 +139,18 @@ Rectangle {
             initial: panel.initialAlbum
         }
 
+        Text {
+            objectName: "saveError"
+            width: parent.width
+            visible: text !== ""
+            text: panel.errorText
+            wrapMode: Text.Wrap
+            maximumLineCount: 6
+            elide: Text.ElideRight
+            font.pixelSize: 12
+            color: Theme.primaryText
+        }
+
         Item {
             width: parent.width
             height: saveButton.implicitHeight
@@ -165,6 +187,14 @@ Rectangle {
         }
     }
 
+    // The panel dims behind the question.
+    Rectangle {
+        objectName: "discardDim"
+        anchors.fill: parent
+        radius: panel.radius
+        visible: alert.visible
+        color: Qt.rgba(0, 0, 0, 0.3)
+    }
     // "Discard changes?"
     Rectangle {
         id: alert
@@ -178,6 +208,10 @@ Rectangle {
         border.color: Theme.border
         border.width: 1
         MouseArea { anchors.fill: parent }
+        CardShadow {
+            radius: alert.radius
+            color: Qt.rgba(0, 0, 0, 0.28)
+        }
         Column {
             id: alertColumn
             x: 18
@@ -214,7 +248,7 @@ Rectangle {
                     objectName: "discardButton"
                     text: "Discard"
                     fontSize: 13
-                    color: hovered ? "#c0392b" : "#d9534f"
+                    color: hovered ? "#a82824" : "#c9302c"
                     onClicked: panel.cancelRequested()
                 }
             }

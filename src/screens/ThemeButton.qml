@@ -15,6 +15,9 @@ Item {
     Accessible.role: Accessible.Button
     Accessible.name: "Theme"
     Accessible.onPressAction: button.clicked()
+    activeFocusOnTab: true
+    Keys.onReturnPressed: button.clicked()
+    Keys.onEnterPressed: button.clicked()
 
     Row {
         anchors.centerIn: parent
@@ -32,4 +35,5 @@ Item {
 
     HoverHandler { cursorShape: Qt.PointingHandCursor }
     TapHandler { onTapped: button.clicked() }
+    FocusRing {}
 }

@@ -83,6 +83,12 @@ Item {
                 Accessible.checkable: true
                 Accessible.checked: checked
                 Accessible.onPressAction: popup.themeChosen(index)
+                activeFocusOnTab: true
+                Keys.onReturnPressed: popup.themeChosen(index)
+                Keys.onEnterPressed: popup.themeChosen(index)
+                Keys.onUpPressed: row.nextItemInFocusChain(false).forceActiveFocus(Qt.TabFocusReason)
+                Keys.onDownPressed: row.nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+                FocusRing { anchors.margins: 2 }
 
                 Text {
                     id: name

@@ -55,6 +55,10 @@ Item {
             Accessible.role: Accessible.Button
             Accessible.name: "Tarnwell, home"
             Accessible.onPressAction: bar.wordMarkClicked()
+            activeFocusOnTab: true
+            Keys.onReturnPressed: bar.wordMarkClicked()
+            Keys.onEnterPressed: bar.wordMarkClicked()
+            FocusRing {}
             TapHandler { onTapped: bar.wordMarkClicked() }
         }
 
@@ -78,8 +82,9 @@ Item {
             visible: bar.hasTracks
             onClicked: bar.themeClicked()
         }
+        // Shown with an empty library too: the way back after the welcome.
         ImportButton {
-            visible: bar.hasTracks
+            objectName: "importButton"
             Layout.leftMargin: 4
             onClicked: bar.importClicked()
         }

@@ -36,6 +36,9 @@ Item {
     signal dragStarted()
 
     implicitHeight: 54
+    Accessible.role: Accessible.ListItem
+    Accessible.name: artist !== "" ? name + ", " + artist : name
+    Accessible.onPressAction: row.playRequested()
 
     Rectangle {
         anchors.fill: parent
@@ -76,7 +79,7 @@ Item {
             width: 18
             height: parent.height
 
-            Text {
+            Figures {
                 objectName: "rowNumber"
                 anchors.centerIn: parent
                 visible: !row.isPlaying && !row.hovered
@@ -92,12 +95,10 @@ Item {
                 size: 12
                 color: row.isActive ? Theme.brand : Theme.primaryText
             }
-            SymbolIcon {
+            Waveform {
+                objectName: "playingWave"
                 anchors.centerIn: parent
                 visible: row.isPlaying && !row.hovered
-                name: "waveform"
-                size: 13
-                color: Theme.brand
             }
             SymbolIcon {
                 id: pauseButton
@@ -180,7 +181,7 @@ Item {
                 Accessible.role: Accessible.Button
                 Accessible.name: "Edit tags"
             }
-            Text {
+            Figures {
                 objectName: "rowLength"
                 anchors.verticalCenter: parent.verticalCenter
                 visible: row.duration > 0
@@ -226,10 +227,13 @@ Item {
             }
             Text {
                 anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, 240)
                 text: row.name
+                elide: Text.ElideRight
                 font.pixelSize: 13
                 color: Theme.primaryText
             }
         }
     }
+    FocusRing { anchors.margins: 1 }
 }

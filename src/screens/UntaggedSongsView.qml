@@ -61,6 +61,11 @@ Item {
                     MouseArea { anchors.fill: parent; cursorShape: Qt.PointingHandCursor; onClicked: screen.selectAllClicked() }
                     Accessible.role: Accessible.Button
                     Accessible.name: text
+                    Accessible.onPressAction: screen.selectAllClicked()
+                    activeFocusOnTab: true
+                    Keys.onReturnPressed: screen.selectAllClicked()
+                    Keys.onEnterPressed: screen.selectAllClicked()
+                    FocusRing {}
                 }
                 PillButton {
                     objectName: "editSelectedButton"
@@ -109,6 +114,25 @@ Item {
     ListView {
         id: list
         objectName: "untaggedList"
+        Accessible.role: Accessible.List
+        Accessible.name: "Untagged Songs"
+        // The keyboard: arrows (the view's own), Home, End, Page Up/Down move
+        // the current item, which takes the focus (and the ring) and stays in
+        // view; Enter opens or plays it.
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        Keys.onPressed: (event) => event.accepted = KeyboardFocus.navigate(list, event.key)
+        Keys.onReturnPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
+        Keys.onEnterPressed: if (list.currentItem) screen.editRequested(list.currentItem.trackId)
+        onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+        // A model filled after a reset still has a current row.
+        onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
+        focus: true
+        // Space ticks the current row's check box.
+        readonly property bool takesSpace: true
+        Keys.onSpacePressed: if (list.currentItem) screen.selectionToggled(list.currentItem.trackId)
+        // Shown once loaded, it takes the keys its screen was given meanwhile.
+        onVisibleChanged: if (visible && screen.parent && screen.parent.activeFocus) forceActiveFocus()
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
         anchors.leftMargin: 8
         anchors.rightMargin: 8
@@ -117,7 +141,7 @@ Item {
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         model: screen.untagged
-        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded }
+        ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Untagged Songs" }
         delegate: Rectangle {
             id: row
             required property int index
@@ -129,10 +153,16 @@ Item {
 
             width: ListView.view.width
             height: 52
+            focus: ListView.isCurrentItem
+            Accessible.role: Accessible.ListItem
+            Accessible.name: row.name + ", " + row.missing
+            Accessible.checkable: true
+            Accessible.checked: row.isSelected
             color: hovered ? Theme.subtleFill : "transparent"
-            Behavior on color { ColorAnimation { duration: 100; easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
+            Behavior on color { ColorAnimation { duration: Theme.duration(100); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeInOut } }
 
             HoverHandler { id: rowHover }
+            FocusRing { anchors.margins: 1 }
             MouseArea {
                 id: rowArea
                 anchors.fill: parent
@@ -146,12 +176,16 @@ Item {
                 height: 1
                 color: Theme.panelBackground
             }
+            // Ends where the Edit button begins, shown or not: long names elide.
             Row {
                 anchors.left: parent.left
                 anchors.leftMargin: 20
+                anchors.right: editButton.left
+                anchors.rightMargin: 12
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: 12
                 SymbolIcon {
+                    id: checkbox
                     objectName: "checkbox"
                     anchors.verticalCenter: parent.verticalCenter
                     name: row.isSelected ? "checkmark.square.fill" : "square"
@@ -168,21 +202,29 @@ Item {
                 }
                 Column {
                     anchors.verticalCenter: parent.verticalCenter
+                    width: parent.width - checkbox.width - parent.spacing
                     spacing: 2
                     Text {
+                        objectName: "untaggedName"
+                        width: parent.width
                         text: row.name
+                        elide: Text.ElideRight
                         font.pixelSize: 13
                         font.weight: Font.Medium
                         color: Theme.primaryText
                     }
                     Text {
+                        width: parent.width
                         text: row.missing
+                        elide: Text.ElideRight
                         font.pixelSize: 11
                         color: Theme.secondaryText
                     }
                 }
             }
             PillButton {
+                id: editButton
+                objectName: "rowEditButton"
                 anchors.right: parent.right
                 anchors.rightMargin: 20
                 anchors.verticalCenter: parent.verticalCenter
@@ -204,8 +246,8 @@ Item {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: screen.untagged.message.text !== "" ? 20 : -height
         opacity: screen.untagged.message.text !== "" ? 1 : 0
-        Behavior on anchors.bottomMargin { NumberAnimation { duration: 250; easing.type: Easing.OutCubic } }
-        Behavior on opacity { NumberAnimation { duration: 250 } }
+        Behavior on anchors.bottomMargin { NumberAnimation { duration: Theme.duration(250); easing.type: Easing.OutCubic } }
+        Behavior on opacity { NumberAnimation { duration: Theme.duration(250) } }
         width: savedText.implicitWidth + 32
         height: savedText.implicitHeight + 18
         radius: 20

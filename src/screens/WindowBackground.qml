@@ -27,9 +27,10 @@ Item {
         anchors.fill: parent
         visible: false
         source: background.source
-        // Blurred this much, a small copy looks the same and costs far less.
-        sourceSize.width: 320
-        sourceSize.height: 320
+        // A copy this small keeps the colours and loses all lettering, which
+        // the blur alone would let show through; it also costs next to nothing.
+        sourceSize.width: 24
+        sourceSize.height: 24
         fillMode: Image.Stretch
         asynchronous: true
         cache: false

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AtomicReplace.h"
 
-#include <QFile>
+#include "model/LocalPath.h"
+
 #include <QFileInfo>
 #include <QHash>
 #include <QMutex>
@@ -79,13 +80,13 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
 {
     const auto failed = [&](int err, const QString &what = {}) -> std::optional<WholeFile> {
         if (why)
-            *why = what.isEmpty() ? QStringLiteral("cannot read %1: %2").arg(path, systemError(err)) : what;
+            *why = what.isEmpty() ? QStringLiteral("cannot read %1: %2").arg(localpath::readable(path), systemError(err)) : what;
         if (errOut)
             *errOut = err;
         return std::nullopt;
     };
     // Non-blocking: opening a FIFO must not wait for a writer; it is refused below.
-    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int fd = ::open(localpath::toBytes(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return failed(errno);
     const auto closeAndFail = [&](int err, const QString &what = {}) {
@@ -98,7 +99,7 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
     if (S_ISDIR(st.st_mode))
         return closeAndFail(EISDIR);
     if (!S_ISREG(st.st_mode))
-        return closeAndFail(EINVAL, QStringLiteral("%1 is not a regular file").arg(path));
+        return closeAndFail(EINVAL, QStringLiteral("%1 is not a regular file").arg(localpath::readable(path)));
     WholeFile file { QByteArray(st.st_size, Qt::Uninitialized), identityOf(st) };
     qint64 got = 0;
     while (got < file.data.size()) {
@@ -117,16 +118,15 @@ std::optional<WholeFile> readWholeFile(const QString &path, QString *why, int *e
         return closeAndFail(errno);
     ::close(fd);
     if (got != file.data.size() || !(identityOf(st) == file.identity))
-        return failed(ESTALE, QStringLiteral("%1 changed while it was read").arg(path));
+        return failed(ESTALE, QStringLiteral("%1 changed while it was read").arg(localpath::readable(path)));
     return file;
 }
 
 AtomicReplace::AtomicReplace(const QString &target)
 {
     // Through a symbolic link the file it points at is replaced, not the link.
-    const QFileInfo info(target);
-    const QString canonical = info.canonicalFilePath();
-    m_target = canonical.isEmpty() ? info.absoluteFilePath() : canonical;
+    const QString canonical = localpath::canonical(target);
+    m_target = canonical.isEmpty() ? localpath::absolute(target) : canonical;
 }
 
 AtomicReplace::~AtomicReplace()
@@ -145,7 +145,7 @@ bool AtomicReplace::fail(const QString &what, int err)
 void AtomicReplace::discard()
 {
     if (!m_tempPath.isEmpty()) {
-        ::unlink(QFile::encodeName(m_tempPath).constData());
+        ::unlink(localpath::toBytes(m_tempPath).constData());
         m_tempPath.clear();
     }
     // Closed after the unlink: the lock keeps removeLeftovers() off meanwhile.
@@ -159,19 +159,19 @@ bool AtomicReplace::create()
 {
     const QFileInfo info(m_target);
     struct stat st;
-    if (::stat(QFile::encodeName(m_target).constData(), &st) != 0)
-        return fail(QStringLiteral("cannot look at %1").arg(m_target), errno);
+    if (::stat(localpath::toBytes(m_target).constData(), &st) != 0)
+        return fail(QStringLiteral("cannot look at %1").arg(localpath::readable(m_target)), errno);
     const QString suffix = info.suffix().isEmpty() ? QString() : QStringLiteral(".") + info.suffix();
     m_pattern = info.absolutePath() + QStringLiteral("/.") + info.completeBaseName()
         + QStringLiteral(".tarnwell-XXXXXX") + suffix;
-    m_suffixLength = int(QFile::encodeName(suffix).size());
+    m_suffixLength = int(localpath::toBytes(suffix).size());
     const QString cannotCreate
-        = QStringLiteral("cannot create a temporary file in %1").arg(info.absolutePath());
+        = QStringLiteral("cannot create a temporary file in %1").arg(localpath::readable(info.absolutePath()));
     // A file without a name where the file system allows it: should the
     // program be killed before the rename, nothing is left behind.
     if (!m_named) {
         m_fd = ::open(
-            QFile::encodeName(info.absolutePath()).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+            localpath::toBytes(info.absolutePath()).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
         // Only a file system without O_TMPFILE gets a second way; a folder
         // that can't be written refuses both.
         if (m_fd < 0 && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)
@@ -179,11 +179,11 @@ bool AtomicReplace::create()
     }
     m_anonymous = m_fd >= 0;
     if (!m_anonymous) {
-        QByteArray pattern = QFile::encodeName(m_pattern);
+        QByteArray pattern = localpath::toBytes(m_pattern);
         m_fd = ::mkostemps(pattern.data(), m_suffixLength, O_CLOEXEC);
         if (m_fd < 0)
             return fail(cannotCreate, errno);
-        m_tempPath = QFile::decodeName(pattern);
+        m_tempPath = localpath::fromBytes(pattern);
     }
     ::flock(m_fd, LOCK_EX | LOCK_NB);
     return copyAttributes(st);
@@ -197,11 +197,11 @@ bool AtomicReplace::copyAttributes(const struct stat &st)
             (void)::fchown(m_fd, uid_t(-1), st.st_gid); // a group the user belongs to
     }
     if (::fchmod(m_fd, st.st_mode & 07777) != 0)
-        return fail(QStringLiteral("cannot set permissions on %1").arg(m_target), errno);
+        return fail(QStringLiteral("cannot set permissions on %1").arg(localpath::readable(m_target)), errno);
 
     // Extended attributes, the ACL among them (it sets the group bits anew, to
     // the same mask). Security labels are the system's to give.
-    const QByteArray target = QFile::encodeName(m_target);
+    const QByteArray target = localpath::toBytes(m_target);
     QByteArray names(1024, Qt::Uninitialized);
     for (;;) {
         const ssize_t got = ::llistxattr(target.constData(), names.data(), size_t(names.size()));
@@ -213,7 +213,7 @@ bool AtomicReplace::copyAttributes(const struct stat &st)
             return true;
         const ssize_t size = errno == ERANGE ? ::llistxattr(target.constData(), nullptr, 0) : -1;
         if (size < 0)
-            return fail(QStringLiteral("cannot list the attributes of %1").arg(m_target), errno);
+            return fail(QStringLiteral("cannot list the attributes of %1").arg(localpath::readable(m_target)), errno);
         names.resize(size);
     }
     for (const QByteArray &name : names.split('\0')) {
@@ -227,7 +227,7 @@ bool AtomicReplace::copyAttributes(const struct stat &st)
         }
         if (size < 0 || ::fsetxattr(m_fd, name.constData(), value.constData(), size_t(size), 0) != 0)
             return fail(
-                QStringLiteral("cannot keep the attribute %1 of %2").arg(QString::fromLatin1(name), m_target),
+                QStringLiteral("cannot keep the attribute %1 of %2").arg(QString::fromLatin1(name), localpath::readable(m_target)),
                 errno);
     }
     return true;
@@ -237,13 +237,13 @@ bool AtomicReplace::linkAnonymous()
 {
     const QByteArray fdPath = "/proc/self/fd/" + QByteArray::number(m_fd);
     for (int attempt = 0; attempt < 100; ++attempt) {
-        QByteArray name = QFile::encodeName(m_pattern);
+        QByteArray name = localpath::toBytes(m_pattern);
         const qsizetype x = name.size() - m_suffixLength - 6;
         static constexpr char letters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
         for (qsizetype i = 0; i < 6; ++i)
             name[x + i] = letters[QRandomGenerator::global()->bounded(int(sizeof letters - 1))];
         if (::linkat(AT_FDCWD, fdPath.constData(), AT_FDCWD, name.constData(), AT_SYMLINK_FOLLOW) == 0) {
-            m_tempPath = QFile::decodeName(name);
+            m_tempPath = localpath::fromBytes(name);
             return true;
         }
         if (errno != EEXIST)
@@ -257,7 +257,7 @@ bool AtomicReplace::write(QByteArrayView data)
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
     if (!writeAll(m_fd, data.data(), data.size()))
-        return fail(QStringLiteral("cannot write the new %1").arg(m_target), errno);
+        return fail(QStringLiteral("cannot write the new %1").arg(localpath::readable(m_target)), errno);
     FlushClock &clock = flushClock();
     QMutexLocker lock(&clock.mutex);
     m_writtenAt = clock.ticks;
@@ -269,21 +269,21 @@ bool AtomicReplace::commit()
     if (m_fd < 0)
         return fail(QStringLiteral("no temporary file"), EBADF);
     if (m_flushData && ::fsync(m_fd) != 0)
-        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
+        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(localpath::readable(m_target)), errno);
     if (m_anonymous && !linkAnonymous())
-        return fail(QStringLiteral("cannot name the new %1").arg(m_target), errno);
+        return fail(QStringLiteral("cannot name the new %1").arg(localpath::readable(m_target)), errno);
     // The last look before the rename: the file must still be the one read.
     if (m_expected) {
         struct stat st;
-        if (::stat(QFile::encodeName(m_target).constData(), &st) != 0 || !(identityOf(st) == *m_expected)) {
+        if (::stat(localpath::toBytes(m_target).constData(), &st) != 0 || !(identityOf(st) == *m_expected)) {
             m_targetChanged = true;
-            m_error = QStringLiteral("%1 changed while saving; nothing was written").arg(m_target);
+            m_error = QStringLiteral("%1 changed while saving; nothing was written").arg(localpath::readable(m_target));
             discard();
             return false;
         }
     }
-    if (::rename(QFile::encodeName(m_tempPath).constData(), QFile::encodeName(m_target).constData()) != 0)
-        return fail(QStringLiteral("cannot replace %1").arg(m_target), errno);
+    if (::rename(localpath::toBytes(m_tempPath).constData(), localpath::toBytes(m_target).constData()) != 0)
+        return fail(QStringLiteral("cannot replace %1").arg(localpath::readable(m_target)), errno);
     m_tempPath.clear();
     m_committed = true;
     ::close(m_fd);
@@ -300,7 +300,7 @@ bool AtomicReplace::flushFileSystem()
         return fail(QStringLiteral("no temporary file"), EBADF);
     struct stat st;
     if (::fstat(m_fd, &st) != 0)
-        return fail(QStringLiteral("cannot look at the new %1").arg(m_target), errno);
+        return fail(QStringLiteral("cannot look at the new %1").arg(localpath::readable(m_target)), errno);
     FlushClock &clock = flushClock();
     {
         QMutexLocker lock(&clock.mutex);
@@ -313,7 +313,7 @@ bool AtomicReplace::flushFileSystem()
         startedAt = ++clock.ticks;
     }
     if (::syncfs(m_fd) != 0)
-        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(m_target), errno);
+        return fail(QStringLiteral("cannot flush the new %1 to disk").arg(localpath::readable(m_target)), errno);
     QMutexLocker lock(&clock.mutex);
     quint64 &done = clock.completed[st.st_dev];
     done = std::max(done, startedAt);
@@ -323,13 +323,15 @@ bool AtomicReplace::flushFileSystem()
 void AtomicReplace::removeLeftovers(const QString &folder)
 {
     static const QRegularExpression ours(QStringLiteral("^\\..+\\.tarnwell-[A-Za-z0-9]{6}(\\.[^.]*)?$"));
-    const QByteArray path = QFile::encodeName(folder);
+    const QByteArray path = localpath::toBytes(folder);
     DIR *dir = ::opendir(path.constData());
     if (!dir)
         return;
     const int dirFd = ::dirfd(dir);
     while (const dirent *entry = ::readdir(dir)) {
-        if (entry->d_name[0] != '.' || !ours.match(QFile::decodeName(entry->d_name)).hasMatch())
+        // Matched on the readable name: the pattern needs valid text, and our
+        // part of the name is plain ASCII.
+        if (entry->d_name[0] != '.' || !ours.match(localpath::readable(localpath::fromBytes(entry->d_name))).hasMatch())
             continue;
         const int fd = ::openat(dirFd, entry->d_name, O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
         if (fd < 0)
@@ -347,7 +349,7 @@ void AtomicReplace::removeLeftovers(const QString &folder)
 
 void syncFolder(const QString &folder)
 {
-    const int dir = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int dir = ::open(localpath::toBytes(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
         ::fsync(dir);
         ::close(dir);

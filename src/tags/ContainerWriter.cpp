@@ -4,6 +4,7 @@
 #include "AtomicReplace.h"
 #include "ByteCursor.h"
 #include "ContainerReader.h"
+#include "model/LocalPath.h"
 
 #include <taglib/aifffile.h>
 #include <taglib/id3v2tag.h>
@@ -11,7 +12,6 @@
 #include <taglib/mp4file.h>
 #include <taglib/wavfile.h>
 
-#include <QFile>
 
 namespace container {
 
@@ -53,7 +53,7 @@ void setId3(TagLib::ID3v2::Tag *tag, CommonKey key, const TagLib::String &value)
 bool applyEdit(const QString &path, const QString &suffix, const TagEdit &edit)
 {
     ensureTagLibSetUp();
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = localpath::toBytes(path);
     if (suffix == u"m4a") {
         TagLib::MP4::File file(name.constData(), false);
         if (!file.isValid() || !file.tag())

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "FileWindow.h"
 
-#include <QFile>
+#include "model/LocalPath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,7 +12,7 @@
 FileWindow::FileWindow(const QString &path)
 {
     // Non-blocking: a FIFO must not hold the reader up; it is refused below.
-    m_fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    m_fd = ::open(localpath::toBytes(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     struct stat st;
     if (m_fd >= 0 && ::fstat(m_fd, &st) == 0 && S_ISREG(st.st_mode))
         m_size = st.st_size;

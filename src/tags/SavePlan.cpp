@@ -7,6 +7,7 @@
 #include "Id3v1Tag.h"
 #include "MetadataWriter.h"
 #include "MpegTags.h"
+#include "model/LocalPath.h"
 
 #include <taglib/id3v1tag.h>
 #include <taglib/id3v2framefactory.h>
@@ -56,8 +57,9 @@ QString SaveResult::reason() const
 
 QString SaveResult::message(const QString &path) const
 {
-    return detail.isEmpty() ? QStringLiteral("%1: %2").arg(path, reason())
-                            : QStringLiteral("%1: %2 (%3)").arg(path, reason(), detail);
+    const QString shown = localpath::readable(path);
+    return detail.isEmpty() ? QStringLiteral("%1: %2").arg(shown, reason())
+                            : QStringLiteral("%1: %2 (%3)").arg(shown, reason(), detail);
 }
 
 namespace {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "TagLibStream.h"
 
-#include <QFile>
+#include "model/LocalPath.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 TagLibStream::TagLibStream(const QString &path)
-    : m_name(QFile::encodeName(path))
+    : m_name(localpath::toBytes(path))
 {
     // Non-blocking: a FIFO must not hold the reader up; it is refused below.
     m_fd = ::open(m_name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);

@@ -3,9 +3,9 @@
 
 #include "AtomicReplace.h"
 #include "ContainerWriter.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
-#include <QFile>
 #include <QFileInfo>
 #include <QSet>
 
@@ -37,7 +37,7 @@ QString systemError(int err)
 // Everything that refuses a file before it is opened.
 SaveResult lookAt(const QString &path)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = localpath::toBytes(path);
     struct stat st;
     if (::stat(name.constData(), &st) != 0) {
         const int err = errno;
@@ -202,8 +202,9 @@ QList<SaveResult> saveTags(const QStringList &paths, const TagEdit &edit)
         for (; start < paths.size() && qsizetype(group.saves.size()) < groupFiles && bytes < groupBytes;
              ++start) {
             group.saves.push_back(prepare(paths.at(start), edit, options));
-            if (group.saves.back().replace)
-                bytes += QFileInfo(paths.at(start)).size();
+            struct stat st;
+            if (group.saves.back().replace && ::stat(localpath::toBytes(paths.at(start)).constData(), &st) == 0)
+                bytes += st.st_size;
         }
         if (flushed.valid()) {
             flushed.get();

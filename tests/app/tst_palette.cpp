@@ -3,7 +3,11 @@
 
 #include <QTest>
 
+#include <algorithm>
+#include <cmath>
+
 Q_DECLARE_METATYPE(AppTheme)
+Q_DECLARE_METATYPE(palette::Role)
 
 class TestPalette : public QObject
 {
@@ -84,6 +88,56 @@ private Q_SLOTS:
             names.append(palette::displayName(t));
         }
         QCOMPARE(names, (QStringList{"Sunrise", "Noir", "Light"}));
+    }
+
+    // WCAG 2 contrast of each colour the screens draw over the surfaces it
+    // is drawn on: text needs 4.5:1, symbols, bars and outlines 3:1.
+    void foregroundsStandOut_data()
+    {
+        using R = palette::Role;
+        QTest::addColumn<R>("foreground");
+        QTest::addColumn<QList<R>>("backgrounds");
+        QTest::addColumn<double>("minimum");
+        const QList<R> surfaces = {R::WindowBackground, R::PanelBackground, R::RaisedBackground,
+                                   R::BarBackground, R::SubtleFill};
+        QTest::newRow("primary text") << R::PrimaryText << surfaces << 4.5;
+        QTest::newRow("secondary text") << R::SecondaryText << surfaces << 4.5;
+        QTest::newRow("brand text: word mark, selection, playing row") << R::Brand << surfaces << 4.5;
+        QTest::newRow("accent text: drop target") << R::Accent << QList<R>{R::PanelBackground} << 4.5;
+        QTest::newRow("text on accent: banner") << R::OnAccentText << QList<R>{R::Accent} << 4.5;
+        QTest::newRow("text on buttons")
+            << R::OnAccentText << QList<R>{R::ButtonFill, R::ButtonFillHover} << 4.5;
+        QTest::newRow("previous and next") << R::TransportSymbol << QList<R>{R::BarBackground} << 3.0;
+        QTest::newRow("progress and shuffle")
+            << R::Accent << QList<R>{R::ProgressTrack, R::BarBackground} << 3.0;
+        QTest::newRow("focus ring") << R::FocusRing << surfaces << 3.0;
+        QTest::newRow("selected album") << R::SelectedAlbumOutline << QList<R>{R::WindowBackground} << 3.0;
+    }
+
+    void foregroundsStandOut()
+    {
+        QFETCH(palette::Role, foreground);
+        QFETCH(QList<palette::Role>, backgrounds);
+        QFETCH(double, minimum);
+        const auto luminance = [](const QColor &c) {
+            const auto channel = [](double v) {
+                return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+            };
+            return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) + 0.0722 * channel(c.blueF());
+        };
+        for (AppTheme theme : palette::allThemes()) {
+            const double fg = luminance(palette::color(foreground, theme));
+            for (palette::Role background : backgrounds) {
+                const double bg = luminance(palette::color(background, theme));
+                const double ratio = (std::max(fg, bg) + 0.05) / (std::min(fg, bg) + 0.05);
+                if (ratio < minimum)
+                    QFAIL(qPrintable(QStringLiteral("%1 on %2 in %3: %4:1")
+                                         .arg(palette::hex(foreground, theme),
+                                              palette::hex(background, theme),
+                                              palette::rawValue(theme))
+                                         .arg(ratio, 0, 'f', 2)));
+            }
+        }
     }
 
     void hoverShadeOfLightThemeIsInvisible()

@@ -73,11 +73,11 @@ private Q_SLOTS:
                                         << QByteArray("usage");
         QTest::newRow("missing value") << QStringList{"--out", "x.jpg", "--artist"} << 2 << QByteArray("usage");
         QTest::newRow("no such song") << QStringList{"--file", "/nonexistent.flac", "--out", "x.jpg"} << 1
-                                      << QByteArray("not a file");
+                                      << QByteArray("/nonexistent.flac: there is no such file");
         QTest::newRow("nothing found") << QStringList{"--album", "Nowhere", "--out", "x.jpg"} << 1
                                        << QByteArray("no picture found");
         QTest::newRow("output not writable") << QStringList{"--artist", "Low", "--out", "/proc/out.jpg"} << 1
-                                             << QByteArray("could not write");
+                                             << QByteArray("/proc/out.jpg: the picture cannot be written");
     }
 
     void failures()

@@ -5,6 +5,7 @@
 #include "artwork/ArtworkImageProvider.h"
 #include "artwork/ArtworkLoader.h"
 #include "artwork/ArtworkSource.h"
+#include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -150,6 +151,28 @@ private Q_SLOTS:
         QCOMPARE(settle(playing.get()), int(Ready));
         QCOMPARE(playing->implicitWidth(), 100.0);
         QCOMPARE(m_server.requests().size(), 0);
+    }
+
+    // Names that are not UTF-8, the folders' too: the picture beside the song,
+    // and the one inside it.
+    void namesThatAreNotUtf8()
+    {
+        const QString root = qEnvironmentVariable("TARNWELL_TEST_ROOT");
+        const QString beside = writeFile(root, localpath::fromBytes("Bj\xf6rk/caf\xe9.mp3"), "x");
+        writeFile(root, localpath::fromBytes("Bj\xf6rk/cov\xe9r.png"), pngOf(Qt::red));
+        auto item = image(artworksource::track(beside));
+        QCOMPARE(settle(item.get()), int(Ready));
+
+        const QString inside = root + localpath::fromBytes("/J\xf3ga/na\xefve.flac");
+        const QString picture = writeFile(root, QStringLiteral("picture.png"), pngOf(Qt::blue, QSize(30, 20)));
+        QVERIFY(testsupport::makeAudio(inside));
+        QCOMPARE(testsupport::run(QStringLiteral("metaflac"), { "--import-picture-from=" + picture, inside }).exitCode,
+                 0);
+        m_loader->load(Track::create(localpath::fileUrl(inside)));
+        QTRY_VERIFY(m_loader->hasImage());
+        auto playing = image(QUrl(m_loader->imageSource()), QSize());
+        QCOMPARE(settle(playing.get()), int(Ready));
+        QCOMPARE(playing->implicitWidth(), 30.0);
     }
 
     // An Image that goes away while its lookup waits for a slot cancels it:

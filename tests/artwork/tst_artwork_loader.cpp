@@ -13,7 +13,6 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QTimer>
 
 using namespace artworktest;
 using namespace std::chrono_literals;
@@ -191,7 +190,7 @@ private Q_SLOTS:
         QCoro::connect(loader.artistImage(QStringLiteral("New"), leaving), this, [](const auto &) {});
         QCoro::connect(loader.artistImage(QStringLiteral("New")), this, [&stayed](const auto &i) { stayed = i; });
         leaving.cancel();
-        QTRY_VERIFY_WITH_TIMEOUT(looksLike(stayed, red, 0), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(looksLike(stayed, red, 0), 60000);
         QCOMPARE(lookupsAsked(), 1);
     }
 
@@ -210,7 +209,7 @@ private Q_SLOTS:
         a.cancel();
         b.cancel();
         QCOMPARE(finished, 2);
-        QTRY_COMPARE(loader.lookupsInFlight(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(loader.lookupsInFlight(), 0, 60000);
         QCOMPARE(m_server.requests().size(), 0);
         QCOMPARE(filesBelow(musicFolder()), QStringList());
         // The next request starts afresh.
@@ -248,21 +247,21 @@ private Q_SLOTS:
         QSignalSpy finished(&loader, &ArtworkLoader::loadFinished);
 
         loader.load(track("one/a.mp3"));
-        QVERIFY(finished.wait());
+        QVERIFY(finished.wait(60000));
         QVERIFY(looksLike(loader.image(), blue));
         QCOMPARE(loader.imageSource(), QStringLiteral("image://artwork/playing/1"));
 
         // A newer load cancels one waiting for its slot; nothing goes out.
         loader.throttler().reserveSlot();
         loader.load(track("two/Quiet Song.mp3"));
-        QTimer::singleShot(300, &loader, [&] { loader.load(track("one/b.mp3")); });
-        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 3, 10000);
+        loader.load(track("one/b.mp3"));
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 3, 60000);
         QCOMPARE(m_server.requests().size(), 0);
         QCOMPARE(changed.size(), 1);
 
         // Without tags a song is looked up by its file name as artist and album.
         loader.load(track("two/Quiet Song.mp3"));
-        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 4, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 4, 60000);
         QVERIFY(looksLike(loader.image(), green, 0));
         QCOMPARE(trail(m_server).value(0),
                  QStringLiteral("mb /ws/2/release/?query=artist:%22Quiet%20Song%22%20AND%20release:%22Quiet%20Song%22"

@@ -114,6 +114,60 @@ private Q_SLOTS:
         QCOMPARE(indexed.at(2), (QVariantList { 2, 1 }));
     }
 
+    // A forgotten folder's songs leave the index without a tag read again,
+    // whether they were indexed, being indexed or still waiting.
+    void retainDropsSongsThatLeftTheLibrary_data()
+    {
+        QTest::addColumn<int>("indexedFirst"); // songs indexed before the removal
+        QTest::addColumn<bool>("whileBuilding"); // the rest held in a build meanwhile
+        QTest::addColumn<int>("reads");
+        QTest::newRow("all indexed") << 4 << false << 4;
+        // The dropped song that waited is never read.
+        QTest::newRow("one being indexed, one waiting") << 2 << true << 3;
+        // Neither dropped song is read.
+        QTest::newRow("none indexed yet") << 0 << true << 2;
+    }
+    void retainDropsSongsThatLeftTheLibrary()
+    {
+        QFETCH(int, indexedFirst);
+        QFETCH(bool, whileBuilding);
+        QFETCH(int, reads);
+        Library lib = Library::from({ "keep 1.mp3|A", "drop 1.mp3|B", "keep 2.mp3|A", "drop 2.mp3|B" });
+        auto gate = std::make_shared<QSemaphore>();
+        auto readCount = std::make_shared<std::atomic_int>(0);
+        const MetadataReader inner = lib.reader();
+        SearchIndex index([inner, gate, readCount, whileBuilding](const QString &path) {
+            if (whileBuilding)
+                gate->acquire();
+            ++*readCount;
+            return inner(path);
+        });
+        QSignalSpy removed(&index, &SearchIndex::songsRemoved);
+        if (indexedFirst > 0) {
+            gate->release(indexedFirst);
+            index.add(lib.tracks.mid(0, indexedFirst));
+            QTRY_VERIFY(!index.isBuilding());
+        }
+        if (indexedFirst < lib.tracks.size()) {
+            index.add({ lib.tracks.at(indexedFirst) });
+            index.add(lib.tracks.mid(indexedFirst + 1));
+        }
+        const QList<Track> kept { lib.tracks.at(0), lib.tracks.at(2) };
+        index.retain(kept);
+        gate->release(lib.tracks.size());
+        QTRY_VERIFY(!index.isBuilding());
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "keep 1", "keep 2" }));
+        QCOMPARE(index.allArtistNames(), QStringList { "A" });
+        QVERIFY(index.results(QStringLiteral("drop")).isEmpty());
+        QCOMPARE(removed.isEmpty(), indexedFirst == 0);
+        QCOMPARE(readCount->load(), reads);
+        // Songs added afterwards are indexed as usual.
+        gate->release();
+        index.add({ lib.tracks.at(3) });
+        QTRY_VERIFY(!index.isBuilding());
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "keep 1", "keep 2", "drop 2" }));
+    }
+
     void answersForQml()
     {
         Library lib = Library::from({ "Song A.mp3|Band|Record", "Song B.mp3|Band|Record" });

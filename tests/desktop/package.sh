@@ -6,12 +6,11 @@
 # AppStream data through their validators, and the man pages and completion
 # against the commands the packaged tarnwell-cli itself names.
 # Usage: package.sh BUILD_DIR SOURCE_DIR   (run through tests/support/isolated.sh)
-# Exit code 77 (skipped) only where dpkg-deb is missing.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 source_dir=$2
 
-command -v dpkg-deb > /dev/null || { echo "SKIP: dpkg-deb is missing, so no Debian package can be built"; exit 77; }
+command -v dpkg-deb > /dev/null || { echo "FAIL: dpkg-deb is missing, so no Debian package can be built"; exit 1; }
 
 work=$(mktemp -d "${TARNWELL_TEST_ROOT:-${TMPDIR:-/tmp}}/package.XXXXXX")
 trap 'rm -rf "$work"' EXIT

@@ -12,7 +12,7 @@ set -euo pipefail
 app=$1
 
 for tool in Xvfb xdotool sox dbus-run-session gdbus playerctl; do
-  command -v "$tool" > /dev/null || { echo "SKIP: $tool is missing"; exit 77; }
+  command -v "$tool" > /dev/null || { echo "FAIL: $tool is missing (scripts/install-deps.sh installs it)"; exit 1; }
 done
 # Its own session bus, which ends with the script (and so does everything on it).
 [ -n "${TARNWELL_TEST_BUS:-}" ] || TARNWELL_TEST_BUS=1 exec dbus-run-session -- bash "$0" "$@"

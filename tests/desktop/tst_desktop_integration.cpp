@@ -4,6 +4,7 @@
 // entry and the AppStream data declare them.
 #include "SingleInstance.h"
 #include "library/FolderScan.h"
+#include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
 #include <QDir>
@@ -142,15 +143,19 @@ private Q_SLOTS:
     }
 
     // The command line: relative paths from the working folder, file URLs as
-    // given by file managers; anything else is left out.
+    // given by file managers; anything else is left out. A name in Latin-1
+    // comes as its bytes or as %XX in a URL.
     void urlsFromArguments()
     {
+        const QUrl latin1 = localpath::fileUrl(writeFile(m_base.path(), localpath::fromBytes("Elsewhere/caf\xe9.mp3")));
         const QStringList arguments
             = { QStringLiteral("Album/01 One.flac"), QStringLiteral("Album/notes.txt"),
-                  url("Elsewhere").toString(), QStringLiteral("https://example.org/a.mp3") };
+                  url("Elsewhere").toString(), QStringLiteral("https://example.org/a.mp3"),
+                  localpath::fromBytes("../Elsewhere/caf\xe9.mp3"), QString::fromLatin1(latin1.toEncoded()) };
         const QList<QUrl> urls
             = SingleInstance::urlsFrom(arguments, m_base.filePath(QStringLiteral("Music")));
-        QCOMPARE(urls, (QList<QUrl> { url("Music/Album/01 One.flac"), url("Elsewhere") }));
+        QCOMPARE(urls, (QList<QUrl> { url("Music/Album/01 One.flac"), url("Elsewhere"), latin1, latin1 }));
+        QVERIFY(latin1.toEncoded().endsWith("/Elsewhere/caf%E9.mp3"));
     }
 
     void everySongTypeIsDeclared_data()

@@ -2,9 +2,11 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # The whole program as a person uses it, under Xvfb and driven with xdotool:
 # the first-run welcome and its import, playing by a click, next, previous,
-# shuffle, Space, a playlist made and filled by dragging, a restart, a tag edit
-# in the untagged screen and an album found by searching. Every step is checked
-# by state (MPRIS, the files, playlists.json, the program's log) and leaves a
+# shuffle, Space, a playlist made and filled by dragging, a restart that
+# imports the remembered folder again, a tag edit in the untagged screen, a
+# song copied into a watched folder and an album found by searching. Every step
+# waits for and is checked by state (MPRIS, the files, playlists.json, the
+# program's log, the window's pixels) and leaves a
 # screenshot in $TARNWELL_E2E_ARTEFACTS (default: e2e-artefacts in the current
 # folder).
 # Usage: e2e_program.sh PATH/TO/tarnwell   (run through tests/support/isolated.sh)
@@ -13,7 +15,7 @@ app=$1
 cli="$(dirname "$app")/tarnwell-cli"
 
 for tool in Xvfb xdotool import convert sox metaflac playerctl dbus-run-session; do
-  command -v "$tool" > /dev/null || { echo "SKIP: $tool is missing"; exit 77; }
+  command -v "$tool" > /dev/null || { echo "FAIL: $tool is missing (scripts/install-deps.sh installs it)"; exit 1; }
 done
 # A private session bus, so that MPRIS can be checked without touching the user's.
 if [ -z "${TARNWELL_E2E_BUS:-}" ]; then
@@ -57,13 +59,18 @@ song() { # folder file [artist album title]
     metaflac --set-tag="ARTIST=$3" --set-tag="ALBUM=$4" --set-tag="TITLE=$5" "$library/$1/$2.flac"
   fi
 }
-song "Nadia Lund/Harbour Songs" "01 Morning Light" "Nadia Lund" "Harbour Songs" "Morning Light"
-song "Nadia Lund/Harbour Songs" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
+# The first album's folder and the loose song's are named in Latin-1, not UTF-8,
+# as on disks filled by older systems: the song clicked first and the one tagged
+# in the window are found by their exact names.
+harbour=$'Nadia Lund/Harbour S\xf6ngs'
+loose=$'Lo\xf6se'
+song "$harbour" "01 Morning Light" "Nadia Lund" "Harbour Songs" "Morning Light"
+song "$harbour" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
 song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit" "Northern Line"
 song "The Quiet Hours/Low Orbit" "02 Static Bloom" "The Quiet Hours" "Low Orbit" "Static Bloom"
-song "Loose" "Demo take"
+song "$loose" "Demo take"
 # The names the song list shows, in its order.
-mapfile -t names < <("$cli" scan "$library" | sed 's|.*/||; s|\.[^.]*$||')
+mapfile -t names < <("$cli" scan "$library" | LC_ALL=C sed 's|.*/||; s|\.[^.]*$||')
 [ ${#names[@]} -eq 5 ] || fail "the library should list 5 songs, not ${#names[@]}"
 
 step=0
@@ -83,7 +90,7 @@ at_least() { awk -v a="$1" -v b="$2" 'BEGIN { exit !(a >= b) }'; }
 wait_share() { # at_least|below level colour width height x y
   local mode=$1 level=$2 got=0
   shift 2
-  for _ in $(seq 60); do
+  for _ in $(seq 120); do
     got=$(share "$@")
     if [ "$mode" = at_least ]; then at_least "$got" "$level" && break
     else at_least "$level" "$got" && break; fi
@@ -91,13 +98,29 @@ wait_share() { # at_least|below level colour width height x y
   done
   echo "$got"
 }
-wait_for_log() { # pattern seconds
-  for _ in $(seq $(($2 * 10))); do grep -q -- "$1" "$work/log" && return 0; sleep 0.1; done
+wait_for_log() { # pattern
+  for _ in $(seq 300); do grep -q -- "$1" "$work/log" && return 0; sleep 0.1; done
   return 1
 }
+wait_until() { # command...: polls it for up to 30 s
+  for _ in $(seq 300); do "$@" && return 0; sleep 0.1; done
+  return 1
+}
+# The window's pixels above the now-playing bar (whose progress moves), raw.
+capture() { import -window "$window" -crop 1280x600+0+0 +repage rgb:"$1" 2> /dev/null; }
+# Waits until the window has changed since the last click (the next screen,
+# panel or dialog is coming), then lets its opening animation end.
+settle() {
+  for _ in $(seq 200); do
+    capture "$work/now.rgb"
+    cmp -s "$work/now.rgb" "$work/before.rgb" || { sleep 0.5; return 0; }
+    sleep 0.05
+  done
+  fail "the window did not change after step $step"
+}
 click() { # x y, in window coordinates
+  capture "$work/before.rgb"
   xdotool mousemove --window "$window" "$1" "$2" click 1
-  sleep 0.4
 }
 start() { # [FOLDER]
   : > "$work/log"
@@ -105,7 +128,7 @@ start() { # [FOLDER]
   app_pid=$!
   wait_for_window || fail "no window"
   xdotool windowfocus --sync "$window" 2> /dev/null || true
-  for _ in $(seq 50); do playerctl -l 2> /dev/null | grep -q tarnwell && break; sleep 0.1; done
+  wait_until sh -c 'playerctl -l 2> /dev/null | grep -q tarnwell' || fail "not on the bus as an MPRIS player"
 }
 stop() {
   kill "$app_pid" 2> /dev/null || true
@@ -126,7 +149,7 @@ mpris() { playerctl -p tarnwell "$@" 2> /dev/null || echo none; }
 wait_mpris() { # expected command...
   local want=$1 got=""
   shift
-  for _ in $(seq 40); do
+  for _ in $(seq 300); do
     got=$(mpris "$@")
     [ "$got" = "$want" ] && return 0
     sleep 0.1
@@ -143,11 +166,11 @@ at_least "$button" 0.5 || fail "no \"Import Music Folder\" button after the reve
 ok "the first run shows the welcome with its button (lime share $button)"
 
 click 530 493 # "Import Music Folder"
-sleep 0.8
+settle
 shot "import-dialog"
 # The dialog opens at the Music folder, whose one folder is chosen already.
 click 686 526 # "Import Folder"
-wait_for_log "imported .*Library\": 5 audio files, 5 new" 10 || fail "the chosen folder was not imported"
+wait_for_log "imported .*Library\": 5 audio files, 5 new" || fail "the chosen folder was not imported"
 grep -q 'didCompleteOnboarding=true' "$config" || fail "the finished welcome was not remembered"
 button=$(wait_share below 0.05 '#E3F794' 200 36 430 476) # the welcome fades out
 shot "imported"
@@ -156,6 +179,7 @@ ok "the dialog imported ${#names[@]} songs and the welcome went away"
 
 # ---- Playing: click, next, previous, shuffle, Space --------------------------
 click 70 134 # "All Songs"
+settle
 click 500 175 # the first song
 wait_mpris Playing status > /dev/null || fail "a click on the first song did not play it"
 title=$(mpris metadata xesam:title)
@@ -189,51 +213,51 @@ ok "playerctl pauses"
 
 # ---- A playlist, filled by dragging a song onto it ---------------------------
 click 191 231 # "+"
+settle
 xdotool type --delay 40 "Road Trip"
 xdotool key Return
-sleep 0.5
-grep -q '"name": *"Road Trip"' "$playlists" || fail "playlists.json has no \"Road Trip\""
+wait_until grep -q '"name": *"Road Trip"' "$playlists" || fail "playlists.json has no \"Road Trip\""
 ok "\"Road Trip\" was created and stored"
 
+capture "$work/before.rgb"
 xdotool mousemove --window "$window" 500 229 mousedown 1 # the second song
-sleep 0.2
+# Motion events a moment apart, as a hand makes them.
 for i in 1 2 3 4 5 6 7 8; do
   xdotool mousemove --window "$window" $((500 - i * 55)) $((229 + i * 5))
   sleep 0.05
 done
-sleep 0.4
+settle
 shot "dragging"
 xdotool mouseup 1
-wait_for_log 'banner: "Added to Road Trip"' 5 || fail "no \"Added to Road Trip\" after the drop"
-sleep 0.4
+wait_for_log 'banner: "Added to Road Trip"' || fail "no \"Added to Road Trip\" after the drop"
 shot "added"
 [ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "playlists.json does not hold just \"${names[1]}\""
 ok "a song dragged onto the playlist was added (\"Added to Road Trip\")"
 stop
 
-# ---- A restart: the playlist stays, the library starts empty -----------------
+# ---- A restart: the playlist stays, the library's folder is imported again ---
 start
-sleep 1.0
-shot "restarted"
+wait_for_log "imported .*Library\": 5 audio files, 5 new" || fail "the remembered folder was not imported at start"
 [ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "the playlist lost its song on restart"
+click 70 265 # "Road Trip": the window answers, so the welcome would be showing by now
+wait_for_log 'playlist: "Road Trip", 1 songs' || fail "the playlist does not open with its song"
+settle
+shot "playlist-after-restart"
 lime=$(share '#E3F794' 200 36 430 476)
 at_least 0.05 "$lime" || fail "the welcome came back after the restart (lime share $lime)"
-import_button=$(share '#E3F794' 220 45 780 15)
-at_least 0.05 "$import_button" || fail "the top bar shows its controls, so the library is not empty"
-click 70 265 # "Road Trip"
-wait_for_log 'playlist: "Road Trip", 1 songs' 5 || fail "the playlist does not open with its song"
-shot "playlist-after-restart"
-ok "after a restart: no welcome, an empty library, and \"Road Trip\" with its song"
+ok "after a restart: no welcome, the songs back without importing, and \"Road Trip\" with its song"
 stop
 
 # ---- Tags: the untagged song gets its tags and leaves the list ---------------
 start "$library"
-wait_for_log "imported .*: 5 audio files, 5 new" 10 || fail "the folder on the command line was not imported"
+wait_for_log "imported .*: 5 audio files, 5 new" || fail "the folder on the command line was not imported"
+lime=$(wait_share at_least 0.2 '#E3F794' 220 45 780 15)
+at_least "$lime" 0.2 || fail "no import button in the top bar with songs in the library (lime share $lime)"
 click 70 170 # "Untagged Songs"
-sleep 0.8
+settle
 shot "untagged"
 click 500 205 # the only song without tags
-sleep 0.5
+settle
 xdotool type --delay 30 "Demo"
 xdotool key Tab
 xdotool type --delay 30 "Nadia Lund"
@@ -241,26 +265,30 @@ xdotool key Tab
 xdotool type --delay 30 "Sketches"
 shot "editing"
 click 666 468 # "Save"
-wait_for_log "untagged: saved 1 files, 0 songs left" 10 || fail "the tags were not saved, or the song stayed in the list"
-demo="$library/Loose/Demo take.flac"
+wait_for_log "untagged: saved 1 files, 0 songs left" || fail "the tags were not saved, or the song stayed in the list"
+demo="$library/$loose/Demo take.flac"
 for tag in TITLE=Demo "ARTIST=Nadia Lund" ALBUM=Sketches; do
   metaflac --show-tag="${tag%%=*}" "$demo" | grep -qx "$tag" || fail "$demo lacks $tag"
 done
 metaflac --show-md5sum "$demo" > /dev/null
 flac -t -s "$demo" 2> /dev/null || fail "$demo no longer decodes"
-sleep 0.4
 shot "tagged"
 ok "the untagged song got its title, artist and album and left the list"
 
+cp "$library/Nadia Lund/Harbour Songs/01 Morning Light.flac" "$library/Nadia Lund/Harbour Songs/03 Copy.flac"
+wait_for_log 'banner: "1 new song added"' || fail "no banner for a song copied into the watched folder"
+ok "a song copied into the folder is added (\"1 new song added\")"
+
 # ---- Search: an album, opened from the dropdown -------------------------------
 click 758 38 # the magnifying glass
-sleep 0.4
+settle
+capture "$work/before.rgb"
 xdotool type --delay 60 "low orb"
-sleep 0.5
+settle
 shot "search"
 click 615 110 # the album, alone in the dropdown
-wait_for_log 'artist: "The Quiet Hours", album: "Low Orbit"' 5 || fail "the album did not open"
-sleep 0.8
+wait_for_log 'artist: "The Quiet Hours", album: "Low Orbit"' || fail "the album did not open"
+settle
 shot "album"
 ok "searching \"low orb\" and choosing the album opens The Quiet Hours at Low Orbit"
 stop

@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <optional>
+#include <sys/stat.h>
+
 using testsupport::readFile;
 using testsupport::writeFile;
 
@@ -74,7 +77,6 @@ private Q_SLOTS:
         const Track a = track("0f8fad5b-d9cb-469f-a165-70867728950e", QStringLiteral("/m/a b.mp3"), 3.5);
         QVERIFY(store.addTrack(a, store.playlists().at(0).id));
         QCOMPARE(changed.size(), 3);
-        QCOMPARE(readFile(file()), *playlistjson::encode(store.playlists()));
 
         PlaylistStore again(file());
         QCOMPARE(again.playlists().size(), 2);
@@ -179,6 +181,49 @@ private Q_SLOTS:
         QCOMPARE(store.playlists().size(), 1);
         QCOMPARE(store.playlists().first().name, QStringLiteral("Mix"));
         QCOMPARE(store.playlists().first().tracks.first().path(), QStringLiteral("/m/x.mp3"));
+    }
+
+    // A save that can't be made keeps the file as it was and the change in
+    // memory for the next save; a file that can't be read is never overwritten.
+    void saveFailures_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("fileReadable");
+        QTest::addColumn<bool>("folderWritable");
+        QTest::addColumn<int>("loaded");
+        QTest::addColumn<bool>("movedAside");
+        const QByteArray one("[{\"id\":\"16FD2706-8BAF-433B-82EB-8C7FADA847DA\",\"name\":\"ok\",\"tracks\":[]}]");
+        QTest::newRow("folder not writable") << one << true << false << 1 << false;
+        QTest::newRow("broken file that can't be moved aside") << QByteArray("[{") << true << false << 0 << false;
+        QTest::newRow("file without read permission") << one << false << true << 0 << true;
+    }
+
+    void saveFailures()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, fileReadable);
+        QFETCH(bool, folderWritable);
+        QFETCH(int, loaded);
+        QFETCH(bool, movedAside);
+        const QString folder = m_dir.filePath(QStringLiteral("Tarnwell"));
+        writeFile(m_dir.path(), QStringLiteral("Tarnwell/playlists.json"), content);
+        std::optional<testsupport::PermissionsEnforced> enforced(std::in_place);
+        ::chmod(QFile::encodeName(file()).constData(), fileReadable ? 0644 : 0200);
+        ::chmod(QFile::encodeName(folder).constData(), folderWritable ? 0755 : 0555);
+        PlaylistStore store(file());
+        QCOMPARE(store.playlists().size(), loaded);
+        store.createPlaylist(QStringLiteral("New"));
+        QCOMPARE(store.playlists().size(), loaded + 1);
+        enforced.reset();
+
+        const QStringList aside = QDir(folder).entryList({QStringLiteral("playlists.json.unreadable-*")});
+        QCOMPARE(aside.size(), movedAside ? 1 : 0);
+        QCOMPARE(readFile(movedAside ? folder + u'/' + aside.first() : file()), content);
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden).size(), movedAside ? 2 : 1);
+
+        ::chmod(QFile::encodeName(folder).constData(), 0755);
+        store.createPlaylist(QStringLiteral("Later"));
+        QCOMPARE(PlaylistStore(file()).playlists().size(), loaded + 2);
     }
 
     void unencodableChangeStaysInMemory()

@@ -114,8 +114,11 @@ Item {
                   absent: ["Recently Played", "All Artists"] },
                 { tag: "artists only", recent: [], all: ["Ada", "Bo"], texts: ["All Artists", "Ada", "Bo"],
                   absent: ["Recently Played", "Import music to get started"] },
-                { tag: "recently played", recent: ["Bo"], all: ["Ada", "Bo"],
+                { tag: "recently played", recent: ["Bo", "The Quiet Hours"], all: ["Ada", "Bo"],
                   texts: ["Recently Played", "All Artists"], absent: ["Import music to get started"] },
+                { tag: "songs without artists", recent: [], all: [], hasSongs: true,
+                  texts: ["No song has an artist yet: Untagged Songs lets you add them"],
+                  absent: ["Import music to get started"] },
             ]
         }
         function test_homeStates(data) {
@@ -123,12 +126,22 @@ Item {
             home.visible = true
             home.recentArtists = data.recent
             home.allArtists = data.all
+            home.hasSongs = data.hasSongs || false
             waitForRendering(home)
             const texts = visibleTexts(home)
             for (const t of ["Home", "Your music, right where you left it."].concat(data.texts))
                 verify(texts.indexOf(t) >= 0, t + " not among " + texts)
             for (const t of data.absent)
                 verify(texts.indexOf(t) < 0, t + " should not show")
+            // Recently played names show whole, on up to two lines.
+            const stack = [find(home, "recentArtists")]
+            while (stack.length > 0) {
+                const it = stack.pop()
+                if (data.recent.indexOf(it.text) >= 0)
+                    verify(!it.truncated, it.text + " is cut")
+                for (let i = 0; i < it.children.length; ++i)
+                    stack.push(it.children[i])
+            }
             home.visible = false
             artistsView.visible = true
         }

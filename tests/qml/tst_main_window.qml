@@ -35,6 +35,16 @@ TestCase {
         }
     }
 
+    Component {
+        id: hoverableSidebar
+        Item {
+            objectName: "hoverable"
+            implicitWidth: 200
+            readonly property bool hovered: hover.hovered
+            HoverHandler { id: hover }
+        }
+    }
+
     function test_windowSizes() {
         compare(window.width, 1060)
         compare(window.height, 700)
@@ -61,21 +71,6 @@ TestCase {
         compare(Theme.current, 1)
     }
 
-    function test_aClickInTheContentClosesPopups() {
-        const navigation = AppState.navigation
-        navigation.searchActive = true
-        navigation.searchText = "abc"
-        navigation.toggleThemePicker()
-        verify(navigation.showThemePicker)
-        // The test set-up stored a finished onboarding, so no welcome screen
-        // covers the content.
-        verify(AppState.preferences.didCompleteOnboarding)
-        mouseClick(window.contentItem, 500, 400)
-        verify(!navigation.showThemePicker)
-        verify(!navigation.searchActive)
-        compare(navigation.searchText, "")
-    }
-
     function test_aClickOnThePopupKeepsItOpen() {
         AppState.navigation.toggleThemePicker()
         const popup = findChild(window.contentItem, "themePopup")
@@ -88,17 +83,48 @@ TestCase {
         AppState.selectTheme(1)
     }
 
-    function test_theClickStillReachesTheContent() {
+    // A click outside an open popup only closes it; with nothing open (an
+    // empty search field included) the click reaches what is under it.
+    function test_aDismissingClickIsConsumed_data() {
+        return [
+            { tag: "theme popup", open: () => AppState.navigation.toggleThemePicker(),
+              isOpen: () => AppState.navigation.showThemePicker, reaches: false },
+            { tag: "search dropdown", open: () => { AppState.navigation.searchActive = true
+                                                    AppState.navigation.searchText = "zzz" },
+              isOpen: () => AppState.navigation.searchActive, reaches: false },
+            { tag: "app menu", open: () => findChild(window, "appMenu").open(),
+              isOpen: () => findChild(window, "appMenu").opened, reaches: false },
+            { tag: "empty search field", open: () => { AppState.navigation.searchActive = true },
+              isOpen: () => AppState.navigation.searchActive, reaches: true },
+        ]
+    }
+
+    function test_aDismissingClickIsConsumed(data) {
         window.sidebar = clickableSidebar
         const sidebar = findChild(window.contentItem, "clickable")
         verify(sidebar !== null)
         waitForRendering(window.contentItem)
-        AppState.navigation.toggleThemePicker()
-        verify(AppState.navigation.showThemePicker)
-        // Below the popup, which hangs near the top.
-        mouseClick(sidebar, 100, 500)
-        compare(sidebar.clicks, 1)
-        verify(!AppState.navigation.showThemePicker)
+        data.open()
+        tryVerify(data.isOpen)
+        // Below the popups, which hang near the top.
+        mouseClick(sidebar, 100, 400)
+        tryVerify(() => !data.isOpen())
+        compare(sidebar.clicks, data.reaches ? 1 : 0)
+        mouseClick(sidebar, 100, 400)
+        compare(sidebar.clicks, data.reaches ? 2 : 1)
+        window.sidebar = null
+    }
+
+    function test_rowsUnderTheDimDoNotHover() {
+        window.sidebar = hoverableSidebar
+        const sidebar = findChild(window.contentItem, "hoverable")
+        waitForRendering(window.contentItem)
+        mouseMove(sidebar, 100, 300)
+        tryVerify(() => sidebar.hovered)
+        AppState.playlists.showingCreate = true
+        mouseMove(sidebar, 100, 320)
+        tryVerify(() => !sidebar.hovered)
+        AppState.playlists.cancelCreate()
         window.sidebar = null
     }
 }

@@ -4,9 +4,13 @@
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
 #include "browse/SongListModel.h"
+#include "model/LocalPath.h"
+#include "support/TestSupport.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
 #include <QHash>
 #include <QMutex>
 #include <QQmlEngine>
@@ -16,6 +20,7 @@
 #include <QtQuickTest>
 
 #include <memory>
+#include <vector>
 
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
 
@@ -37,7 +42,7 @@ public:
             const QVariantMap map = row.toMap();
             Track track;
             track.id = QUuid(map.value(QStringLiteral("trackId")).toString());
-            track.url = QUrl::fromLocalFile(map.value(QStringLiteral("path")).toString());
+            track.url = localpath::fileUrl(map.value(QStringLiteral("path")).toString());
             tracks.append(track);
         }
         model->setTracks(tracks);
@@ -55,7 +60,7 @@ public:
             const QVariantList pair = artist.toList();
             for (int i = 0; i < pair.value(1).toInt(); ++i) {
                 const Track track = Track::create(
-                    QUrl::fromLocalFile(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
+                    localpath::fileUrl(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
                 TrackMetadata meta;
                 meta.artist = pair.value(0).toString();
                 QMutexLocker lock(&m_tags->mutex);
@@ -81,7 +86,42 @@ public:
                     qFatal("cannot write %s", qPrintable(file.fileName()));
             }
         }
-        return QUrl::fromLocalFile(m_folder.path());
+        return localpath::fileUrl(m_folder.path());
+    }
+    // A new folder holding short silent songs of these names, and a
+    // folder.jpg when asked; its file URL.
+    Q_INVOKABLE QUrl folderOfSongs(const QStringList &names, bool withFolderImage = false)
+    {
+        auto *dir = new QTemporaryDir;
+        m_folders.emplace_back(dir);
+        for (const QString &name : names) {
+            if (!testsupport::makeAudio(dir->filePath(name)))
+                qWarning() << "could not make" << name;
+        }
+        if (withFolderImage) {
+            QImage image(64, 64, QImage::Format_RGB32);
+            image.fill(Qt::darkCyan);
+            image.save(dir->filePath(QStringLiteral("folder.jpg")));
+        }
+        return localpath::fileUrl(dir->path());
+    }
+    Q_INVOKABLE bool makeReadOnly(const QUrl &file)
+    {
+        return QFile::setPermissions(localpath::pathOf(file), QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+    }
+    // The id of the library's song at a file URL; empty when none.
+    Q_INVOKABLE QString songAt(Library *library, const QUrl &file) const
+    {
+        for (const Track &track : library->tracks()) {
+            if (track.url == file)
+                return trackjson::uuidText(track.id);
+        }
+        return {};
+    }
+    // The program started again: a main state of its own over the same settings.
+    Q_INVOKABLE AppState *secondLaunch()
+    {
+        return kept(new AppState(m_playlists.filePath(QStringLiteral("playlists.json")), this));
     }
 
 private:
@@ -137,6 +177,8 @@ private:
     }
 
     std::shared_ptr<Tags> m_tags = std::make_shared<Tags>();
+    std::vector<std::unique_ptr<QTemporaryDir>> m_folders;
+    QTemporaryDir m_playlists;
 };
 
 class Setup : public QObject

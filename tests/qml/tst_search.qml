@@ -20,6 +20,8 @@ Item {
         isActive: root.searchActive
         onTextEdited: (text) => root.searchText = text
         onActiveChangeRequested: (active) => root.searchActive = active
+        onMoveRequested: (step) => dropdown.move(step)
+        onAcceptRequested: dropdown.activate()
     }
     Rectangle {
         id: elsewhere
@@ -37,6 +39,7 @@ Item {
 
     SignalSpy { id: plays; target: dropdown; signalName: "playRequested" }
     SignalSpy { id: albums; target: dropdown; signalName: "albumRequested" }
+    SignalSpy { id: artists; target: dropdown; signalName: "artistRequested" }
 
     TestCase {
         name: "Search"
@@ -65,6 +68,7 @@ Item {
             root.searchActive = false
             plays.clear()
             albums.clear()
+            artists.clear()
         }
 
         function test_oneLetterReachesTheTextAtOnce() {
@@ -118,6 +122,23 @@ Item {
             compare(dividers, data.dividers)
         }
 
+        function test_noResultsLine_data() {
+            const none = { artists: [], albums: [], tracks: [] }
+            const one = { artists: [{ name: "Artist A", trackCount: 1 }], albums: [], tracks: [] }
+            return [
+                { tag: "nothing typed", query: "", results: none, line: false },
+                { tag: "only spaces", query: "   ", results: none, line: false },
+                { tag: "nothing found", query: "zzz", results: none, line: true },
+                { tag: "something found", query: "art", results: one, line: false },
+            ]
+        }
+
+        function test_noResultsLine(data) {
+            dropdown.query = data.query
+            dropdown.results = data.results
+            compare(find(dropdown, "noResults").visible, data.line)
+        }
+
         function test_rowsSayWhatTheyHold() {
             dropdown.results = { artists: [{ name: "Artist A", trackCount: 1 }],
                                  albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 12 }],
@@ -148,6 +169,33 @@ Item {
             mouseClick(songsSection, 100, songsSection.height - 20)
             compare(plays.count, 1)
             compare(plays.signalArguments[0][0], "11111111-1111-1111-1111-111111111111")
+        }
+    
+        // ↓ and ↑ in the field go through artists, albums and songs (and stop
+        // at either end); Enter opens the chosen one, or the first.
+        function test_arrowsAndEnterChooseAResult_data() {
+            return [
+                { tag: "Enter alone", keys: [], spy: "artists", argument: "Artist A" },
+                { tag: "down once", keys: [Qt.Key_Down], spy: "artists", argument: "Artist A" },
+                { tag: "down twice", keys: [Qt.Key_Down, Qt.Key_Down], spy: "albums", argument: "Artist A" },
+                { tag: "past the end", keys: [Qt.Key_Down, Qt.Key_Down, Qt.Key_Down, Qt.Key_Down, Qt.Key_Down],
+                  spy: "plays", argument: "11111111-1111-1111-1111-111111111111" },
+                { tag: "down and up", keys: [Qt.Key_Down, Qt.Key_Down, Qt.Key_Down, Qt.Key_Up], spy: "albums", argument: "Artist A" },
+            ]
+        }
+
+        function test_arrowsAndEnterChooseAResult(data) {
+            open()
+            dropdown.results = { artists: [{ name: "Artist A", trackCount: 1 }],
+                                 albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 12 }],
+                                 tracks: [{ trackId: "11111111-1111-1111-1111-111111111111", name: "Song", artist: "", path: "/x/Song.flac" }] }
+            for (const key of data.keys)
+                keyClick(key)
+            keyClick(Qt.Key_Return)
+            const spies = { artists: artists, albums: albums, plays: plays }
+            for (const name in spies)
+                compare(spies[name].count, name === data.spy ? 1 : 0, name)
+            compare(spies[data.spy].signalArguments[0][0], data.argument)
         }
     }
 }

@@ -72,8 +72,10 @@ Item {
             keyClick(Qt.Key_Escape)
             compare(t.cancels.count, 0)
             verify(t.panel.showDiscardAlert)
+            verify(find(t.panel, "discardDim").visible)
             mouseClick(find(t.panel, "keepEditingButton"))
             verify(!t.panel.showDiscardAlert)
+            verify(!find(t.panel, "discardDim").visible)
             compare(find(t.panel, "titleField").text, "Introx")
 
             // Typed back to what it was: nothing to lose.

@@ -12,9 +12,9 @@ TestCase {
 
     function test_rolesFollowTheCurrentTheme_data() {
         return [
-            { tag: "sunrise", theme: 0, accent: "#c95c0f", primary: "#000000", onAccent: "#ffffff" },
+            { tag: "sunrise", theme: 0, accent: "#ab4e0d", primary: "#000000", onAccent: "#ffffff" },
             { tag: "noir", theme: 1, accent: "#e3f794", primary: "#f5f5f7", onAccent: "#111111" },
-            { tag: "light", theme: 2, accent: "#007aff", primary: "#000000", onAccent: "#ffffff" },
+            { tag: "light", theme: 2, accent: "#0063d0", primary: "#000000", onAccent: "#ffffff" },
         ]
     }
 

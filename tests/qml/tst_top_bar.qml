@@ -48,11 +48,11 @@ Item {
             mouseMove(root, 5, 190)
         }
 
-        function test_onlyTheWordMarkAndMenuWithoutSongs() {
+        function test_withoutSongsOnlyTheWordMarkImportAndMenu() {
             const b = buttons()
             verify(!b.home.visible)
             verify(!b.theme.visible)
-            verify(!b.importButton.visible)
+            verify(b.importButton.visible)
             verify(bar.menuButton.visible)
             bar.hasTracks = true
             verify(b.home.visible && b.theme.visible && b.importButton.visible)

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QtGlobal>
 #include <QString>
 #include <QStringList>
 
-// Helpers shared by the tests: files on disk and external tools.
+// Helpers shared by the tests: files on disk and external tools. Paths are
+// path strings (model/LocalPath.h), so they may name files whose names are not
+// UTF-8, for the tests and for the tools they run.
 namespace testsupport {
 
 // Writes bytes to dir/relativePath, creating folders; returns the absolute path.
@@ -29,5 +32,20 @@ bool haveTool(const QString &program);
 // Makes a short audio file with sox (and ffmpeg for m4a) at test time.
 // Returns false when the tools are missing or fail.
 bool makeAudio(const QString &path, double seconds = 1.0);
+
+// While it lives, the calling thread is held to file permissions even when it
+// runs as root, so a test can make a file unreadable or a folder unwritable
+// for real.
+class PermissionsEnforced
+{
+public:
+    PermissionsEnforced();
+    ~PermissionsEnforced();
+    PermissionsEnforced(const PermissionsEnforced &) = delete;
+    PermissionsEnforced &operator=(const PermissionsEnforced &) = delete;
+
+private:
+    quint32 m_effective = 0;
+};
 
 } // namespace testsupport

@@ -180,8 +180,8 @@ struct FlacBlock
     bool operator==(const FlacBlock &) const = default;
 };
 
-// Every block up to the flagged one, and where the audio starts.
-inline QList<FlacBlock> flacBlocks(const QByteArray &file, qsizetype *audioStart = nullptr)
+// Every block up to the flagged one.
+inline QList<FlacBlock> flacBlocks(const QByteArray &file)
 {
     QList<FlacBlock> blocks;
     qsizetype pos = 4;
@@ -193,8 +193,6 @@ inline QList<FlacBlock> flacBlocks(const QByteArray &file, qsizetype *audioStart
         if (h & 0x80)
             break;
     }
-    if (audioStart)
-        *audioStart = pos;
     return blocks;
 }
 

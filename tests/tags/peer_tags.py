@@ -1,31 +1,17 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
 # mutagen as an independent reader and tagger for the peer tests.
-#   peer_tags.py read FILE            JSON: title, artist, album, genre, pictures (md5), frames
-#   peer_tags.py tag-id3 FILE VERSION  ID3v2.VERSION tag with text, picture, comment, user text
-#   peer_tags.py tag-m4a FILE          MP4 atoms with a cover
-#   peer_tags.py strip-id3v2 FILE      removes the ID3v2 tag, keeping an ID3v1 tag
+#   peer_tags.py read FILE                   JSON: title, artist, album, genre, pictures (md5), frames
+#   peer_tags.py tag-id3 FILE VERSION COVER  ID3v2.VERSION tag with text, picture, comment, user text
+#   peer_tags.py tag-m4a FILE COVER          MP4 atoms with a cover
+#   peer_tags.py strip-id3v2 FILE            removes the ID3v2 tag, keeping an ID3v1 tag
 import hashlib
 import json
-import struct
 import sys
-import zlib
 
 import mutagen
 from mutagen.id3 import APIC, COMM, ID3, TALB, TCON, TDRC, TIT2, TPE1, TRCK, TXXX, delete
 from mutagen.mp4 import MP4, MP4Cover
-
-
-
-def png(width, height):
-    def chunk(kind, data):
-        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-    rows = b"".join(b"\x00" + bytes((x * 7 + y * 3) % 256 for x in range(width * 3)) for y in range(height))
-    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
-            + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
-
-
-PICTURE = png(24, 24)
 
 
 def md5(data):
@@ -46,7 +32,6 @@ def read(path):
             out["genre"] = tcon[0].genres[0]
         out["pictures"] = [md5(p.data) for p in tags.getall("APIC")]
         out["frames"] = sorted({k[:4] for k in tags.keys()})
-        out["version"] = tags.version[1]
     elif isinstance(f, MP4) and tags is not None:
         for key, atom in (("title", "\xa9nam"), ("artist", "\xa9ART"), ("album", "\xa9alb"), ("genre", "\xa9gen")):
             if atom in tags:
@@ -63,7 +48,7 @@ def read(path):
     print(json.dumps(out))
 
 
-def tag_id3(path, version):
+def tag_id3(path, version, cover):
     tags = ID3()
     tags.add(TIT2(encoding=3, text="Tïtle ID3"))
     tags.add(TPE1(encoding=1, text="Ärtist"))
@@ -73,18 +58,18 @@ def tag_id3(path, version):
     tags.add(TDRC(encoding=3, text="2001-02-03"))
     tags.add(COMM(encoding=3, lang="eng", desc="", text="a comment"))
     tags.add(TXXX(encoding=3, desc="MOOD", text="calm"))
-    tags.add(APIC(encoding=3, mime="image/png", type=3, desc="cover", data=PICTURE))
+    tags.add(APIC(encoding=3, mime="image/png", type=3, desc="cover", data=open(cover, "rb").read()))
     tags.save(path, v2_version=version)
 
 
-def tag_m4a(path):
+def tag_m4a(path, cover):
     f = MP4(path)
     f["\xa9nam"] = "Tïtle MP4"
     f["\xa9ART"] = "Ärtist"
     f["\xa9alb"] = "Album"
     f["\xa9gen"] = "Soul"
     f["trkn"] = [(3, 12)]
-    f["covr"] = [MP4Cover(PICTURE, imageformat=MP4Cover.FORMAT_PNG)]
+    f["covr"] = [MP4Cover(open(cover, "rb").read(), imageformat=MP4Cover.FORMAT_PNG)]
     f.save()
 
 
@@ -93,9 +78,9 @@ if __name__ == "__main__":
     if command == "read":
         read(sys.argv[2])
     elif command == "tag-id3":
-        tag_id3(sys.argv[2], int(sys.argv[3]))
+        tag_id3(sys.argv[2], int(sys.argv[3]), sys.argv[4])
     elif command == "tag-m4a":
-        tag_m4a(sys.argv[2])
+        tag_m4a(sys.argv[2], sys.argv[3])
     elif command == "strip-id3v2":
         delete(sys.argv[2], delete_v1=False, delete_v2=True)
     else:

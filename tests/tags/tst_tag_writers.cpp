@@ -43,24 +43,6 @@ class TestTagWriters : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void buildingBlocks()
-    {
-        QCOMPARE(buildVorbisComment(QStringLiteral("t"), QString(), QStringLiteral("Café!")),
-            build::le32(8) + "Tarnwell" + build::le32(2) + build::le32(7) + "TITLE=t" + build::le32(12)
-                + "ALBUM=Caf\xC3\xA9!");
-        QCOMPARE(buildVorbisComment(std::nullopt, std::nullopt, std::nullopt),
-            build::le32(8) + "Tarnwell" + build::le32(0));
-        QCOMPARE(id3Header(200), QByteArray("ID3\3\0\0\0\0\1\x48", 10));
-        QCOMPARE(id3Header(0x0FFFFFFF), QByteArray("ID3\3\0\0\x7F\x7F\x7F\x7F", 10));
-        QCOMPARE(
-            id3TextFrame("TPE1", QStringLiteral("Café")), QByteArray("TPE1\0\0\0\6\0\0\3Caf\xC3\xA9", 16));
-        const QByteArray audio = build::mpegAudio();
-        const QByteArray tag = build::id3Tag(4, id3Frame(4, "TIT2", id3Text("x")), 0, 20);
-        QCOMPARE(stripID3v2(tag + audio), audio);
-        QCOMPARE(stripID3v2(tag + tag + audio), tag + audio); // only the first
-        QCOMPARE(stripID3v2(tag.first(15)), tag.first(15)); // a tag larger than the data stays
-    }
-
     void carriedComments_data()
     {
         QTest::addColumn<QList<QList<QByteArray>>>("oldBlocks");
@@ -272,66 +254,48 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("input");
         QTest::addColumn<WriteError>("error");
         QTest::addColumn<QString>("detail"); // empty: not compared
+        const auto row
+            = [](const char *what, bool flac, const QByteArray &input, WriteError error,
+                  const char *detail = "") { QTest::newRow(what) << flac << input << error << detail; };
         const QByteArray si = build::streamInfo();
         const QByteArray comment = build::vorbisBody({ "TITLE=x", "GENRE=g", "TRACKNUMBER=3" });
         const QByteArray picture = build::pictureBody(QByteArray(300, 'P'));
-        QTest::newRow("empty") << true << QByteArray() << WriteError::unsupportedFormat << QString();
-        QTest::newRow("three bytes") << true << QByteArray("fLa") << WriteError::unsupportedFormat
-                                     << QString();
-        QTest::newRow("ID3v2 tag in front")
-            << true
-            << build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x")))
-                + build::flacFile({ { 0, si } })
-            << WriteError::unsupportedFormat << QString();
+        const auto damaged = WriteError::damagedMetadata;
+        row("three bytes", true, "fLa", WriteError::unsupportedFormat);
         // An old comment that the new block must carry pushes it past 24 bits.
-        QTest::newRow("comment block over 16,777,215 bytes")
-            << true
-            << build::flacFile({ { 0, si },
-                   { 4, build::vorbisBody({ "COMMENT=" + QByteArray(0xFFFFFF - 40, 'c') }, "") } })
-            << WriteError::tooLarge << QString();
-        QTest::newRow("picture block shorter than its picture")
-            << true
-            << build::flacFile({ { 0, si }, { 6, picture, quint32(picture.size() - 100) }, { 4, comment } })
-            << WriteError::damagedMetadata << QString();
-        QTest::newRow("comment block shorter than its comments")
-            << true
-            << build::flacFile(
-                   { { 0, si }, { 4, comment, quint32(comment.size() - 20) }, { 1, QByteArray(40, '\0') } })
-            << WriteError::damagedMetadata << QString();
-        QTest::newRow("comment block longer than its comments")
-            << true << build::flacFile({ { 0, si }, { 4, comment + QByteArray(8, '\0') } })
-            << WriteError::damagedMetadata << QString();
-        QTest::newRow("block running past the end")
-            << true << build::flacFile({ { 0, si }, { 1, "pad", 1000 } }, {}) << WriteError::damagedMetadata
-            << QString();
-        QTest::newRow("no last-block flag") << true << build::flacFile({ { 0, si }, { 1, "pad" } }, {}, false)
-                                            << WriteError::damagedMetadata << QString();
-        QTest::newRow("no STREAMINFO first") << true << build::flacFile({ { 4, comment }, { 0, si } })
-                                             << WriteError::damagedMetadata << QString();
-        QTest::newRow("short STREAMINFO")
-            << true << build::flacFile({ { 0, si.first(30) } }) << WriteError::damagedMetadata << QString();
-        QTest::newRow("seek table of broken points")
-            << true << build::flacFile({ { 0, si }, { 3, QByteArray(20, 'S') } })
-            << WriteError::damagedMetadata << QString();
-        QTest::newRow("invalid block type") << true << build::flacFile({ { 0, si }, { 127, "x" } })
-                                            << WriteError::damagedMetadata << QString();
-        QTest::newRow("unknown major version")
-            << false << QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) + build::mpegAudio()
-            << WriteError::unsupportedFormat << "unsupported ID3v2 version 2.7";
-        QTest::newRow("compressed ID3v2.2 tag")
-            << false << build::id3Tag(2, id3Frame(2, "TT2", id3Text("x", 0)), 0x40)
-            << WriteError::unsupportedFormat << "a compressed ID3v2.2 tag";
-        QTest::newRow("frame running past the tag")
-            << false
-            << build::id3Tag(3, id3Frame(3, "TCON", id3Text("g")) + "TPE2" + build::be32(5000) + "xx")
-            << WriteError::damagedMetadata
-            << "the ID3v2 tag is damaged: the frame TPE2 runs past the end of the tag";
-        QTest::newRow("bytes that are neither frames nor padding")
-            << false
-            << build::id3Tag(
-                   3, id3Frame(3, "TCON", id3Text("g")) + "garbage!!!!" + id3Frame(3, "TPE1", id3Text("a")))
-            << WriteError::damagedMetadata
-            << "the ID3v2 tag is damaged: the tag holds bytes that are neither frames nor padding";
+        row("comment block over 16,777,215 bytes", true,
+            build::flacFile(
+                { { 0, si }, { 4, build::vorbisBody({ "COMMENT=" + QByteArray(0xFFFFFF - 40, 'c') }, "") } }),
+            WriteError::tooLarge);
+        row("picture block shorter than its picture", true,
+            build::flacFile({ { 0, si }, { 6, picture, quint32(picture.size() - 100) }, { 4, comment } }),
+            damaged);
+        row("comment block shorter than its comments", true,
+            build::flacFile(
+                { { 0, si }, { 4, comment, quint32(comment.size() - 20) }, { 1, QByteArray(40, '\0') } }),
+            damaged);
+        row("comment block longer than its comments", true,
+            build::flacFile({ { 0, si }, { 4, comment + QByteArray(8, '\0') } }), damaged);
+        row("block running past the end", true, build::flacFile({ { 0, si }, { 1, "pad", 1000 } }, {}),
+            damaged);
+        row("no last-block flag", true, build::flacFile({ { 0, si }, { 1, "pad" } }, {}, false), damaged);
+        row("no STREAMINFO first", true, build::flacFile({ { 4, comment }, { 0, si } }), damaged);
+        row("short STREAMINFO", true, build::flacFile({ { 0, si.first(30) } }), damaged);
+        row("seek table of broken points", true, build::flacFile({ { 0, si }, { 3, QByteArray(20, 'S') } }),
+            damaged);
+        row("invalid block type", true, build::flacFile({ { 0, si }, { 127, "x" } }), damaged);
+        row("unknown major version", false,
+            QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) + build::mpegAudio(),
+            WriteError::unsupportedFormat, "unsupported ID3v2 version 2.7");
+        row("compressed ID3v2.2 tag", false, build::id3Tag(2, id3Frame(2, "TT2", id3Text("x", 0)), 0x40),
+            WriteError::unsupportedFormat, "a compressed ID3v2.2 tag");
+        row("frame running past the tag", false,
+            build::id3Tag(3, id3Frame(3, "TCON", id3Text("g")) + "TPE2" + build::be32(5000) + "xx"), damaged,
+            "the ID3v2 tag is damaged: the frame TPE2 runs past the end of the tag");
+        row("bytes that are neither frames nor padding", false,
+            build::id3Tag(
+                3, id3Frame(3, "TCON", id3Text("g")) + "garbage!!!!" + id3Frame(3, "TPE1", id3Text("a"))),
+            damaged, "the ID3v2 tag is damaged: the tag holds bytes that are neither frames nor padding");
     }
 
     void refused()
