@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
 #include <QQuickItem>
 #include <QRandomGenerator>
 #include <QQuickWindow>
@@ -13,10 +15,12 @@
 #include <memory>
 
 #include <cstdio>
+#include <sys/resource.h>
 #include <utility>
 
 const QStringList BenchProbe::modes{QStringLiteral("first-frame"), QStringLiteral("import-stall"),
-                                    QStringLiteral("tag-batch"), QStringLiteral("scroll")};
+                                    QStringLiteral("tag-batch"), QStringLiteral("scroll"),
+                                    QStringLiteral("memory")};
 
 BenchProbe::BenchProbe(const QString &mode, Clock start, QQuickWindow *window, AppState *state)
     : QObject(state)
@@ -65,6 +69,10 @@ BenchProbe::BenchProbe(const QString &mode, Clock start, QQuickWindow *window, A
             if (!library->isImporting() && !std::exchange(m_reported, true))
                 startTagBatch(state);
         });
+        return;
+    }
+    if (mode == u"memory") {
+        startMemory(window, state);
         return;
     }
     if (mode == u"scroll") {
@@ -187,6 +195,95 @@ void BenchProbe::startScroll(QQuickWindow *window, AppState *state)
     });
     state->navigation()->showAllSongs();
     window->requestUpdate();
+}
+
+namespace {
+
+// "Rss" and "Pss" of /proc/self/smaps_rollup, in MB.
+void printMemory()
+{
+    QFile rollup(QStringLiteral("/proc/self/smaps_rollup"));
+    if (!rollup.open(QIODevice::ReadOnly))
+        return;
+    for (const QByteArray &line : rollup.readAll().split('\n')) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        if (fields.size() >= 2 && (fields.at(0) == "Rss:" || fields.at(0) == "Pss:"))
+            std::printf("%s-mb %.1f\n", fields.at(0).chopped(1).toLower().constData(), fields.at(1).toDouble() / 1024);
+    }
+    std::fflush(stdout);
+}
+
+double cpuMs()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto ms = [](const timeval &t) { return double(t.tv_sec) * 1e3 + double(t.tv_usec) / 1e3; };
+    return ms(usage.ru_utime) + ms(usage.ru_stime);
+}
+
+} // namespace
+
+void BenchProbe::startMemory(QQuickWindow *window, AppState *state)
+{
+    Library *library = state->library();
+    SearchIndex *index = state->searchIndex();
+    m_heartbeat.setTimerType(Qt::PreciseTimer);
+    m_heartbeat.setInterval(2);
+    connect(&m_heartbeat, &QTimer::timeout, this, &BenchProbe::tick);
+    const bool folders = QCoreApplication::arguments().size() > 1;
+    if (!folders) {
+        connect(window, &QQuickWindow::frameSwapped, this, [this] {
+            if (std::exchange(m_reported, true))
+                return;
+            QTimer::singleShot(10000, this, [] {
+                printMemory();
+                QCoreApplication::exit(0);
+            });
+        }, Qt::QueuedConnection);
+        return;
+    }
+    connect(library, &Library::importingChanged, this, [this, library] {
+        if (library->isImporting() && !m_heartbeat.isActive()) {
+            m_sinceStart.start();
+            m_sinceTick.start();
+            m_heartbeat.start();
+        }
+    });
+    connect(library, &Library::tracksAppended, this, [this](int first) {
+        if (first == 0) {
+            std::printf("listed-ms %lld\n", m_sinceStart.elapsed());
+            std::fflush(stdout);
+        }
+    });
+    auto copy = std::make_shared<QString>();
+    auto cpuBefore = std::make_shared<double>(0);
+    connect(index, &SearchIndex::isBuildingChanged, this, [=, this] {
+        if (index->isBuilding() || library->isImporting())
+            return;
+        if (!copy->isEmpty()) {
+            std::printf("one-file-cpu-ms %.1f\n", cpuMs() - *cpuBefore);
+            std::fflush(stdout);
+            QFile::remove(*copy);
+            QCoreApplication::exit(0);
+            return;
+        }
+        if (std::exchange(m_reported, true))
+            return;
+        std::printf("songs %d\n", library->trackCount());
+        std::printf("import-ms %lld\n", m_sinceStart.elapsed());
+        std::fflush(stdout);
+        QTimer::singleShot(10000, this, [=, this] {
+            tick();
+            std::printf("longest-gui-stall-ms %lld\n", m_longestStallMs);
+            printMemory();
+            m_heartbeat.stop();
+            const QString first = library->tracks().first().path();
+            *copy = QFileInfo(first).absolutePath() + QStringLiteral("/probe-added.flac");
+            QFile::remove(*copy);
+            *cpuBefore = cpuMs();
+            QFile::copy(first, *copy);
+        });
+    });
 }
 
 void BenchProbe::tick()

@@ -29,6 +29,12 @@ class QQuickWindow;
 //                 scrolls it a screenful a frame for 1,000 frames and jumps to
 //                 200 random places, and prints the longest and the median
 //                 frame, then quits
+//   memory        with folders: prints the time until the first songs are
+//                 listed and until all are imported and indexed, the longest GUI-thread stall then and in the 10 s
+//                 after, RSS and PSS 10 s after; then copies one of the songs
+//                 into its own folder and prints the CPU time the program
+//                 spent until that song was indexed (the copy is removed).
+//                 Without folders: RSS and PSS 10 s after the first frame.
 class BenchProbe : public QObject
 {
     Q_OBJECT
@@ -47,6 +53,7 @@ private:
     void finishStallMeasure();
     void startTagBatch(AppState *state);
     void startScroll(QQuickWindow *window, AppState *state);
+    void startMemory(QQuickWindow *window, AppState *state);
 
     Clock m_start;
     QTimer m_heartbeat;

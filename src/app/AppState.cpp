@@ -28,13 +28,14 @@ AppState::AppState(const QString &playlistFile, QObject *parent)
     , m_background(nullptr, Theme::duration(2000), Theme::duration(2100))
     , m_controller(m_player, [this] { return m_queue.tracks(); })
     , m_mpris(m_player, m_controller)
+    , m_searchIndex(m_tags.reader())
     , m_library(m_folderMonitor)
     , m_queue(m_library, m_navigation, m_playlistStore)
     , m_nowPlaying({m_player, m_controller, m_mpris, m_artworkLoader, m_background, m_preferences, m_searchIndex},
                    [this](const QString &id) { return findSong(id); })
     , m_playlists(m_playlistStore, m_banner, [this](const QString &id) { return findSong(id); })
     , m_tagEditor(m_banner, [this](const QString &id) { return findSong(id); })
-    , m_artistBrowser(m_navigation)
+    , m_artistBrowser(m_navigation, m_tags.reader())
     , m_artworkPrefetch(m_artworkLoader)
     , m_keyPressFilter([this](const KeyPressFilter::KeyPress &press) { return m_nowPlaying.handleKeyPress(press); })
 {
@@ -68,14 +69,25 @@ void AppState::connectRooms()
     connect(&m_library, &Library::folderImported, this, &AppState::afterImport);
     connect(&m_library, &Library::filesDiscovered, this, &AppState::afterDiscovery);
     connect(&m_library, &Library::folderForgotten, this, &AppState::afterForget);
+    // Songs join the library at its end: the ones appended are new to the index.
+    connect(&m_library, &Library::tracksAppended, this,
+            [this](int first, int count) { m_searchIndex.add(m_library.tracks().mid(first, count)); });
+    connect(&m_searchIndex, &SearchIndex::songsIndexed, this, &AppState::afterIndexing);
+    connect(&m_searchIndex, &SearchIndex::songsRemoved, this,
+            [this] { pictureSongs(m_searchIndex.trackIndex().entries(), true); });
     // However songs arrive (an import, a watched folder), the welcome is done.
     connect(&m_library, &Library::tracksChanged, this, [this] {
         if (m_library.trackCount() > 0)
             m_preferences.completeOnboarding();
     });
+    connect(&m_tagEditor, &TagEditorSession::changed, this, [this] {
+        if (m_tagEditor.isOpen())
+            m_editedSong = m_tagEditor.trackId();
+    });
 
     // The artists and the untagged songs are grouped anew each time their
-    // screen is opened.
+    // screen is opened; the artists also each time songs are indexed while
+    // their screen is open (afterIndexing).
     connect(&m_navigation, &Navigation::screenChanged, this, [this] {
         if (m_navigation.screen() == Navigation::Screen::Artists)
             m_artistBrowser.load(m_library.tracks());
@@ -87,16 +99,8 @@ void AppState::connectRooms()
     connect(&m_artistBrowser, &ArtistBrowser::playRequested, this,
             [this](const Track &first) { m_nowPlaying.play(first); });
 
-    // Albums and artists without a picture on disk show their songs' own.
-    connect(&m_searchIndex, &SearchIndex::indexChanged, this, [this] {
-        QtConcurrent::run([index = m_searchIndex.trackIndex()] {
-            QList<AlbumPictures::Song> songs;
-            songs.reserve(index.size());
-            for (const TrackSearchEntry &entry : index.entries())
-                songs.append({entry.track.url, entry.artist, entry.album});
-            return AlbumPictures::makeIndex(songs);
-        }).then(this, [this](AlbumPictures::Index index) { m_artworkLoader.albumPictures().setIndex(std::move(index)); });
-    });
+    // Albums and artists without a picture on disk show their songs' own
+    // (pictureSongs, as songs are indexed).
     connect(&m_artworkLoader.albumPictures(), &AlbumPictures::replaced, this, &ArtworkSources::announceReplaced);
 
     // Song lists show tags read from the files: after a save they read again.
@@ -104,8 +108,20 @@ void AppState::connectRooms()
         m_queue.model()->forgetFileInfo();
         m_artistBrowser.detail()->tracks()->forgetFileInfo();
     };
-    connect(&m_tagEditor, &TagEditorSession::saved, this, tagsWritten);
-    connect(&m_untagged, &UntaggedSongs::saveFinished, this, tagsWritten);
+    connect(&m_tagEditor, &TagEditorSession::saved, this, [this, tagsWritten] {
+        if (const std::optional<Track> song = findSong(m_editedSong))
+            m_tags.forget(song->path());
+        tagsWritten();
+    });
+    connect(&m_untagged, &UntaggedSongs::saveFinished, this, [this, tagsWritten] {
+        // The batch editor writes untagged songs only.
+        for (const Track &song : m_library.tracks()) {
+            const std::optional<TrackMetadata> meta = m_untagged.metadata(song.id);
+            if (meta && UntaggedSongs::isUntagged(*meta))
+                m_tags.forget(song.path());
+        }
+        tagsWritten();
+    });
 }
 
 void AppState::afterImport(const QUrl &folder)
@@ -113,23 +129,54 @@ void AppState::afterImport(const QUrl &folder)
     // A folder forgotten while it was imported is not watched, nor remembered.
     if (m_folderMonitor.watchedFolders().contains(folder))
         m_preferences.addLibraryFolder(folder);
-    if (m_library.tracks().isEmpty())
-        return;
-    m_artworkPrefetch.start(m_library.tracks());
-    m_searchIndex.rebuild(m_library.tracks());
 }
 
-void AppState::afterDiscovery(int first, int count)
+void AppState::afterDiscovery(int, int count)
 {
-    m_artworkPrefetch.start(m_library.tracks().mid(first, count));
-    m_searchIndex.rebuild(m_library.tracks());
     m_banner.show(import::discoveredMessage(count), Banner::Animation::Default, discoveredMessageMs);
+}
+
+void AppState::afterIndexing(int first, int count)
+{
+    const QList<TrackSearchEntry> added = m_searchIndex.trackIndex().entries().mid(first, count);
+    m_artworkPrefetch.start(added);
+    pictureSongs(added, false);
+    // The tags are in memory by now: grouping again reads no file.
+    if (m_navigation.screen() == Navigation::Screen::Artists)
+        m_artistBrowser.load(m_library.tracks());
+}
+
+void AppState::pictureSongs(QList<TrackSearchEntry> entries, bool whole)
+{
+    // One step after the other, so an album's songs keep library order.
+    m_albumIndexing = m_albumIndexing.then(QtFuture::Launch::Async, [entries = std::move(entries)](const AlbumPictures::Index &) {
+        QList<AlbumPictures::Song> songs;
+        songs.reserve(entries.size());
+        for (const TrackSearchEntry &entry : entries)
+            songs.append({entry.track.url, entry.artist, entry.album});
+        return AlbumPictures::makeIndex(songs);
+    });
+    m_albumIndexing.then(this, [this, whole](const AlbumPictures::Index &index) {
+        if (whole)
+            m_artworkLoader.albumPictures().setIndex(index);
+        else
+            m_artworkLoader.albumPictures().add(index);
+    });
 }
 
 void AppState::afterForget(const QUrl &folder)
 {
     m_preferences.removeLibraryFolder(folder);
-    m_searchIndex.rebuild(m_library.tracks());
+    // Tags read from the forgotten songs are not kept: imported again, they are read again.
+    QSet<QUuid> kept;
+    kept.reserve(m_library.tracks().size());
+    for (const Track &song : m_library.tracks())
+        kept.insert(song.id);
+    for (const TrackSearchEntry &entry : m_searchIndex.trackIndex().entries()) {
+        if (!kept.contains(entry.track.id))
+            m_tags.forget(entry.track.path());
+    }
+    m_searchIndex.retain(m_library.tracks());
     if (m_navigation.screen() == Navigation::Screen::Artists)
         m_artistBrowser.load(m_library.tracks());
     else if (m_navigation.screen() == Navigation::Screen::Untagged)

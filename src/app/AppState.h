@@ -9,10 +9,15 @@
 //   AppState
 //     ├── library ── songs in import order; imports, watched folders
 //     │     songs ─► preferences (welcome done)
+//     │     tracksAppended ─► searchIndex.add(the new songs)
 //     │     folderImported / filesDiscovered ─► preferences (library folders),
-//     │     artworkPrefetch, searchIndex.rebuild, banner "N new songs added"
-//     │     folderForgotten ─► preferences, searchIndex.rebuild
-//     │     searchIndex ─► the albums' songs for the artwork loader's pictures
+//     │     banner "N new songs added"
+//     │     folderForgotten ─► preferences, searchIndex.retain, tags forgotten
+//     ├── searchIndex ── reads the new songs' tags once (into tags, a TagMemo)
+//     │     songsIndexed ─► artworkPrefetch (the new entries), the albums'
+//     │     songs for the artwork loader's pictures (added), and the artists
+//     │     screen, when shown, groups again from the memo
+//     │     songsRemoved ─► the albums' songs laid out anew
 //     ├── navigation ── the one screen and its selections; search, theme popup
 //     │     screen ─► artistBrowser.load or untagged.load (grouped afresh)
 //     ├── queue ── the selected playlist's songs, else the library ─► song list
@@ -23,7 +28,7 @@
 //     ├── untagged ── the untagged-songs screen and batch editor (own banner)
 //     ├── artistBrowser ── artists grid, one artist's albums and songs
 //     ├── preferences ── onboarding, theme, recent artists (QSettings)
-//     └── searchIndex, updateChecker, artworkPrefetch, banner
+//     └── updateChecker, artworkPrefetch, banner
 //
 // Screens never see this object: Main.qml hands them values and rooms and
 // turns their signals into calls. Everything here lives on the GUI thread;
@@ -43,14 +48,17 @@
 #include "TagEditorSession.h"
 #include "UntaggedSongs.h"
 #include "UpdateChecker.h"
+#include "artwork/AlbumPictures.h"
 #include "artwork/ArtworkLoader.h"
 #include "browse/SearchIndex.h"
+#include "browse/TagMemo.h"
 #include "library/FolderMonitor.h"
 #include "model/PlaylistStore.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
 
+#include <QFuture>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
@@ -132,6 +140,10 @@ private:
     void afterImport(const QUrl &folder);
     void afterForget(const QUrl &folder);
     void afterDiscovery(int first, int count);
+    void afterIndexing(int first, int count);
+    // The albums' songs of these entries, worked out on the pool in the
+    // order asked: all of them (whole) or the ones new to the library.
+    void pictureSongs(QList<TrackSearchEntry> entries, bool whole);
 
     // Services
     PlaylistStore m_playlistStore;
@@ -142,6 +154,7 @@ private:
     PlaybackController m_controller;
     MprisService m_mpris;
     ArtworkLoader m_artworkLoader;
+    TagMemo m_tags;
     SearchIndex m_searchIndex;
 
     // Rooms
@@ -157,4 +170,8 @@ private:
     ArtistBrowser m_artistBrowser;
     ArtworkPrefetch m_artworkPrefetch;
     KeyPressFilter m_keyPressFilter;
+
+    QFuture<AlbumPictures::Index> m_albumIndexing = QtFuture::makeReadyFuture(AlbumPictures::Index());
+    // The song last opened in the tag editor, whose memorised tags a save makes stale.
+    QString m_editedSong;
 };

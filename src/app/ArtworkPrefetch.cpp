@@ -3,7 +3,6 @@
 
 #include "artwork/ArtworkLoader.h"
 #include "model/Log.h"
-#include "tags/TagReader.h"
 
 #include <QPointer>
 #include <QtConcurrent>
@@ -21,70 +20,74 @@ ArtworkPrefetch::ArtworkPrefetch(ArtworkLoader &loader, QObject *parent)
 ArtworkPrefetch::~ArtworkPrefetch()
 {
     m_lookups.cancel();
-    cancelTagReads();
     m_pool.clear();
     m_pool.waitForDone();
 }
 
-void ArtworkPrefetch::start(const QList<Track> &songs)
+void ArtworkPrefetch::start(const QList<TrackSearchEntry> &songs)
 {
-    cancelTagReads();
-    QStringList paths;
-    paths.reserve(songs.size());
-    for (const Track &song : songs)
-        paths.append(song.path());
-
-    // A watcher rather than QFuture::then(): this Qt frees a mapped future's
-    // state under a continuation that still refers to it.
-    m_tagReads = new QFutureWatcher<Tags>(this);
-    QFutureWatcher<Tags> *watcher = m_tagReads;
+    // A watcher rather than QFuture::then(): its signal does not outlive this object.
+    auto *watcher = new QFutureWatcher<import::PrefetchPlan>(this);
     connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher] {
         watcher->deleteLater();
-        if (watcher != m_tagReads || watcher->isCanceled())
-            return;
-        m_tagReads = nullptr;
-        import::PrefetchPlan plan;
-        for (const Tags &tags : watcher->future().results())
-            plan.add(tags.first, tags.second);
-        qCDebug(lcApp).nospace() << "artwork prefetch: " << plan.artists().size() << " artists, "
-                                 << plan.albums().size() << " albums";
-        Q_EMIT planned(plan.artists(), int(plan.albums().size()));
-        m_lookups.cancel();
-        m_lookups = CancelToken::create();
-        fetch(plan, m_lookups);
+        ask(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::mapped(&m_pool, std::move(paths), [](const QString &path) {
-        const TrackMetadata meta = readMetadata(path);
-        return Tags{meta.artist, meta.album};
+    watcher->setFuture(QtConcurrent::run(&m_pool, [songs] {
+        import::PrefetchPlan plan;
+        for (const TrackSearchEntry &song : songs)
+            plan.add(song.artist, song.album);
+        return plan;
     }));
 }
 
-void ArtworkPrefetch::cancelTagReads()
+void ArtworkPrefetch::ask(const import::PrefetchPlan &plan)
 {
-    if (!m_tagReads)
-        return;
-    m_tagReads->cancel();
-    m_tagReads->deleteLater();
-    m_tagReads = nullptr;
+    QStringList artists;
+    for (const QString &artist : plan.artists()) {
+        if (!m_askedArtists.contains(artist)) {
+            m_askedArtists.insert(artist);
+            artists.append(artist);
+        }
+    }
+    QList<import::PrefetchPlan::Album> albums;
+    for (const import::PrefetchPlan::Album &album : plan.albums()) {
+        if (!m_askedAlbums.contains({album.artist, album.album})) {
+            m_askedAlbums.insert({album.artist, album.album});
+            albums.append(album);
+        }
+    }
+    qCDebug(lcApp).nospace() << "artwork prefetch: " << artists.size() << " artists, " << albums.size() << " albums";
+    Q_EMIT planned(artists, int(albums.size()));
+    fetch(std::move(artists), std::move(albums), m_lookups);
 }
 
-QCoro::Task<> ArtworkPrefetch::fetch(import::PrefetchPlan plan, CancelToken cancel)
+QCoro::Task<> ArtworkPrefetch::fetch(QStringList artists, QList<import::PrefetchPlan::Album> albums,
+                                     CancelToken cancel)
 {
-    // Every lookup of a phase is started at once; the loader's throttler sets
-    // the pace of the network requests. The next phase waits for all of them.
+    // Lookups go in windows of a few at a time: the loader's throttler paces
+    // the network requests anyway, and ten thousand lookups waiting at once
+    // would hold ten thousand coroutines and requests in memory.
+    constexpr qsizetype window = 16;
     const QPointer<ArtworkPrefetch> self(this);
     std::vector<QCoro::Task<std::optional<QImage>>> lookups;
-    lookups.reserve(plan.artists().size());
-    for (const QString &artist : plan.artists())
-        lookups.push_back(m_loader.artistImage(artist, cancel));
-    for (auto &lookup : lookups)
-        co_await lookup;
-    if (!self || cancel.isCancelled())
-        co_return;
-    lookups.clear();
-    lookups.reserve(plan.albums().size());
-    for (const import::PrefetchPlan::Album &album : plan.albums())
-        lookups.push_back(m_loader.albumArt(album.artist, album.album, cancel));
-    for (auto &lookup : lookups)
-        co_await lookup;
+    lookups.reserve(window);
+    const auto settle = [&lookups]() -> QCoro::Task<> {
+        for (auto &lookup : lookups)
+            co_await lookup;
+        lookups.clear();
+    };
+    for (qsizetype i = 0; i < artists.size(); ++i) {
+        lookups.push_back(m_loader.artistImage(artists.at(i), cancel));
+        if (lookups.size() == window || i + 1 == artists.size())
+            co_await settle();
+        if (!self || cancel.isCancelled())
+            co_return;
+    }
+    for (qsizetype i = 0; i < albums.size(); ++i) {
+        lookups.push_back(m_loader.albumArt(albums.at(i).artist, albums.at(i).album, cancel));
+        if (lookups.size() == window || i + 1 == albums.size())
+            co_await settle();
+        if (!self || cancel.isCancelled())
+            co_return;
+    }
 }

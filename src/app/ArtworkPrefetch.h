@@ -3,9 +3,10 @@
 
 #include "LibraryImport.h"
 #include "artwork/CancelToken.h"
-#include "model/Track.h"
+#include "browse/SearchResults.h"
 
 #include <QFutureWatcher>
+#include <QSet>
 #include <QObject>
 #include <QThreadPool>
 
@@ -16,12 +17,12 @@ class ArtworkLoader;
 // Asks for the pictures of new songs before anyone looks at them, so that the
 // artists grid and the albums show them at once.
 //
-//   start(songs) ─ tags on a low-priority pool ─► PrefetchPlan ─► planned()
-//     ─► every artist's picture, then every album's (ArtworkLoader; online
-//        lookups paced by its throttler)
+//   start(index entries of new songs: their tags were read once, by the index)
+//     ─ low-priority pool ─► PrefetchPlan ─► only what no earlier start asked
+//     for ─► planned() ─► every artist's picture, then every album's
+//        (ArtworkLoader; online lookups paced by its throttler)
 //
-// At most one prefetch is current: a new start() cancels the tag reads and the
-// lookups of the previous one.
+// Starts add up: a later one never cancels the lookups of an earlier one.
 class ArtworkPrefetch : public QObject
 {
     Q_OBJECT
@@ -30,19 +31,19 @@ public:
     explicit ArtworkPrefetch(ArtworkLoader &loader, QObject *parent = nullptr);
     ~ArtworkPrefetch() override;
 
-    void start(const QList<Track> &songs);
+    void start(const QList<TrackSearchEntry> &songs);
 
 Q_SIGNALS:
-    // The tags are read; these pictures are asked for.
+    // These pictures are asked for.
     void planned(const QStringList &artists, int albumCount);
 
 private:
-    using Tags = std::pair<std::optional<QString>, std::optional<QString>>;
-    void cancelTagReads();
-    QCoro::Task<> fetch(import::PrefetchPlan plan, CancelToken cancel);
+    void ask(const import::PrefetchPlan &plan);
+    QCoro::Task<> fetch(QStringList artists, QList<import::PrefetchPlan::Album> albums, CancelToken cancel);
 
     ArtworkLoader &m_loader;
     QThreadPool m_pool;
-    QFutureWatcher<Tags> *m_tagReads = nullptr;
-    CancelToken m_lookups;
+    CancelToken m_lookups = CancelToken::create();
+    QSet<QString> m_askedArtists;
+    QSet<std::pair<QString, QString>> m_askedAlbums;
 };

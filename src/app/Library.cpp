@@ -3,6 +3,7 @@
 
 #include "LibraryImport.h"
 #include "library/FolderMonitor.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 
 #include <QtConcurrent>
@@ -28,14 +29,17 @@ void Library::append(QList<Track> tracks)
     const auto first = int(m_tracks.size());
     const qsizetype total = m_tracks.size() + tracks.size();
     m_tracks.reserve(total);
-    m_trackPositions.reserve(total);
-    m_trackUrls.reserve(total);
     ++m_trackUrlsGeneration;
-    for (Track &track : tracks) {
-        m_trackPositions.insert(track.id, m_tracks.size());
-        m_trackUrls.insert(track.url);
-        m_tracks.append(std::move(track));
+    // An import brings its lookups made already; files found by the monitor come few at a time.
+    if (m_trackPositions.size() < total) {
+        m_trackPositions.reserve(total);
+        m_trackUrls.reserve(total);
+        for (qsizetype i = 0; i < tracks.size(); ++i) {
+            m_trackPositions.insert(tracks.at(i).id, first + i);
+            m_trackUrls.insert(tracks.at(i).url);
+        }
     }
+    m_tracks.append(std::move(tracks));
     Q_EMIT tracksAppended(first, int(tracks.size()));
     Q_EMIT tracksChanged();
 }
@@ -68,18 +72,30 @@ void Library::startNextImport()
     // A large folder takes a while to list, and ten thousand new songs take a
     // while to sort out and name: the window stays responsive meanwhile.
     const quint64 knownGeneration = m_trackUrlsGeneration;
-    QtConcurrent::run([folder, known = m_trackUrls] {
+    QtConcurrent::run([folder, urls = m_trackUrls, positions = m_trackPositions, first = m_tracks.size()]() mutable {
         ScannedFolder scanned;
         scanned.found = scanFolder(folder);
-        const QList<QUrl> fresh = import::freshFiles(scanned.found, known);
+        const QList<QUrl> fresh = import::freshFiles(scanned.found, urls);
         scanned.fresh.reserve(fresh.size());
-        for (const QUrl &url : fresh)
-            scanned.fresh.append(Track::create(url));
+        urls.reserve(urls.size() + fresh.size());
+        positions.reserve(positions.size() + fresh.size());
+        for (const QUrl &url : fresh) {
+            Track track = Track::create(url);
+            urls.insert(url);
+            positions.insert(track.id, first + scanned.fresh.size());
+            scanned.fresh.append(std::move(track));
+        }
+        scanned.urls = std::move(urls);
+        scanned.positions = std::move(positions);
         return scanned;
     }).then(this, [this, folder, knownGeneration](ScannedFolder scanned) {
-        // Songs the folder monitor added meanwhile are not added twice.
-        if (knownGeneration != m_trackUrlsGeneration)
+        if (knownGeneration == m_trackUrlsGeneration && !scanned.fresh.isEmpty()) {
+            m_trackUrls = std::move(scanned.urls);
+            m_trackPositions = std::move(scanned.positions);
+        } else if (knownGeneration != m_trackUrlsGeneration) {
+            // Songs the folder monitor added meanwhile are not added twice.
             scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
+        }
         finishImport(folder, scanned.found.size(), std::move(scanned.fresh));
     });
 }
@@ -92,7 +108,7 @@ void Library::finishImport(const QUrl &folder, qsizetype found, QList<Track> fre
     append(std::move(fresh));
     if (!m_runningForgotten)
         m_monitor.watch(folder, m_trackUrls);
-    qCInfo(lcApp).nospace() << "imported " << folder.toLocalFile() << ": " << found << " audio files, " << added
+    qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << found << " audio files, " << added
                             << " new";
     m_importRunning = false;
     Q_EMIT folderImported(folder, int(added));
@@ -126,11 +142,11 @@ void Library::forgetFolder(const QUrl &folder)
     if (m_importRunning && m_runningImport == folder)
         m_runningForgotten = true;
     m_monitor.unwatch(folder);
-    const QString root = folder.toLocalFile();
+    const QString root = localpath::pathOf(folder);
     const QList<QUrl> &kept = m_monitor.watchedFolders();
     const auto stillImported = [&kept](const QString &path) {
         return std::any_of(kept.cbegin(), kept.cend(),
-                           [&path](const QUrl &other) { return isInside(path, other.toLocalFile()); });
+                           [&path](const QUrl &other) { return isInside(path, localpath::pathOf(other)); });
     };
     const qsizetype removed = m_tracks.removeIf([&](const Track &t) {
         const QString path = t.path();

@@ -42,6 +42,38 @@ void AlbumPictures::setIndex(Index index)
     ++m_generation;
 }
 
+QSet<QString> AlbumPictures::extendIndex(Index &index, const Index &more)
+{
+    QSet<QString> known;
+    QSet<QString> added;
+    for (auto it = more.albumSongs.cbegin(); it != more.albumSongs.cend(); ++it) {
+        QList<QUrl> &files = index.albumSongs[it.key()];
+        if (!files.isEmpty())
+            known.insert(it.key());
+        files += it.value();
+        added.insert(it.key());
+    }
+    for (auto it = more.artistAlbums.cbegin(); it != more.artistAlbums.cend(); ++it) {
+        QList<Album> &albums = index.artistAlbums[it.key()];
+        for (const Album &a : it.value()) {
+            if (!known.contains(albumKey(a.artist, a.album)))
+                albums.append(a);
+        }
+    }
+    return added;
+}
+
+void AlbumPictures::add(const Index &more)
+{
+    // Albums none of whose songs had a picture of their own may have one now.
+    for (const QString &key : extendIndex(m_index, more)) {
+        if (const auto chosen = m_chosen.constFind(key); chosen != m_chosen.cend() && !*chosen)
+            m_chosen.erase(chosen);
+    }
+    // A choice under way looked at the album's songs before these came.
+    ++m_generation;
+}
+
 QCoro::Task<std::optional<QImage>> AlbumPictures::album(std::optional<QString> artist,
                                                          std::optional<QString> album, CancelToken cancel)
 {

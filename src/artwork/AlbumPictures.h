@@ -5,6 +5,7 @@
 // lies on disk yet and the services have not answered (or can't be reached).
 //
 //   setIndex(index) ◄─ AlbumPictures::makeIndex(songs) on the pool
+//   add(index) ◄─ the same, for the songs new to the library
 //   album(artist, album) ─ copy in memory or on disk
 //        └─ else the picture of the album's first song that has one of its
 //           own (folder image or embedded; trackArtwork), the choice kept
@@ -22,6 +23,7 @@
 #include <QImage>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QUrl>
 
@@ -44,6 +46,7 @@ public:
     {
         QString artist;
         QString album;
+        bool operator==(const Album &) const = default;
     };
     // What the library holds: the songs of each album, the albums of each
     // artist, in library order.
@@ -53,11 +56,16 @@ public:
         QHash<QString, QList<Album>> artistAlbums;
     };
     static Index makeIndex(const QList<Song> &songs);
+    // `more` (the index of songs after the index's own) joined to the index:
+    // the same as makeIndex of all the songs. Answers the albums it added songs to.
+    static QSet<QString> extendIndex(Index &index, const Index &more);
 
     explicit AlbumPictures(ArtworkLoader &loader);
 
     // The library changed: choices made for the old one are forgotten.
     void setIndex(Index index);
+    // New songs, after the library's: albums that had no picture of their own look again.
+    void add(const Index &more);
 
     QCoro::Task<std::optional<QImage>> album(std::optional<QString> artist, std::optional<QString> album,
                                              CancelToken cancel = {});

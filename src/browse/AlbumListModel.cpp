@@ -11,7 +11,7 @@ AlbumListModel::AlbumListModel(QObject *parent)
                    return QVariant(!m_selected.isEmpty() && sameAlbumName(album.name, m_selected));
                }},
           },
-          [](const AlbumGroup &, const AlbumGroup &) { return false; }, parent)
+          [](const AlbumGroup &a, const AlbumGroup &b) { return a.name == b.name; }, parent)
 {
 }
 

@@ -31,6 +31,8 @@ void ArtistDetail::load(const QString &artistName, const QList<Track> &artistTra
                 return;
             m_infos = infos;
             m_albums.setRows(albumGroups(m_infos));
+            // A reload after the library grew: albums kept their rows, maybe not their size.
+            m_albums.rowsChanged([](const AlbumGroup &) { return true; }, { AlbumListModel::TrackCountRole });
             m_visible.setRows(visibleTracks(m_infos, m_selectedAlbum));
             setLoading(false);
             Q_EMIT loaded();

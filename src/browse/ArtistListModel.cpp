@@ -21,7 +21,7 @@ ArtistListModel::ArtistListModel(QObject *parent)
 }
 
 ArtistListModel::ArtistListModel(MetadataReader reader, QObject *parent)
-    : RowListModel<ArtistGroup>(artistColumns(), [](const ArtistGroup &, const ArtistGroup &) { return false; },
+    : RowListModel<ArtistGroup>(artistColumns(), [](const ArtistGroup &a, const ArtistGroup &b) { return a.name == b.name; },
                                 parent)
     , m_reader(std::move(reader))
 {
@@ -40,7 +40,19 @@ void ArtistListModel::load(const QList<Track> &tracks)
         [this, generation](const QList<ArtistGroup> &artists) {
             if (generation != m_generation)
                 return;
+            // Rows of the same artist stay where they are, new artists are
+            // inserted: the grid keeps its place while the library grows.
+            QHash<QString, qsizetype> counts;
+            counts.reserve(rows().size());
+            for (const ArtistGroup &artist : rows())
+                counts.insert(artist.name, artist.tracks.size());
             setRows(artists);
+            rowsChanged(
+                [&](const ArtistGroup &artist) {
+                    const auto before = counts.constFind(artist.name);
+                    return before != counts.cend() && *before != artist.tracks.size();
+                },
+                { TrackCountRole });
             setLoading(false);
             Q_EMIT loaded();
         });

@@ -3,9 +3,10 @@
 
 // Browsing: the search index and the artist and album grouping.
 //
-//   library songs (snapshot) ── tags read on the pool ─┬─ buildTrackIndex ── TrackIndex (immutable)
+//   new songs ── tags read on the pool, once (TagMemo) ─┬─ extendTrackIndex ── TrackIndex (immutable)
 //                                                      │     SearchIndex keeps the current one on the
-//                                                      │     GUI thread; the last build to finish wins
+//                                                      │     GUI thread; each build adds the songs that
+//                                                      │     came since the last
 //                                                      │       ├─ computeSearchResults(text) ── SearchResults
 //                                                      │       ├─ allArtistNames ── home screen
 //                                                      │       └─ artistForTrack ── recent artists
@@ -18,14 +19,15 @@
 // SongListModel (song lists everywhere) reads a shown row's artist and length
 // from its file on the pool and tells its views by dataChanged.
 //
-// Tags come through a MetadataReader (readMetadata in the program, tags kept
-// in memory in the tests). Nothing here is stored: every load reads the tags
-// again. Results cross to the GUI thread only as whole values, so no lock is
-// taken anywhere.
+// Tags come through a MetadataReader: in the program a TagMemo, which reads a
+// file's artist and album once and answers from memory after that; tags kept
+// in memory in the tests. Results cross to the GUI thread only as whole
+// values; the memo is the one thing shared between threads, behind its lock.
 
 #include "ArtistDetail.h"
 #include "ArtistListModel.h"
 #include "Grouping.h"
 #include "SongListModel.h"
 #include "SearchIndex.h"
+#include "TagMemo.h"
 #include "TrackIndex.h"

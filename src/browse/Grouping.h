@@ -14,7 +14,8 @@
 #include <utility>
 
 // Songs grouped by artist, and one artist's songs grouped by album. Nothing is
-// kept between loads: every load reads the tags again.
+// kept between loads: every load asks its reader for the tags again (the
+// program's reader answers from memory, see TagMemo).
 
 // Set by the owner of a load to stop its remaining tag reads: a read that has
 // not started yet yields no tags.

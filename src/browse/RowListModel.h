@@ -27,9 +27,10 @@ Q_SIGNALS:
 // function, with role numbers from Qt::UserRole + 1 in column order. The first
 // column is also the display role.
 //
-// setRows() compares with what is shown: a list that only grew at its end
-// inserts the new rows, so views keep their place and build no delegate
-// again; the same list changes nothing; anything else resets the model.
+// setRows() compares with what is shown: a list that holds every shown row in
+// the same order inserts the new rows where they belong, so views keep their
+// place and build no delegate again; the same list changes nothing; anything
+// else resets the model.
 template<typename Row>
 class RowListModel : public RowListModelBase
 {
@@ -57,18 +58,13 @@ public:
     void setRows(QList<Row> rows)
     {
         const qsizetype shown = m_rows.size();
-        const bool keepsShown = rows.size() >= shown
-            && std::equal(m_rows.cbegin(), m_rows.cend(), rows.cbegin(), m_sameRow);
-        if (keepsShown && rows.size() == shown)
-            return;
-        if (keepsShown) {
-            beginInsertRows({}, int(shown), int(rows.size() - 1));
-            m_rows = std::move(rows);
-            endInsertRows();
-        } else {
+        const qsizetype runs = insertedRuns(rows);
+        if (runs < 0 || runs > maxInsertedRuns) {
             beginResetModel();
             m_rows = std::move(rows);
             endResetModel();
+        } else {
+            insertRuns(std::move(rows));
         }
         if (m_rows.size() != shown)
             Q_EMIT countChanged();
@@ -110,6 +106,48 @@ public:
     }
 
 private:
+    // Beyond this many separate insertions one reset is cheaper for the views.
+    static constexpr qsizetype maxInsertedRuns = 256;
+
+    // How many runs of new rows `rows` adds around the shown ones, or -1 when
+    // it does not hold every shown row in the same order.
+    qsizetype insertedRuns(const QList<Row> &rows) const
+    {
+        qsizetype runs = 0;
+        qsizetype next = 0;
+        for (const Row &row : m_rows) {
+            const qsizetype from = next;
+            while (next < rows.size() && !m_sameRow(row, rows.at(next)))
+                ++next;
+            if (next == rows.size())
+                return -1;
+            runs += next > from;
+            ++next;
+        }
+        return runs + (next < rows.size());
+    }
+
+    // Takes `rows`, which insertedRuns() accepted: shown rows are replaced in
+    // place, new ones inserted where they belong.
+    void insertRuns(QList<Row> rows)
+    {
+        qsizetype at = 0;
+        for (qsizetype next = 0; next < rows.size();) {
+            if (at < m_rows.size() && m_sameRow(m_rows.at(at), rows.at(next))) {
+                m_rows[at++] = std::move(rows[next++]);
+                continue;
+            }
+            qsizetype end = next + 1;
+            while (end < rows.size() && !(at < m_rows.size() && m_sameRow(m_rows.at(at), rows.at(end))))
+                ++end;
+            beginInsertRows({}, int(at), int(at + end - next - 1));
+            m_rows.insert(at, end - next, Row{});
+            for (; next < end; ++next)
+                m_rows[at++] = std::move(rows[next]);
+            endInsertRows();
+        }
+    }
+
     QList<Column> m_columns;
     SameRow m_sameRow;
     QList<Row> m_rows;

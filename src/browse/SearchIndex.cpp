@@ -6,6 +6,7 @@
 #include "model/Log.h"
 
 #include <QElapsedTimer>
+#include <QtConcurrent>
 
 SearchIndex::SearchIndex(QObject *parent)
     : SearchIndex(defaultMetadataReader(), parent)
@@ -18,20 +19,85 @@ SearchIndex::SearchIndex(MetadataReader reader, QObject *parent)
 {
 }
 
-void SearchIndex::rebuild(const QList<Track> &tracks)
+void SearchIndex::add(const QList<Track> &songs)
 {
-    if (m_running++ == 0)
-        Q_EMIT isBuildingChanged();
+    if (songs.isEmpty())
+        return;
+    m_waiting.append(songs);
+    if (m_building)
+        return;
+    m_building = true;
+    Q_EMIT isBuildingChanged();
+    startBuild();
+}
+
+void SearchIndex::retain(const QList<Track> &songs)
+{
+    QSet<QUuid> kept;
+    kept.reserve(songs.size());
+    for (const Track &song : songs)
+        kept.insert(song.id);
+    const auto gone = [&kept](const Track &song) { return !kept.contains(song.id); };
+    m_waiting.removeIf(gone);
+    // Songs being indexed now go in the build after theirs.
+    for (const Track &song : std::as_const(m_inFlight)) {
+        if (gone(song))
+            m_removed.insert(song.id);
+    }
+    for (const TrackSearchEntry &entry : m_index.entries()) {
+        if (gone(entry.track))
+            m_removed.insert(entry.track.id);
+    }
+    if (m_removed.isEmpty() || m_building)
+        return;
+    m_building = true;
+    Q_EMIT isBuildingChanged();
+    startBuild();
+}
+
+void SearchIndex::startBuild()
+{
     auto timer = std::make_shared<QElapsedTimer>();
     timer->start();
-    deliverLater(buildTrackIndex(tracks, m_reader), this, [this, timer](const TrackIndex &index) {
-        qCDebug(lcBrowse) << "search index of" << index.size() << "songs built in" << timer->elapsed()
-                          << "ms";
+    if (!m_removed.isEmpty()) {
+        // The remaining entries keep their tags: the index is laid out anew from them.
+        deliverLater(QtConcurrent::run([index = m_index, removed = std::exchange(m_removed, {})] {
+                         QList<TrackSearchEntry> entries = index.entries();
+                         entries.removeIf([&removed](const TrackSearchEntry &e) { return removed.contains(e.track.id); });
+                         return TrackIndex(std::move(entries));
+                     }),
+                     this, [this, timer](const TrackIndex &index) {
+                         qCDebug(lcBrowse) << "search index of" << index.size() << "songs," << m_index.size() - index.size()
+                                           << "removed, in" << timer->elapsed() << "ms";
+                         m_index = index;
+                         Q_EMIT indexChanged();
+                         Q_EMIT songsRemoved();
+                         finishBuild();
+                     });
+        return;
+    }
+    const QList<Track> songs = std::exchange(m_waiting, {});
+    m_inFlight = songs;
+    deliverLater(extendTrackIndex(m_index, songs, m_reader), this, [this, timer](const TrackIndex &index) {
+        const auto first = int(m_index.size());
+        qCDebug(lcBrowse) << "search index of" << index.size() << "songs," << index.size() - first << "new, built in"
+                          << timer->elapsed() << "ms";
         m_index = index;
+        m_inFlight.clear();
         Q_EMIT indexChanged();
-        if (--m_running == 0)
-            Q_EMIT isBuildingChanged();
+        Q_EMIT songsIndexed(first, int(m_index.size()) - first);
+        finishBuild();
     });
+}
+
+void SearchIndex::finishBuild()
+{
+    if (!m_waiting.isEmpty() || !m_removed.isEmpty()) {
+        startBuild();
+        return;
+    }
+    m_building = false;
+    Q_EMIT isBuildingChanged();
 }
 
 SearchResults SearchIndex::results(const QString &searchText) const

@@ -4,13 +4,17 @@
 #include "TrackIndex.h"
 
 #include <QObject>
+#include <QSet>
+#include <QUuid>
 #include <QVariantMap>
 
-// Owns the current search index on the GUI thread. rebuild() reads the tags
-// of a snapshot of the library on the thread pool and returns at once; when a
-// build finishes, its index replaces the current one in one step. Builds are
-// never cancelled: when two overlap, each replaces the index as it finishes,
-// so the one that finishes last stays. Until then queries answer from the
+// Owns the current search index on the GUI thread. add() reads the tags of
+// new songs on the thread pool and returns at once; when the build finishes,
+// the index with the new songs at its end replaces the current one in one
+// step, and songsIndexed tells which entries are new. retain() drops the
+// entries of songs that left the library, on the pool too, without reading a
+// tag (songsRemoved). One build runs at a time: songs added or dropped
+// meanwhile wait for the next. Until a build lands, queries answer from the
 // previous index.
 class SearchIndex : public QObject
 {
@@ -23,11 +27,14 @@ public:
     explicit SearchIndex(QObject *parent = nullptr);
     explicit SearchIndex(MetadataReader reader, QObject *parent = nullptr);
 
-    void rebuild(const QList<Track> &tracks);
+    void add(const QList<Track> &songs);
+    // The library is now these songs: the entries (and songs waiting to be
+    // indexed) of any other go.
+    void retain(const QList<Track> &songs);
 
     const TrackIndex &trackIndex() const { return m_index; }
     int count() const { return int(m_index.size()); }
-    bool isBuilding() const { return m_running > 0; }
+    bool isBuilding() const { return m_building; }
 
     SearchResults results(const QString &searchText) const;
     QStringList allArtistNames() const;
@@ -39,9 +46,19 @@ public:
 Q_SIGNALS:
     void indexChanged();
     void isBuildingChanged();
+    // Entries [first, first + count) of the index are new.
+    void songsIndexed(int first, int count);
+    // Entries of songs that left the library are gone; the rest keep their order.
+    void songsRemoved();
 
 private:
+    void startBuild();
+    void finishBuild();
+
     MetadataReader m_reader;
     TrackIndex m_index;
-    int m_running = 0;
+    QList<Track> m_waiting;
+    QList<Track> m_inFlight;
+    QSet<QUuid> m_removed;
+    bool m_building = false;
 };

@@ -35,6 +35,23 @@ QStringList sortedCaseInsensitive(QStringList names)
     return sorted;
 }
 
+// The names of both sorted lists in one sorted list; of two names that sort
+// alike, one of `old` comes first, as it was seen first.
+QStringList mergedSorted(QStringList old, QStringList added)
+{
+    if (added.isEmpty())
+        return old;
+    if (old.isEmpty())
+        return added;
+    const QCollator collator = text::caseInsensitiveCollator();
+    QStringList merged;
+    merged.reserve(old.size() + added.size());
+    std::merge(std::make_move_iterator(old.begin()), std::make_move_iterator(old.end()),
+        std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()), std::back_inserter(merged),
+        [&](const QString &a, const QString &b) { return collator.compare(a, b) < 0; });
+    return merged;
+}
+
 } // namespace
 
 TrackIndex::TrackIndex()
@@ -45,31 +62,46 @@ TrackIndex::TrackIndex()
 TrackIndex::TrackIndex(QList<TrackSearchEntry> entries)
 {
     auto data = std::make_shared<Data>();
-    const size_t n = size_t(entries.size());
-    data->names.reserve(n, n * 24);
-    data->firstEntryOf.reserve(qsizetype(n));
+    data->append(std::move(entries));
+    d = std::move(data);
+}
 
-    QHash<QString, size_t> artistOf;
-    QHash<std::pair<QString, QString>, size_t> pairOf;
-    QHash<QString, size_t> albumOf;
-    QStringList artistSpellings;
+TrackIndex TrackIndex::appended(QList<TrackSearchEntry> more) const
+{
+    if (more.isEmpty())
+        return *this;
+    auto data = std::make_shared<Data>(*d);
+    data->append(std::move(more));
+    TrackIndex index;
+    index.d = std::move(data);
+    return index;
+}
 
-    for (qsizetype i = 0; i < entries.size(); ++i) {
-        const TrackSearchEntry &e = entries.at(i);
-        data->names.append(foldForSearch(e.name));
-        if (!data->firstEntryOf.contains(e.track.id))
-            data->firstEntryOf.insert(e.track.id, i);
+void TrackIndex::Data::append(QList<TrackSearchEntry> more)
+{
+    const size_t total = size_t(entries.size() + more.size());
+    names.reserve(total, total * 24);
+    firstEntryOf.reserve(qsizetype(total));
+    QStringList newSpellings;
+
+    const qsizetype offset = entries.size();
+    for (qsizetype j = 0; j < more.size(); ++j) {
+        const TrackSearchEntry &e = more.at(j);
+        const qsizetype i = offset + j;
+        names.append(foldForSearch(e.name));
+        if (!firstEntryOf.contains(e.track.id))
+            firstEntryOf.insert(e.track.id, i);
 
         const QString artistKey = foldForSearch(e.artist);
         if (!artistKey.isEmpty()) {
             auto it = artistOf.constFind(artistKey);
             if (it == artistOf.constEnd()) {
-                it = artistOf.insert(artistKey, data->artists.size());
-                data->artists.push_back({ artistKey, i, 0 });
-                data->artistKeys.append(artistKey);
-                artistSpellings.append(e.artist);
+                it = artistOf.insert(artistKey, artists.size());
+                artists.push_back({ artistKey, i, 0 });
+                artistKeys.append(artistKey);
+                newSpellings.append(e.artist);
             }
-            ++data->artists[*it].trackCount;
+            ++artists[*it].trackCount;
         }
 
         if (!e.album.isEmpty()) {
@@ -77,21 +109,23 @@ TrackIndex::TrackIndex(QList<TrackSearchEntry> entries)
             const QString id = artistKey + QStringLiteral("::") + albumKey;
             auto album = albumOf.constFind(id);
             if (album == albumOf.constEnd()) {
-                album = albumOf.insert(id, data->albums.size());
-                data->albums.push_back({ id, {} });
+                album = albumOf.insert(id, albums.size());
+                albums.push_back({ id, {} });
             }
-            data->albums[*album].tracks.append(e.track);
+            albums[*album].tracks.append(e.track);
             const std::pair<QString, QString> pair { artistKey, albumKey };
             if (!pairOf.contains(pair)) {
-                pairOf.insert(pair, data->albumPairs.size());
-                data->albumPairs.push_back({ i, *album });
-                data->albumKeys.append(albumKey);
+                pairOf.insert(pair, albumPairs.size());
+                albumPairs.push_back({ i, *album });
+                albumKeys.append(albumKey);
             }
         }
     }
-    data->artistNames = sortedCaseInsensitive(std::move(artistSpellings));
-    data->entries = std::move(entries);
-    d = std::move(data);
+    artistNames = mergedSorted(std::move(artistNames), sortedCaseInsensitive(std::move(newSpellings)));
+    if (entries.isEmpty())
+        entries = std::move(more);
+    else
+        entries.append(std::move(more));
 }
 
 const QList<TrackSearchEntry> &TrackIndex::entries() const
@@ -107,9 +141,14 @@ TrackSearchEntry makeSearchEntry(const Track &track, const TrackMetadata &metada
 
 QFuture<TrackIndex> buildTrackIndex(const QList<Track> &tracks, const MetadataReader &reader)
 {
+    return extendTrackIndex(TrackIndex(), tracks, reader);
+}
+
+QFuture<TrackIndex> extendTrackIndex(const TrackIndex &base, const QList<Track> &tracks, const MetadataReader &reader)
+{
     return QtConcurrent::mapped(QThreadPool::globalInstance(), tracks, [reader](const Track &track) {
         return makeSearchEntry(track, reader(track.path()));
-    }).then([](QFuture<TrackSearchEntry> entries) { return TrackIndex(entries.results()); });
+    }).then([base](QFuture<TrackSearchEntry> entries) { return base.appended(entries.results()); });
 }
 
 QStringList allArtistNames(const TrackIndex &index)

@@ -18,14 +18,19 @@
 // again: the folded (lower-cased, composed) forms of names, artists and albums
 // laid out for fast scanning, the artists and albums of the library with their
 // song counts and song lists, the song-id lookup and the sorted artist names.
-// All of it is made once when the index is built, off the GUI thread. An index
+// All of it is made when the index is built, off the GUI thread. An index
 // never changes after that; copies share their data, so handing one to the GUI
-// thread or replacing it is cheap and a query never sees half an index.
+// thread or replacing it is cheap and a query never sees half an index. New
+// songs make a new index from the old one (appended()), which works out only
+// what the new entries add.
 class TrackIndex
 {
 public:
     TrackIndex();
     explicit TrackIndex(QList<TrackSearchEntry> entries);
+
+    // This index with `more` entries after its own.
+    TrackIndex appended(QList<TrackSearchEntry> more) const;
 
     const QList<TrackSearchEntry> &entries() const;
     qsizetype size() const { return entries().size(); }
@@ -48,6 +53,9 @@ TrackSearchEntry makeSearchEntry(const Track &track, const TrackMetadata &metada
 // result keeps the snapshot's order. An empty snapshot gives an empty index.
 QFuture<TrackIndex> buildTrackIndex(
     const QList<Track> &tracks, const MetadataReader &reader = defaultMetadataReader());
+// The same for songs added to `base`: only their tags are read.
+QFuture<TrackIndex> extendTrackIndex(const TrackIndex &base, const QList<Track> &tracks,
+    const MetadataReader &reader = defaultMetadataReader());
 
 // The answer to a query. The text is trimmed of horizontal whitespace (not of
 // line breaks) and lower-cased; a name, artist or album matches when its

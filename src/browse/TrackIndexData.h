@@ -47,4 +47,11 @@ struct TrackIndex::Data
 
     QHash<QUuid, qsizetype> firstEntryOf;
     QStringList artistNames; // sorted
+
+    // What an append needs to find the groups of the songs it adds.
+    QHash<QString, size_t> artistOf; // artist key -> artists
+    QHash<std::pair<QString, QString>, size_t> pairOf; // (artist key, album key) -> albumPairs
+    QHash<QString, size_t> albumOf; // album id -> albums
+
+    void append(QList<TrackSearchEntry> more);
 };

@@ -4,9 +4,12 @@
 // Finding songs on disk.
 //
 //   scanFolder ── every audio file below a folder, sorted by file name (FolderScan.h)
-//   FolderMonitor ── watches imported folders (inotify through QFileSystemWatcher)
+//   FolderMonitor ── watches imported folders (inotify through QFileSystemWatcher);
+//        │  folders are listed on the pool and armed in short batches on the
+//        │  GUI thread, so ten thousand folders never hold up a frame
 //        │  any change below a watched folder arms a 1.5 s timer; when it fires,
-//        │  every watched folder is scanned again on the thread pool
+//        │  the folders that changed are scanned again on the thread pool
+//        │  (a folder whose name is not UTF-8 is watched through a descriptor)
 //        └─ discoveredURLs ── the files not in knownURLs, published when there are any
 //
 // The library import (app/) turns discovered files into Tracks, then updates
@@ -64,7 +67,7 @@ public:
 
 Q_SIGNALS:
     void discoveredURLsChanged();
-    // The watch of a newly added folder is in place.
+    // The watches of a newly added folder are in place.
     void watching();
     // A rescan has finished, whether or not it found anything.
     void rescanned();
@@ -72,15 +75,32 @@ Q_SIGNALS:
 private:
     void onChange();
     void finishRescan(const QList<FolderTree> &trees);
+    // The audio files of a folder that changed, and everything below its
+    // folders that are not watched yet (new ones, or ones over the budget).
+    static FolderTree scanChanged(const QString &folder, const QSet<QString> &armed);
     void armWatcher(const QStringList &folders);
+    void armNextBatch();
+    void addWatches(const QStringList &folders);
     bool isWatched(const QString &path) const;
-    QString watchPathOf(const QString &folder, const QSet<QString> &watching);
+    // What the watcher is given for a folder: the folder itself, or for a name
+    // that is not UTF-8 /proc/self/fd/N of a descriptor opened on it; empty
+    // when the folder is gone.
+    QString watchPathOf(const QString &folder);
+    void dropWatch(const QString &folder);
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;
     QSet<QUrl> m_knownURLs;
     QFileSystemWatcher m_watcher;
     QTimer m_timer;
+    // Folders listed but not watched yet, and how many watching() signals wait for them.
+    QStringList m_toArm;
+    QSet<QString> m_armed;
+    // What changed since the last rescan: these folders, or anything (a watched file).
+    QSet<QString> m_changedFolders;
+    bool m_rescanAll = false;
+    int m_watchingPending = 0;
+    bool m_armScheduled = false;
     bool m_scanning = false;
     bool m_rescanAgain = false;
     QSet<QString> m_unwatchable;
@@ -88,6 +108,8 @@ private:
     // are not UTF-8; those are watched as /proc/self/fd/N of a descriptor kept
     // open for each (inotify follows the link to the folder itself).
     QHash<QString, int> m_folderDescriptors;
+    // Watch path ─► folder, where they differ; armed folders are named by folder.
+    QHash<QString, QString> m_folderOfWatch;
     int m_watchBudget = defaultWatchBudget();
     bool m_warnedLimit = false;
 };

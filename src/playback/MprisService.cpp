@@ -4,6 +4,7 @@
 #include "AudioPlayer.h"
 #include "MprisAdaptors.h"
 #include "PlaybackController.h"
+#include "model/LocalPath.h"
 #include "model/Log.h"
 #include "model/TextUtil.h"
 
@@ -121,7 +122,7 @@ QVariantMap MprisService::buildMetadata() const
     if (m_player.duration() > 0)
         map.insert(QStringLiteral("mpris:length"), microseconds(m_player.duration()));
     if (!m_artFile.isEmpty())
-        map.insert(QStringLiteral("mpris:artUrl"), QUrl::fromLocalFile(m_artFile).toString());
+        map.insert(QStringLiteral("mpris:artUrl"), localpath::fileUrl(m_artFile).toString());
     return map;
 }
 

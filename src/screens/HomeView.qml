@@ -15,78 +15,85 @@ Item {
 
     signal artistSelected(string name)
 
-    Flickable {
+    clip: true
+
+    // Only the rows on screen exist: ten thousand artists cost what a screenful does.
+    ListView {
+        id: list
+        objectName: "allArtists"
         anchors.fill: parent
-        contentHeight: column.implicitHeight + 40
+        // The headings above the rows scroll with them (see `top`).
+        topMargin: top.height + 18
+        bottomMargin: 28
+        spacing: 6
         clip: true
         boundsBehavior: Flickable.StopAtBounds
         ScrollBar.vertical: ScrollBar { policy: ScrollBar.AsNeeded; Accessible.name: "Home" }
-
-        Column {
-            id: column
+        model: home.allArtists
+        delegate: HomeArtistRow {
+            required property string modelData
             x: 28
-            y: 12
-            width: parent.width - 56
-            spacing: 6
+            width: list.width - 56
+            name: modelData
+            onClicked: home.artistSelected(modelData)
+        }
+    }
 
-            Text {
-                text: "Home"
-                font.pixelSize: 26
-                font.weight: Font.Thin
-                color: Theme.primaryText
-                Accessible.role: Accessible.Heading
-            }
-            Text {
-                text: "Your music, right where you left it."
-                font.pixelSize: 12
-                font.weight: Font.Light
-                color: Theme.secondaryText
-            }
+    Column {
+        id: top
+        x: 28
+        y: -list.contentY - list.topMargin + 12
+        width: list.width - 56
+        spacing: 6
 
-            Item { width: 1; height: 18; visible: home.recentArtists.length > 0 }
-            Text {
-                objectName: "recentHeading"
-                visible: home.recentArtists.length > 0
-                text: "Recently Played"
-                font.pixelSize: 15
-                font.weight: Font.Medium
-                color: Theme.primaryText
-            }
-            ListView {
-                objectName: "recentArtists"
-                visible: home.recentArtists.length > 0
-                width: parent.width
-                height: 122
-                orientation: ListView.Horizontal
-                spacing: 16
-                clip: true
-                boundsBehavior: Flickable.StopAtBounds
-                model: home.recentArtists
-                delegate: RecentArtistCard {
-                    required property string modelData
-                    name: modelData
-                    onClicked: home.artistSelected(modelData)
-                }
-            }
+        Text {
+            text: "Home"
+            font.pixelSize: 26
+            font.weight: Font.Thin
+            color: Theme.primaryText
+            Accessible.role: Accessible.Heading
+        }
+        Text {
+            text: "Your music, right where you left it."
+            font.pixelSize: 12
+            font.weight: Font.Light
+            color: Theme.secondaryText
+        }
 
-            Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
-            Text {
-                objectName: "allArtistsHeading"
-                visible: home.allArtists.length > 0
-                text: "All Artists"
-                font.pixelSize: 15
-                font.weight: Font.Medium
-                color: Theme.primaryText
+        Item { width: 1; height: 18; visible: home.recentArtists.length > 0 }
+        Text {
+            objectName: "recentHeading"
+            visible: home.recentArtists.length > 0
+            text: "Recently Played"
+            font.pixelSize: 15
+            font.weight: Font.Medium
+            color: Theme.primaryText
+        }
+        ListView {
+            objectName: "recentArtists"
+            visible: home.recentArtists.length > 0
+            width: parent.width
+            height: 122
+            orientation: ListView.Horizontal
+            spacing: 16
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            model: home.recentArtists
+            delegate: RecentArtistCard {
+                required property string modelData
+                name: modelData
+                onClicked: home.artistSelected(modelData)
             }
-            Repeater {
-                model: home.allArtists
-                delegate: HomeArtistRow {
-                    required property string modelData
-                    width: column.width
-                    name: modelData
-                    onClicked: home.artistSelected(modelData)
-                }
-            }
+        }
+
+        Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
+        Text {
+            objectName: "allArtistsHeading"
+            visible: home.allArtists.length > 0
+            text: "All Artists"
+            font.pixelSize: 15
+            font.weight: Font.Medium
+            color: Theme.primaryText
         }
     }
 

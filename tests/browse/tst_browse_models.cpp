@@ -2,7 +2,9 @@
 #include "BrowseTestUtil.h"
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
+#include "browse/SearchIndex.h"
 #include "browse/SongListModel.h"
+#include "browse/TagMemo.h"
 
 #include <QAbstractItemModelTester>
 #include <QFileInfo>
@@ -40,9 +42,9 @@ private Q_SLOTS:
         QThreadPool::globalInstance()->setMaxThreadCount(std::max(4, QThread::idealThreadCount()));
     }
 
-    // What a song list does when its songs change: a list that only grew
-    // inserts rows (the view keeps its place), the same list does nothing, any
-    // other list resets.
+    // What a song list does when its songs change: a list that only gained
+    // songs inserts rows where they are (the view keeps its place), the same
+    // list does nothing, any other list resets.
     void songListGrowsOrResets_data()
     {
         QTest::addColumn<QList<int>>("before");
@@ -53,7 +55,9 @@ private Q_SLOTS:
         QTest::newRow("from nothing") << QList<int>{} << QList<int>{0, 1} << "insert 0-1";
         QTest::newRow("the same songs") << QList<int>{0, 1, 2} << QList<int>{0, 1, 2} << "";
         QTest::newRow("shorter") << QList<int>{0, 1, 2} << QList<int>{0, 1} << "reset";
-        QTest::newRow("grew elsewhere") << QList<int>{1, 2} << QList<int>{0, 1, 2} << "reset";
+        QTest::newRow("grew in front") << QList<int>{1, 2} << QList<int>{0, 1, 2} << "insert 0-0";
+        QTest::newRow("grew between and after") << QList<int>{0, 2} << QList<int>{0, 1, 2, 3} << "insert 1-1,insert 3-3";
+        QTest::newRow("reordered") << QList<int>{0, 1} << QList<int>{1, 0, 2} << "reset";
         QTest::newRow("emptied") << QList<int>{0} << QList<int>{} << "reset";
     }
 
@@ -154,9 +158,58 @@ private Q_SLOTS:
         QCOMPARE(Library::files(model.tracksOf(QStringLiteral("Nova"))), QStringLiteral("1.mp3,3.mp3"));
         QVERIFY(model.tracksOf(QStringLiteral("nobody")).isEmpty());
 
+        // The library grew: rows are inserted and recounted, the grid is not reset.
+        Library grown = lib;
+        grown.add(QStringLiteral("5.mp3|Alpha"));
+        grown.add(QStringLiteral("6.mp3|echo"));
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+        model.load(grown.tracks);
+        QVERIFY(loaded.wait());
+        QCOMPARE(column(model, "name"), (QStringList { "Alpha", "Echo", "Nova" }));
+        QCOMPARE(column(model, "trackCount"), (QStringList { "1", "2", "2" }));
+        QCOMPARE(reset.size(), 0);
+        QCOMPARE(inserted.size(), 1);
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
+
         model.load({});
         QVERIFY(loaded.wait());
         QCOMPARE(model.count(), 0);
+    }
+
+    // The index reads each file once; grouping then answers from memory, until
+    // a file's tags are saved.
+    void tagsAreReadOnceForIndexAndGrouping()
+    {
+        Library lib = Library::from({ "1.mp3|Nova|Blue", "2.mp3|Nova|Blue", "3.mp3|Echo" });
+        auto reads = std::make_shared<QAtomicInt>();
+        const MetadataReader inner = lib.reader();
+        TagMemo memo([inner, reads](const QString &path) {
+            reads->ref();
+            return inner(path);
+        });
+        SearchIndex index(memo.reader());
+        QSignalSpy indexed(&index, &SearchIndex::songsIndexed);
+        index.add(lib.tracks);
+        QVERIFY(indexed.wait());
+        ArtistListModel artists(memo.reader());
+        QSignalSpy loaded(&artists, &ArtistListModel::loaded);
+        artists.load(lib.tracks);
+        QVERIFY(loaded.wait());
+        QCOMPARE(column(artists, "name"), (QStringList { "Echo", "Nova" }));
+        QCOMPARE(reads->loadRelaxed(), 3);
+        // One copy of a repeated name.
+        const MetadataReader read = memo.reader();
+        QCOMPARE(read(lib.tracks.at(0).path()).album->constData(), read(lib.tracks.at(1).path()).album->constData());
+
+        (*lib.tags)[lib.tracks.at(2).path()].artist = QStringLiteral("Nova");
+        memo.forget(lib.tracks.at(2).path());
+        artists.load(lib.tracks);
+        QVERIFY(loaded.wait());
+        QCOMPARE(column(artists, "name"), (QStringList { "Nova" }));
+        QCOMPARE(reads->loadRelaxed(), 4);
     }
 
     void aNewLoadSupersedesARunningOne()

@@ -3,6 +3,7 @@
 #include "browse/FoldedColumn.h"
 #include "browse/TrackIndex.h"
 
+#include <QRandomGenerator>
 #include <QTest>
 
 using browsetest::Library;
@@ -229,6 +230,55 @@ private Q_SLOTS:
         entries.append({ lib.tracks.at(0), QStringLiteral("1"), QStringLiteral("Later"), {} });
         QCOMPARE(artistForTrack(TrackIndex(entries), lib.tracks.at(0).id),
             std::optional<QString>(QStringLiteral("First")));
+    }
+
+    // An index that grew by appends as songs came in answers every query as
+    // one built from the same songs at once.
+    void appendsAnswerAsOneBuild()
+    {
+        QRandomGenerator rng(20240611);
+        // Few letters, so names collide; ':' and ' ' to stress the album ids
+        // and inner spaces; accented and Greek letters in both cases.
+        const QStringList alphabet { "a", "b", "A", "B", ":", " ", "é", "É", "σ", "Σ", "x" };
+        const auto word = [&](int maxLength) {
+            QString w;
+            const int n = rng.bounded(maxLength + 1);
+            for (int i = 0; i < n; ++i)
+                w += alphabet.at(rng.bounded(int(alphabet.size())));
+            return w;
+        };
+        for (int round = 0; round < 20; ++round) {
+            QList<TrackSearchEntry> entries;
+            const int songs = rng.bounded(60);
+            for (int i = 0; i < songs; ++i) {
+                const Track t = Track::create(QUrl::fromLocalFile(QStringLiteral("/m/%1.mp3").arg(i)));
+                TrackMetadata m;
+                if (rng.bounded(4) != 0)
+                    m.artist = word(3);
+                if (rng.bounded(3) != 0)
+                    m.album = word(4);
+                TrackSearchEntry e = makeSearchEntry(t, m);
+                e.name = word(rng.bounded(3) == 0 ? 24 : 5);
+                entries.append(e);
+            }
+            TrackIndex grown;
+            for (qsizetype from = 0; from < entries.size();) {
+                const qsizetype n = 1 + rng.bounded(12);
+                grown = grown.appended(entries.mid(from, n));
+                from += n;
+            }
+            const TrackIndex whole(entries);
+            QCOMPARE(allArtistNames(grown), allArtistNames(whole));
+            for (int k = 0; k < 60; ++k) {
+                const QString query = word(3);
+                const SearchResults a = computeSearchResults(query, grown);
+                const SearchResults b = computeSearchResults(query, whole);
+                const QByteArray where = QStringLiteral("round %1, query '%2'").arg(round).arg(query).toUtf8();
+                QVERIFY2(artistsOf(a) == artistsOf(b), where.constData());
+                QVERIFY2(tracksOf(a) == tracksOf(b), where.constData());
+                QVERIFY2(albumsOf(a) == albumsOf(b), where.constData());
+            }
+        }
     }
 
     void foldedColumnFindsEveryKey_data()

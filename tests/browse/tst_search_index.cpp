@@ -2,6 +2,7 @@
 #include "BrowseTestUtil.h"
 #include "browse/SearchIndex.h"
 
+#include <QFileInfo>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
@@ -46,7 +47,7 @@ private Q_SLOTS:
         QSignalSpy changed(&index, &SearchIndex::indexChanged);
         QSignalSpy building(&index, &SearchIndex::isBuildingChanged);
 
-        index.rebuild(lib.tracks);
+        index.add(lib.tracks);
         QVERIFY(index.isBuilding());
         QCOMPARE(index.count(), 0);
         QVERIFY(changed.wait());
@@ -57,11 +58,6 @@ private Q_SLOTS:
         QCOMPARE(index.allArtistNames(), (QStringList { "alpha", "Beta", "Gamma" }));
         QCOMPARE(index.artistForTrack(lib.tracks.at(2).id), std::optional<QString>(QStringLiteral("Gamma")));
         QCOMPARE(index.results(QStringLiteral("gam")).artists.size(), 1);
-
-        index.rebuild({});
-        QVERIFY(changed.wait());
-        QCOMPARE(index.count(), 0);
-        QVERIFY(index.results(QStringLiteral("a")).isEmpty());
     }
 
     void manySongsKeepLibraryOrder()
@@ -77,9 +73,10 @@ private Q_SLOTS:
             QThread::yieldCurrentThread(); // let the pool's threads interleave
             return inner(path);
         });
-        QSignalSpy changed(&index, &SearchIndex::indexChanged);
-        index.rebuild(lib.tracks);
-        QVERIFY(changed.wait());
+        QSignalSpy building(&index, &SearchIndex::isBuildingChanged);
+        index.add(lib.tracks.mid(0, 1000));
+        index.add(lib.tracks.mid(1000));
+        QTRY_COMPARE(building.size(), 2);
         const QList<TrackSearchEntry> &entries = index.trackIndex().entries();
         QCOMPARE(entries.size(), lib.tracks.size());
         for (qsizetype i = 0; i < entries.size(); ++i)
@@ -87,52 +84,88 @@ private Q_SLOTS:
         QCOMPARE(index.results(QStringLiteral("artist 3")).artists.value(0).trackCount, third);
     }
 
-    void newSongsAreFoundOnlyOnceTheirBuildHasFinished()
+    // Songs added while a build runs wait for the next one; no song is read twice.
+    void newSongsAreFoundOnceTheirBuildHasFinished()
     {
-        Library lib = Library::from({ "old song.mp3" });
+        Library lib = Library::from({ "old song.mp3", "new song.mp3", "newer song.mp3" });
         auto gate = std::make_shared<QSemaphore>();
+        auto reads = std::make_shared<QStringList>();
         const MetadataReader inner = lib.reader();
-        SearchIndex index([inner, gate](const QString &path) {
-            if (path.contains(QStringLiteral("new")))
+        SearchIndex index([inner, gate, reads](const QString &path) {
+            if (path.contains(QStringLiteral("/new ")))
                 gate->acquire();
+            reads->append(QFileInfo(path).fileName()); // one read at a time: the others wait above or are done
             return inner(path);
         });
-        QSignalSpy changed(&index, &SearchIndex::indexChanged);
-        index.rebuild(lib.tracks);
-        QVERIFY(changed.wait());
+        QSignalSpy indexed(&index, &SearchIndex::songsIndexed);
+        index.add({ lib.tracks.at(0) });
+        QVERIFY(indexed.wait());
 
-        lib.add(QStringLiteral("new song.mp3"));
-        index.rebuild(lib.tracks);
-        QTest::qWait(50);
+        index.add({ lib.tracks.at(1) }); // held back
+        index.add({ lib.tracks.at(2) }); // waits for the build above
+        QTRY_COMPARE(reads->size(), 1);
         QCOMPARE(index.results(QStringLiteral("song")).tracks.size(), 1);
         QVERIFY(index.isBuilding());
         gate->release();
-        QVERIFY(changed.wait());
-        QCOMPARE(index.results(QStringLiteral("song")).tracks.size(), 2);
+        QTRY_VERIFY(!index.isBuilding());
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "old song", "new song", "newer song" }));
+        QCOMPARE(*reads, (QStringList { "old song.mp3", "new song.mp3", "newer song.mp3" }));
+        QCOMPARE(indexed.size(), 3);
+        QCOMPARE(indexed.at(2), (QVariantList { 2, 1 }));
     }
 
-    void overlappingBuildsLastToFinishStays()
+    // A forgotten folder's songs leave the index without a tag read again,
+    // whether they were indexed, being indexed or still waiting.
+    void retainDropsSongsThatLeftTheLibrary_data()
     {
-        Library lib = Library::from({ "slow.mp3", "fast.mp3" });
+        QTest::addColumn<int>("indexedFirst"); // songs indexed before the removal
+        QTest::addColumn<bool>("whileBuilding"); // the rest held in a build meanwhile
+        QTest::addColumn<int>("reads");
+        QTest::newRow("all indexed") << 4 << false << 4;
+        // The dropped song that waited is never read.
+        QTest::newRow("one being indexed, one waiting") << 2 << true << 3;
+        // Neither dropped song is read.
+        QTest::newRow("none indexed yet") << 0 << true << 2;
+    }
+    void retainDropsSongsThatLeftTheLibrary()
+    {
+        QFETCH(int, indexedFirst);
+        QFETCH(bool, whileBuilding);
+        QFETCH(int, reads);
+        Library lib = Library::from({ "keep 1.mp3|A", "drop 1.mp3|B", "keep 2.mp3|A", "drop 2.mp3|B" });
         auto gate = std::make_shared<QSemaphore>();
+        auto readCount = std::make_shared<std::atomic_int>(0);
         const MetadataReader inner = lib.reader();
-        SearchIndex index([inner, gate](const QString &path) {
-            if (path.contains(QStringLiteral("slow")))
+        SearchIndex index([inner, gate, readCount, whileBuilding](const QString &path) {
+            if (whileBuilding)
                 gate->acquire();
+            ++*readCount;
             return inner(path);
         });
-        QSignalSpy changed(&index, &SearchIndex::indexChanged);
-
-        index.rebuild({ lib.tracks.at(0) }); // started first, held back
-        index.rebuild({ lib.tracks.at(1) }); // started second, finishes first
-        QVERIFY(changed.wait());
-        QCOMPARE(namesIn(index.trackIndex()), QStringList { "fast" });
-        QVERIFY(index.isBuilding());
-
+        QSignalSpy removed(&index, &SearchIndex::songsRemoved);
+        if (indexedFirst > 0) {
+            gate->release(indexedFirst);
+            index.add(lib.tracks.mid(0, indexedFirst));
+            QTRY_VERIFY(!index.isBuilding());
+        }
+        if (indexedFirst < lib.tracks.size()) {
+            index.add({ lib.tracks.at(indexedFirst) });
+            index.add(lib.tracks.mid(indexedFirst + 1));
+        }
+        const QList<Track> kept { lib.tracks.at(0), lib.tracks.at(2) };
+        index.retain(kept);
+        gate->release(lib.tracks.size());
+        QTRY_VERIFY(!index.isBuilding());
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "keep 1", "keep 2" }));
+        QCOMPARE(index.allArtistNames(), QStringList { "A" });
+        QVERIFY(index.results(QStringLiteral("drop")).isEmpty());
+        QCOMPARE(removed.isEmpty(), indexedFirst == 0);
+        QCOMPARE(readCount->load(), reads);
+        // Songs added afterwards are indexed as usual.
         gate->release();
-        QVERIFY(changed.wait());
-        QCOMPARE(namesIn(index.trackIndex()), QStringList { "slow" });
-        QVERIFY(!index.isBuilding());
+        index.add({ lib.tracks.at(3) });
+        QTRY_VERIFY(!index.isBuilding());
+        QCOMPARE(namesIn(index.trackIndex()), (QStringList { "keep 1", "keep 2", "drop 2" }));
     }
 
     void answersForQml()
@@ -140,7 +173,7 @@ private Q_SLOTS:
         Library lib = Library::from({ "Song A.mp3|Band|Record", "Song B.mp3|Band|Record" });
         SearchIndex index(lib.reader());
         QSignalSpy changed(&index, &SearchIndex::indexChanged);
-        index.rebuild(lib.tracks);
+        index.add(lib.tracks);
         QVERIFY(changed.wait());
 
         const QVariantMap r = index.search(QStringLiteral("  "));

@@ -4,6 +4,7 @@
 #include "browse/ArtistDetail.h"
 #include "browse/ArtistListModel.h"
 #include "browse/SongListModel.h"
+#include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
 #include <QCoreApplication>
@@ -15,6 +16,7 @@
 #include <QQmlEngine>
 #include <QQmlEngineExtensionPlugin>
 #include <QSettings>
+#include <QTemporaryDir>
 #include <QtQuickTest>
 
 #include <memory>
@@ -40,7 +42,7 @@ public:
             const QVariantMap map = row.toMap();
             Track track;
             track.id = QUuid(map.value(QStringLiteral("trackId")).toString());
-            track.url = QUrl::fromLocalFile(map.value(QStringLiteral("path")).toString());
+            track.url = localpath::fileUrl(map.value(QStringLiteral("path")).toString());
             tracks.append(track);
         }
         model->setTracks(tracks);
@@ -58,7 +60,7 @@ public:
             const QVariantList pair = artist.toList();
             for (int i = 0; i < pair.value(1).toInt(); ++i) {
                 const Track track = Track::create(
-                    QUrl::fromLocalFile(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
+                    localpath::fileUrl(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
                 TrackMetadata meta;
                 meta.artist = pair.value(0).toString();
                 QMutexLocker lock(&m_tags->mutex);
@@ -70,6 +72,22 @@ public:
     }
     Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
 
+    // Writes [[artist, songs], ...] as small tagged FLAC files (no audio) into
+    // one folder of this test file, next to what earlier calls wrote; answers
+    // the folder.
+    Q_INVOKABLE QUrl writeSongs(const QVariantList &artists)
+    {
+        for (const QVariant &artist : artists) {
+            const QVariantList pair = artist.toList();
+            const QString name = pair.value(0).toString();
+            for (int i = 0; i < pair.value(1).toInt(); ++i) {
+                QFile file(m_folder.filePath(QStringLiteral("%1 %2.flac").arg(++m_written).arg(name)));
+                if (!file.open(QIODevice::WriteOnly) || file.write(taggedFlac(name)) < 0)
+                    qFatal("cannot write %s", qPrintable(file.fileName()));
+            }
+        }
+        return localpath::fileUrl(m_folder.path());
+    }
     // A new folder holding short silent songs of these names, and a
     // folder.jpg when asked; its file URL.
     Q_INVOKABLE QUrl folderOfSongs(const QStringList &names, bool withFolderImage = false)
@@ -85,11 +103,11 @@ public:
             image.fill(Qt::darkCyan);
             image.save(dir->filePath(QStringLiteral("folder.jpg")));
         }
-        return QUrl::fromLocalFile(dir->path());
+        return localpath::fileUrl(dir->path());
     }
     Q_INVOKABLE bool makeReadOnly(const QUrl &file)
     {
-        return QFile::setPermissions(file.toLocalFile(), QFileDevice::ReadOwner | QFileDevice::ReadGroup);
+        return QFile::setPermissions(localpath::pathOf(file), QFileDevice::ReadOwner | QFileDevice::ReadGroup);
     }
     // The id of the library's song at a file URL; empty when none.
     Q_INVOKABLE QString songAt(Library *library, const QUrl &file) const
@@ -107,6 +125,32 @@ public:
     }
 
 private:
+    static QByteArray taggedFlac(const QString &artist)
+    {
+        // STREAMINFO: 4096-sample blocks, 44.1 kHz, stereo, 16 bits, no samples.
+        QByteArray info(34, '\0');
+        info[0] = 0x10, info[2] = 0x10;
+        info[10] = char(0x0a), info[11] = char(0xc4), info[12] = char(0x42), info[13] = char(0xf0);
+        QByteArray comment;
+        const auto le32 = [&comment](quint32 n) {
+            for (int i = 0; i < 4; ++i)
+                comment.append(char(n >> (8 * i)));
+        };
+        const QByteArray field = "ARTIST=" + artist.toUtf8();
+        le32(0);
+        le32(1);
+        le32(quint32(field.size()));
+        comment += field;
+        const auto header = [](int type, qsizetype size) {
+            const char bytes[] = {char(type), char(size >> 16), char(size >> 8), char(size)};
+            return QByteArray(bytes, 4);
+        };
+        return "fLaC" + header(0, info.size()) + info + header(0x84, comment.size()) + comment;
+    }
+
+    QTemporaryDir m_folder;
+    int m_written = 0;
+
     template<typename T>
     static T *kept(T *object)
     {
