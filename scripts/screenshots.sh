@@ -58,6 +58,16 @@ i=0
 for title in "Inland" "Salt"; do
   i=$((i + 1)); make_song "Orlo" "Inland EP" "$i" "$title"
 done
+# Album pictures as users have them: embedded in the songs of one album, a
+# folder image beside another; the others have none.
+cover() { # file colour colour: a square with two bands of colour
+  convert -size 600x600 gradient:"$2"-"$3" -fill '#ffffff30' -draw "circle 300,300 300,120" "$1"
+}
+cover "$work/harbour.jpg" '#2f6f8f' '#e8c07a'
+for song in "$library/Nadia Lund/Harbour Songs"/*.flac; do
+  metaflac --import-picture-from="$work/harbour.jpg" "$song"
+done
+cover "$library/Marisol Vey/Fieldwork/folder.jpg" '#7a3b2e' '#d9a441'
 
 # An update feed on the loopback interface, announcing a newer version.
 mkdir -p "$work/feed"
@@ -95,13 +105,15 @@ unset DBUS_SESSION_BUS_ADDRESS
 window=""
 # start THEME ONBOARDED [FOLDER]: runs the program and waits for its window
 # (and for the import of FOLDER).
+# KEEP_SETTINGS=1 keeps what the previous run stored (a second start).
 start() {
-  printf '[General]\ndidCompleteOnboarding=%s\nselectedTheme=%s\n' "$2" "$1" > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
+  [ -n "${KEEP_SETTINGS:-}" ] \
+    || printf '[General]\ndidCompleteOnboarding=%s\nselectedTheme=%s\n' "$2" "$1" > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
   : > "$work/log"
   if [ -n "${3:-}" ]; then "$app" "$3" 2> "$work/log" & else "$app" 2> "$work/log" & fi
   app_pid=$!
   wait_for_window || { echo "screenshots: no window" >&2; cat "$work/log" >&2; exit 1; }
-  if [ -n "${3:-}" ]; then
+  if [ -n "${3:-}${KEEP_SETTINGS:-}" ]; then
     for _ in $(seq 100); do grep -q 'imported' "$work/log" && break; sleep 0.1; done
   fi
   xdotool mousemove --window "$window" 1 690

@@ -3,39 +3,24 @@
 
 // The main state of the window: it owns the services and the rooms below,
 // wires them to each other, and is what Main.qml reads as the AppState
-// singleton. Each room does one job and is a QObject that works without a
-// window; QML reaches them as constant properties of this object.
+// singleton. Each room does one job and works without a window.
 //
-//   AppState
-//     ├── library ── songs in import order; imports, watched folders
-//     │     songs ─► preferences (welcome done)
-//     │     tracksAppended ─► searchIndex.add(the new songs)
-//     │     folderImported / filesDiscovered ─► preferences (library folders),
-//     │     banner "N new songs added"
-//     │     folderForgotten ─► preferences, searchIndex.retain, tags forgotten
-//     ├── searchIndex ── reads the new songs' tags once (into tags, a TagMemo)
-//     │     songsIndexed ─► artworkPrefetch (the new entries), the albums'
-//     │     songs for the artwork loader's pictures (added), and the artists
-//     │     screen, when shown, groups again from the memo
-//     │     songsRemoved ─► the albums' songs laid out anew
-//     ├── navigation ── the one screen and its selections; search, theme popup
-//     │     screen ─► artistBrowser.load or untagged.load (grouped afresh)
-//     ├── queue ── the selected playlist's songs, else the library ─► song list
-//     ├── nowPlaying ── PlaybackController ◄─► AudioPlayer; MPRIS follows both;
-//     │     the playing song's picture ─► BackgroundFade, MPRIS; recent artists
-//     ├── playlists ── the sidebar's list, create panel, drag and drop ─► banner
-//     ├── tagEditor ── one song's tags ─► banner "Tags saved"
-//     ├── untagged ── the untagged-songs screen and batch editor (own banner)
-//     ├── artistBrowser ── artists grid, one artist's albums and songs
-//     ├── preferences ── onboarding, theme, recent artists (QSettings)
-//     └── updateChecker, artworkPrefetch, banner
+//   library ── songs in import order; imports, watched folders
+//     ├─ tracksAppended ─► indexing (tags read once, search index, pictures)
+//     │     └─ songsIndexed ─► the artists screen, when shown, groups again
+//     ├─ folderImported / folderForgotten ─► preferences (library folders)
+//     └─ filesDiscovered ─► banner "N new songs added"
+//   navigation ── the one screen ─► artistBrowser.load or untagged.load
+//   queue ── the selected playlist's songs, else the library ─► song list
+//   nowPlaying ── controller ◄─► player; MPRIS; picture ─► background
+//   playlists, tagEditor, untagged ── each with its banner; a save makes
+//     the saved songs' tags be read again
 //
 // Screens never see this object: Main.qml hands them values and rooms and
 // turns their signals into calls. Everything here lives on the GUI thread;
 // file work runs on thread pools and comes back through continuations.
 
 #include "ArtistBrowser.h"
-#include "ArtworkPrefetch.h"
 #include "BackgroundFade.h"
 #include "Banner.h"
 #include "CurrentQueue.h"
@@ -45,20 +30,17 @@
 #include "NowPlaying.h"
 #include "Playlists.h"
 #include "Preferences.h"
+#include "SongIndexing.h"
 #include "TagEditorSession.h"
 #include "UntaggedSongs.h"
 #include "UpdateChecker.h"
-#include "artwork/AlbumPictures.h"
 #include "artwork/ArtworkLoader.h"
-#include "browse/SearchIndex.h"
-#include "browse/TagMemo.h"
 #include "library/FolderMonitor.h"
 #include "model/PlaylistStore.h"
 #include "playback/AudioPlayer.h"
 #include "playback/MprisService.h"
 #include "playback/PlaybackController.h"
 
-#include <QFuture>
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
@@ -109,9 +91,9 @@ public:
     ArtistBrowser *artistBrowser() { return &m_artistBrowser; }
     Preferences *preferences() { return &m_preferences; }
     Banner *banner() { return &m_banner; }
-    SearchIndex *searchIndex() { return &m_searchIndex; }
+    SearchIndex *searchIndex() { return m_indexing.searchIndex(); }
     UpdateChecker *updateChecker() { return &m_updateChecker; }
-    ArtworkPrefetch &artworkPrefetch() { return m_artworkPrefetch; }
+    ArtworkPrefetch &artworkPrefetch() { return m_indexing.prefetch(); }
     ArtworkLoader &artworkLoader() { return m_artworkLoader; }
     PlaylistStore &playlistStore() { return m_playlistStore; }
     FolderMonitor &folderMonitor() { return m_folderMonitor; }
@@ -137,13 +119,7 @@ public:
 
 private:
     void connectRooms();
-    void afterImport(const QUrl &folder);
-    void afterForget(const QUrl &folder);
-    void afterDiscovery(int first, int count);
-    void afterIndexing(int first, int count);
-    // The albums' songs of these entries, worked out on the pool in the
-    // order asked: all of them (whole) or the ones new to the library.
-    void pictureSongs(QList<TrackSearchEntry> entries, bool whole);
+    void groupShownScreen();
 
     // Services
     PlaylistStore m_playlistStore;
@@ -154,8 +130,7 @@ private:
     PlaybackController m_controller;
     MprisService m_mpris;
     ArtworkLoader m_artworkLoader;
-    TagMemo m_tags;
-    SearchIndex m_searchIndex;
+    SongIndexing m_indexing;
 
     // Rooms
     Preferences m_preferences;
@@ -168,10 +143,5 @@ private:
     TagEditorSession m_tagEditor;
     UntaggedSongs m_untagged;
     ArtistBrowser m_artistBrowser;
-    ArtworkPrefetch m_artworkPrefetch;
     KeyPressFilter m_keyPressFilter;
-
-    QFuture<AlbumPictures::Index> m_albumIndexing = QtFuture::makeReadyFuture(AlbumPictures::Index());
-    // The song last opened in the tag editor, whose memorised tags a save makes stale.
-    QString m_editedSong;
 };

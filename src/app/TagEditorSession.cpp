@@ -98,7 +98,7 @@ void TagEditorSession::save(const QString &title, const QString &artist, const Q
             }
             close();
             m_banner.show(QStringLiteral("Tags saved"), Banner::Animation::Default, savedMessageMs);
-            Q_EMIT saved();
+            Q_EMIT tagsWritten({path});
         });
 }
 

@@ -18,7 +18,7 @@ class Banner;
 //
 //   open(song) ─ tags read on the pool ─► open, with the tags as they are
 //   save(title, artist, album) ─ written on the pool ─► closed; "Tags saved"
-//                                                       and saved() when written,
+//                                                       and tagsWritten when written,
 //                                   else open with the reason in error
 //
 // Only the latest open() opens the editor: a close meanwhile keeps it closed.
@@ -60,8 +60,8 @@ public:
 Q_SIGNALS:
     void changed();
     void errorChanged();
-    // A song's file was written.
-    void saved();
+    // A song's file was written (one path): what was read of it is stale.
+    void tagsWritten(const QStringList &paths);
 
 private:
     void set(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);

@@ -226,8 +226,10 @@ void UntaggedSongs::saveBatch(const QString &title, const QString &artist, const
                 paths.append(t.path());
             const QList<SaveResult> results = saveTags(paths, edit);
             for (qsizetype i = 0; i < results.size(); ++i) {
-                if (results.at(i))
+                if (results.at(i)) {
                     saved.append(part.at(i).id);
+                    outcome.savedPaths.append(paths.at(i));
+                }
                 else
                     outcome.failures.append(TagEditorSession::failureMessage(paths.at(i), results.at(i)));
             }
@@ -269,6 +271,8 @@ void UntaggedSongs::finishSave(const Outcome &outcome, const std::optional<QStri
     Q_EMIT savingChanged();
     Q_EMIT selectionChanged();
     Q_EMIT editorChanged();
+    if (!outcome.savedPaths.isEmpty())
+        Q_EMIT tagsWritten(outcome.savedPaths);
     Q_EMIT saveFinished(int(saved.size()));
     qCDebug(lcApp).nospace() << "untagged: saved " << saved.size() << " files, " << m_rows.size()
                              << " songs left";

@@ -85,12 +85,15 @@ Q_SIGNALS:
     void editorChanged();
     void savingChanged();
     void saveFinished(int saved);
+    // These files were written: what was read of them is stale.
+    void tagsWritten(const QStringList &paths);
 
 private:
     void rebuildRows();
     struct Outcome
     {
         QList<QUuid> saved;
+        QStringList savedPaths;
         QStringList failures; // "Could not save 'x.mp3': reason"
     };
     void finishSave(const Outcome &outcome, const std::optional<QString> &title,

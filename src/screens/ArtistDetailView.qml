@@ -8,6 +8,7 @@ import Tarnwell
 
 Item {
     id: screen
+    clip: true
 
     required property ArtistDetail detail
     required property string playingTrackId
@@ -24,16 +25,23 @@ Item {
     // The albums take the keys, or the songs when the artist has no albums;
     // while the page loads, the first of them to show.
     property bool wantsKeys: false
+    // The header scrolls away with the songs; what takes the keys in it brings it back.
+    function revealHeader() {
+        songs.positionViewAtBeginning()
+    }
     function focusList() {
         wantsKeys = !albums.visible && !songs.visible
         if (!wantsKeys)
             (albums.visible ? albums : songs).forceActiveFocus()
     }
 
+    // Over the songs' own header (an empty space of its size), so that it
+    // scrolls with them yet stays a plain child of the page for screen readers.
     Column {
-        id: header
+        id: pageHeader
         x: 28
-        y: 12
+        y: (songs.headerItem ? songs.headerItem.y - songs.contentY : 0) + 12
+        z: 1
         width: parent.width - 56
         spacing: 8
 
@@ -59,6 +67,7 @@ Item {
             Accessible.name: "All Artists"
             Accessible.onPressAction: screen.backClicked()
             activeFocusOnTab: true
+            onActiveFocusChanged: if (activeFocus) screen.revealHeader()
             Keys.onReturnPressed: screen.backClicked()
             Keys.onEnterPressed: screen.backClicked()
             FocusRing {}
@@ -95,6 +104,7 @@ Item {
             Keys.onReturnPressed: if (albums.currentItem) albums.currentItem.clicked()
             Keys.onEnterPressed: if (albums.currentItem) albums.currentItem.clicked()
             onCurrentIndexChanged: if (activeFocus) positionViewAtIndex(currentIndex, ListView.Contain)
+            onActiveFocusChanged: if (activeFocus) screen.revealHeader()
             // A model filled after a reset still has a current row.
             onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
             onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
@@ -141,6 +151,7 @@ Item {
                 Accessible.name: text
                 Accessible.onPressAction: screen.showAllClicked()
                 activeFocusOnTab: true
+                onActiveFocusChanged: if (activeFocus) screen.revealHeader()
                 Keys.onReturnPressed: screen.showAllClicked()
                 Keys.onEnterPressed: screen.showAllClicked()
                 FocusRing {}
@@ -171,22 +182,14 @@ Item {
         // A model filled after a reset still has a current row.
         onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
         onVisibleChanged: if (visible && screen.wantsKeys) screen.focusList()
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors.fill: parent
         anchors.leftMargin: 14
         anchors.rightMargin: 14
-        anchors.topMargin: 10
         visible: !screen.detail.isLoading
-        clip: true
         interactive: false
         model: screen.detail.tracks
+        header: Item { width: 1; height: pageHeader.height + 22 }
         ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
-        WheelHandler {
-            onWheel: (event) => {
-                const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
-                const bottom = Math.max(songs.originY, songs.originY + songs.contentHeight - songs.height)
-                songs.contentY = Math.max(songs.originY, Math.min(bottom, songs.contentY - step))
-            }
-        }
         delegate: TrackRow {
             required property int index
             // The current row takes the focus of the view, so a screen reader follows it.
@@ -200,6 +203,15 @@ Item {
             onPauseRequested: screen.pauseRequested()
             onEditRequested: screen.editRequested(trackId)
             onDragStarted: screen.dragStarted(trackId)
+        }
+    }
+
+    // Over the header as well as the songs: the page scrolls as one.
+    WheelHandler {
+        onWheel: (event) => {
+            const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
+            const bottom = Math.max(songs.originY, songs.originY + songs.contentHeight - songs.height)
+            songs.contentY = Math.max(songs.originY, Math.min(bottom, songs.contentY - step))
         }
     }
 }

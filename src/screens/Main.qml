@@ -308,85 +308,20 @@ ApplicationWindow {
         raised: AppState.nowPlaying.hasTrack
     }
 
-    // The tag editor: for one song (a row's pencil) or for the untagged
-    // screen's songs, over a dimmed window. A click beside it closes it.
-    Item {
+    TagEditorLayer {
         id: editorLayer
-        objectName: "tagEditorLayer"
-        readonly property bool batch: AppState.untagged.showEditor
-                                      && AppState.navigation.screen === Navigation.Untagged
-        readonly property bool open: AppState.tagEditor.isOpen || batch
-        function close() {
-            if (batch)
-                AppState.untagged.closeEditor()
-            else
-                AppState.tagEditor.close()
-        }
-        anchors.fill: parent
-        visible: opacity > 0
-        opacity: open ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
-        Rectangle {
-            anchors.fill: parent
-            color: "#000000"
-            opacity: 0.3
-            // Takes the hover too, so the rows behind the dim stay still.
-            MouseArea {
-                anchors.fill: parent
-                hoverEnabled: true
-                onClicked: if (!AppState.untagged.isSaving) editorLayer.close()
-            }
-        }
-        Loader {
-            anchors.centerIn: parent
-            active: editorLayer.open
-            sourceComponent: TagEditorPanel {
-                objectName: "tagEditorPanel"
-                songCount: editorLayer.batch ? AppState.untagged.editingCount : 1
-                fileName: editorLayer.batch ? AppState.untagged.editingFileName : AppState.tagEditor.fileName
-                readonly property var values: editorLayer.batch ? AppState.untagged.initialValues : AppState.tagEditor.meta
-                initialTitle: values.title || ""
-                initialArtist: values.artist || ""
-                initialAlbum: values.album || ""
-                busy: AppState.untagged.isSaving
-                errorText: editorLayer.batch ? AppState.untagged.saveError : AppState.tagEditor.error
-                busyText: "Saving " + AppState.untagged.savedSoFar + " of " + AppState.untagged.editingCount + "…"
-                onSaveRequested: (title, artist, album) => {
-                    if (editorLayer.batch)
-                        AppState.untagged.saveBatch(title, artist, album)
-                    else
-                        AppState.tagEditor.save(title, artist, album)
-                }
-                onCancelRequested: editorLayer.close()
-            }
-        }
+        editor: AppState.tagEditor
+        untagged: AppState.untagged
+        onUntaggedScreen: AppState.navigation.screen === Navigation.Untagged
     }
 
-    // The create-playlist panel over a dimmed window.
-    Item {
-        id: createLayer
-        anchors.fill: parent
-        visible: opacity > 0
-        opacity: AppState.playlists.showingCreate ? 1 : 0
-        Behavior on opacity { NumberAnimation { duration: Theme.duration(150); easing.type: Easing.Bezier; easing.bezierCurve: Theme.easeOut } }
-        Rectangle {
-            anchors.fill: parent
-            color: "#000000"
-            opacity: 0.35
-            MouseArea {
-                anchors.fill: parent
-                hoverEnabled: true
-                onClicked: AppState.playlists.cancelCreate()
-            }
-        }
-        Loader {
-            anchors.centerIn: parent
-            active: AppState.playlists.showingCreate
-            sourceComponent: CreatePlaylistPanel {
-                objectName: "createPlaylistPanel"
-                onCreateRequested: (name) => AppState.playlists.create(name)
-                onCancelRequested: AppState.playlists.cancelCreate()
-            }
+    DimLayer {
+        shown: AppState.playlists.showingCreate
+        onDismissRequested: AppState.playlists.cancelCreate()
+        panel: CreatePlaylistPanel {
+            objectName: "createPlaylistPanel"
+            onCreateRequested: (name) => AppState.playlists.create(name)
+            onCancelRequested: AppState.playlists.cancelCreate()
         }
     }
 
@@ -531,49 +466,19 @@ ApplicationWindow {
         onCheckAgainClicked: AppState.updateChecker.check()
     }
 
-    Shortcut {
-        sequences: [StandardKey.Quit]
-        onActivated: Qt.quit()
-    }
-    // The keys of the app menu's commands (the playback keys are
-    // AppState's key filter's). Ctrl+? comes with Shift on most layouts; a
-    // sequence spelled "Ctrl+Shift+/" would stop the whole Shortcut.
-    Shortcut { sequences: ["Ctrl+F", "/"]; onActivated: window.runCommand("search") }
-    Shortcut { sequence: "Ctrl+O"; onActivated: window.runCommand("import") }
-    Shortcut { sequence: "Ctrl+N"; enabled: AppState.preferences.didCompleteOnboarding; onActivated: window.runCommand("newPlaylist") }
-    Shortcut { sequence: "Ctrl+1"; onActivated: window.runCommand("home") }
-    Shortcut { sequence: "Ctrl+2"; onActivated: window.runCommand("artists") }
-    Shortcut { sequence: "Ctrl+3"; onActivated: window.runCommand("songs") }
-    Shortcut { sequence: "Ctrl+4"; onActivated: window.runCommand("untagged") }
-    Shortcut { sequence: "Ctrl+E"; onActivated: window.runCommand("edit") }
-    Shortcut { sequences: ["Ctrl+?", "Ctrl+Shift+?"]; onActivated: window.runCommand("shortcuts") }
-    // The panels close themselves (the editor asks before losing changes).
-    Shortcut {
-        sequence: "Escape"
-        enabled: !editorLayer.open && !AppState.playlists.showingCreate
-                 && (AppState.navigation.searchActive || AppState.navigation.showThemePicker)
-        onActivated: window.runCommand("escape")
+    KeyCommands {
+        canCreatePlaylist: AppState.preferences.didCompleteOnboarding
+        canEscape: !editorLayer.open && !AppState.playlists.showingCreate
+                   && (AppState.navigation.searchActive || AppState.navigation.showThemePicker)
+        onTriggered: (command) => window.runCommand(command)
     }
 
-    // Desktops with a global menu bar show the same commands there.
-    Loader {
+    GlobalMenu {
         active: ProgramInfo.hasGlobalMenu
-        sourceComponent: Platform.MenuBar {
-            Platform.Menu {
-                title: "Tarnwell"
-                Platform.MenuItem { text: "About Tarnwell"; onTriggered: aboutDialog.open() }
-                Platform.MenuItem { text: "Check for Updates..."; onTriggered: window.checkForUpdates() }
-                Platform.MenuItem { text: "Music Folders…"; onTriggered: musicFoldersDialog.open() }
-                Platform.MenuSeparator {}
-                Platform.MenuItem {
-                    text: "Volume Levelling"
-                    checkable: true
-                    checked: AppState.nowPlaying.player.volumeLevelling
-                    onTriggered: AppState.nowPlaying.player.volumeLevelling = checked
-                }
-                Platform.MenuSeparator {}
-                Platform.MenuItem { text: "Quit Tarnwell"; onTriggered: Qt.quit() }
-            }
-        }
+        volumeLevelling: AppState.nowPlaying.player.volumeLevelling
+        onAboutTriggered: aboutDialog.open()
+        onCheckForUpdatesTriggered: window.checkForUpdates()
+        onMusicFoldersTriggered: musicFoldersDialog.open()
+        onVolumeLevellingToggled: (on) => AppState.nowPlaying.player.volumeLevelling = on
     }
 }

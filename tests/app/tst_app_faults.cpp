@@ -126,7 +126,7 @@ private Q_SLOTS:
     void rowsFollowATagEdit()
     {
         QTRY_COMPARE_WITH_TIMEOUT(shownArtist(0), QStringLiteral("Ada"), 60000);
-        QSignalSpy saved(m_state->tagEditor(), &TagEditorSession::saved);
+        QSignalSpy saved(m_state->tagEditor(), &TagEditorSession::tagsWritten);
         m_state->tagEditor()->open(idOf(0));
         QTRY_VERIFY_WITH_TIMEOUT(m_state->tagEditor()->isOpen(), 60000);
         m_state->tagEditor()->save(QStringLiteral("Ada"), QStringLiteral("Ada Lind"), QString());
