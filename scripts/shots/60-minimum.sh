@@ -24,6 +24,9 @@ for theme in ${SHOT_THEMES:-noir sunrise light}; do
   click 330 260 # the first artist
   sleep 0.8
   shot "min-artist-$theme"
+  xdotool mousemove --window "$window" 500 400 click 5 click 5 click 5 # the wheel: the page scrolls
+  sleep 0.4
+  shot "min-artist-scrolled-$theme"
   click 70 170 # "Untagged Songs"
   sleep 0.8
   xdotool mousemove --window "$window" 400 205

@@ -27,7 +27,7 @@ Item {
     property bool wantsKeys: false
     // The header scrolls away with the songs; what takes the keys in it brings it back.
     function revealHeader() {
-        songs.positionViewAtBeginning()
+        songs.contentY = songs.originY - songs.topMargin
     }
     function focusList() {
         wantsKeys = !albums.visible && !songs.visible
@@ -35,12 +35,12 @@ Item {
             (albums.visible ? albums : songs).forceActiveFocus()
     }
 
-    // Over the songs' own header (an empty space of its size), so that it
-    // scrolls with them yet stays a plain child of the page for screen readers.
+    // Over the room the songs leave above them, so that it scrolls with them
+    // yet stays a plain child of the page for screen readers.
     Column {
         id: pageHeader
         x: 28
-        y: (songs.headerItem ? songs.headerItem.y - songs.contentY : 0) + 12
+        y: 12 - songs.topMargin - songs.contentY + songs.originY
         z: 1
         width: parent.width - 56
         spacing: 8
@@ -188,7 +188,10 @@ Item {
         visible: !screen.detail.isLoading
         interactive: false
         model: screen.detail.tracks
-        header: Item { width: 1; height: pageHeader.height + 22 }
+        // Room for the header above the songs; as it grows (the albums
+        // arrive) the page starts at its top.
+        topMargin: pageHeader.height + 22
+        onTopMarginChanged: screen.revealHeader()
         ScrollBar.vertical: ScrollBar { id: scrollBar; policy: ScrollBar.AsNeeded; Accessible.name: "Songs" }
         delegate: TrackRow {
             required property int index
@@ -210,8 +213,9 @@ Item {
     WheelHandler {
         onWheel: (event) => {
             const step = event.pixelDelta.y !== 0 ? event.pixelDelta.y : event.angleDelta.y / 120 * 3 * 54
-            const bottom = Math.max(songs.originY, songs.originY + songs.contentHeight - songs.height)
-            songs.contentY = Math.max(songs.originY, Math.min(bottom, songs.contentY - step))
+            const top = songs.originY - songs.topMargin
+            const bottom = Math.max(top, songs.originY + songs.contentHeight - songs.height)
+            songs.contentY = Math.max(top, Math.min(bottom, songs.contentY - step))
         }
     }
 }
