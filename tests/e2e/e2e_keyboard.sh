@@ -140,7 +140,7 @@ ok "after a restart, Shift+Tab reaches \"Road Trip\" and Enter opens it"
 quit
 
 # ---- Tags: the untagged song edited with the keyboard ------------------------
-launch "$library"
+launch # the library's folder is imported again at start
 expect 1 logged "imported .*: 4 audio files" > /dev/null || fail "the folder was not imported"
 keys ctrl+4 Return
 sleep 0.5
