@@ -40,7 +40,6 @@ class TestFolderMonitor : public QObject
     QTemporaryDir m_dir;
     QString root() const { return m_dir.path(); }
 
-    // Watches the folder, knowing what is in it now, and waits until the watch is set.
     void startWatching(FolderMonitor &monitor)
     {
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
@@ -103,14 +102,9 @@ private Q_SLOTS:
         FolderMonitor monitor;
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
-        for (const QString &folder : { gone, kept, kept + QStringLiteral("/inner") })
-            monitor.watch(localpath::fileUrl(folder), {});
-        QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 3, patience);
-        // Watching a folder again replaces the known files only.
-        monitor.watch(localpath::fileUrl(kept), known);
-        QCOMPARE(monitor.watchedFolders().size(), 3);
-        QCOMPARE(monitor.knownURLs(), known);
-
+        for (const QString &folder : { gone, kept })
+            monitor.watch(localpath::fileUrl(folder), known);
+        QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 2, patience);
         monitor.unwatch(localpath::fileUrl(gone));
         QCOMPARE(monitor.watchedFolderCount(), 2);
         QSignalSpy discovered(&monitor, &FolderMonitor::discoveredURLsChanged);
@@ -118,14 +112,20 @@ private Q_SLOTS:
         const QString song = writeFile(kept, QStringLiteral("inner/new.mp3"), "x");
         QVERIFY(discovered.wait(patience));
         QCOMPARE(monitor.discoveredURLs(), urls({ song }));
-        monitor.rescan();
+        monitor.rescan(); // not from the forgotten folder either
         QVERIFY(discovered.wait(patience));
         QCOMPARE(monitor.discoveredURLs(), urls({ song }));
 
+        monitor.watch(localpath::fileUrl(kept + QStringLiteral("/inner")), known + urlSet({ song }));
+        QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 3, patience);
+        monitor.clearDiscoveredURLs();
+        const QString nested = writeFile(kept, QStringLiteral("inner/nested.mp3"), "x");
+        QVERIFY(discovered.wait(patience));
+        QCOMPARE(monitor.discoveredURLs(), urls({ nested }));
         rescanned.clear();
-        QVERIFY(QDir(root()).removeRecursively());
+        testsupport::run(QStringLiteral("rm"), { QStringLiteral("-rf"), root() });
         QTRY_VERIFY_WITH_TIMEOUT(!rescanned.isEmpty(), patience);
-        QCOMPARE(discovered.size(), 2);
+        QCOMPARE(discovered.size(), 3);
     }
 
     void aBurstIsReportedOnceAfterTheLatency()
