@@ -50,8 +50,7 @@ class TestFolderMonitor : public QObject
 private Q_SLOTS:
     void init()
     {
-        // rm, not QDir: some names here are not UTF-8.
-        testsupport::run(QStringLiteral("rm"), { QStringLiteral("-rf"), root() });
+        testsupport::run(QStringLiteral("rm"), { QStringLiteral("-rf"), root() }); // names not UTF-8
         QDir().mkpath(root());
     }
 

@@ -26,11 +26,6 @@ namespace faults = tagio::faults;
 
 namespace {
 
-bool isRoot()
-{
-    return ::geteuid() == 0;
-}
-
 QByteArray name(const QString &path)
 {
     return QFile::encodeName(path);
@@ -142,7 +137,7 @@ private Q_SLOTS:
         const QStringList before = listing(m_folder);
 
         // Without root, the permission faults are real.
-        const bool real = !isRoot() && (step == faults::readWhole || step == faults::createTemporary);
+        const bool real = !::geteuid() == 0 && (step == faults::readWhole || step == faults::createTemporary);
         if (real && step == faults::readWhole)
             ::chmod(name(path).constData(), 0200);
         else if (real)
@@ -176,22 +171,16 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<Setup>("setup");
         QTest::addColumn<SaveError>("error");
-        // The kinds of content, damage and the readers' view of them are in
-        // the writers' and the peer tests; here what the disk adds.
+        // Kinds of content and damage: the writers' and the peer tests.
         const auto row
             = [](const char *what, const char *file, const QByteArray &bytes, Setup setup, SaveError error) {
                   QTest::newRow(what) << QString::fromLatin1(file) << bytes << setup << error;
               };
-        row("MP3 named .flac", "song.flac", mp3Bytes(), Setup::none, SaveError::wrongContent);
         row("text named .mp3", "song.mp3", QByteArray(3000, 't'), Setup::none, SaveError::wrongContent);
         row("empty .mp3", "song.mp3", {}, Setup::none, SaveError::noAudio);
-        row("an ID3v2 tag and nothing else", "song.mp3",
-            build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x"))), Setup::none,
-            SaveError::noAudio);
         row("FLAC behind an ID3v2 tag", "song.flac",
             build::id3Tag(3, build::id3Frame(3, "TIT2", build::id3Text("x"))) + flacBytes(), Setup::none,
             SaveError::unsupportedFormat);
-        row("unsupported extension", "song.ogg", flacBytes(), Setup::none, SaveError::unsupportedFormat);
         row("read-only by its permission bits", "song.flac", flacBytes(), Setup::readOnly,
             SaveError::readOnly);
         row("hard-linked", "song.mp3", mp3Bytes(), Setup::hardLink, SaveError::hardLinked);
@@ -295,7 +284,7 @@ private Q_SLOTS:
         const QString path = writeOld(m_folder, QStringLiteral("song.flac"), flacBytes());
         const QByteArray file = name(path);
         ::chmod(file.constData(), 0640);
-        if (isRoot())
+        if (::geteuid() == 0)
             QCOMPARE(::chown(file.constData(), 1234, 4321), 0);
         // An ACL granting user 1001 read and write: header, then user::, user:1001, group::, mask::, other::.
         QByteArray acl = build::le32(2);

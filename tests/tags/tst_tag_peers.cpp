@@ -39,10 +39,7 @@ const QString cli = QStringLiteral(TARNWELL_CLI);
 
 QJsonObject mutagenRead(const QString &path)
 {
-    const auto r = run(python, { peerScript, QStringLiteral("read"), path });
-    if (r.exitCode != 0)
-        qWarning() << "mutagen failed:" << r.err;
-    return QJsonDocument::fromJson(r.out).object();
+    return QJsonDocument::fromJson(run(python, { peerScript, QStringLiteral("read"), path }).out).object();
 }
 
 // ffprobe reads RIFF INFO and CAF info, which mutagen doesn't.
@@ -94,8 +91,9 @@ QString value(const std::optional<QString> &s)
 
 QString value(const QJsonObject &o, const char *key)
 {
-    return o.contains(QLatin1StringView(key)) ? o.value(QLatin1StringView(key)).toString()
-                                              : QStringLiteral("<absent>");
+    return value(o.contains(QLatin1StringView(key))
+            ? std::optional(o.value(QLatin1StringView(key)).toString())
+            : std::nullopt);
 }
 
 } // namespace
@@ -156,9 +154,7 @@ private Q_SLOTS:
 
         // FLAC with a 600 KiB picture before its comments.
         QImage noise(420, 420, QImage::Format_RGB32);
-        for (int y = 0; y < noise.height(); ++y)
-            for (int x = 0; x < noise.width(); ++x)
-                noise.setPixel(x, y, QRandomGenerator::global()->generate());
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32 *>(noise.bits()), 420 * 420);
         QVERIFY(noise.save(o("big.png")));
         QVERIFY(QFile::copy(o("a.flac"), o("big.flac")));
         QVERIFY(make("metaflac --remove --block-type=PICTURE --dont-use-padding", { o("big.flac") }));
@@ -330,63 +326,27 @@ private Q_SLOTS:
         QVERIFY2(r.err.contains(QFile::encodeName(path + QStringLiteral(": ") + reason)), r.err.constData());
         QCOMPARE(testsupport::readFile(path), bytes);
         QCOMPARE(QDir(QFileInfo(path).absolutePath())
-                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)
-                     .size(),
-            1);
+                     .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList { QFileInfo(path).fileName() });
     }
 
+    // Empty values remove; several files take one edit, each refusal a line
+    // and exit 1 (what the command line says of other paths: tst_cli).
     void commandLine()
     {
         const QString flac = copy(QStringLiteral("a.flac"));
         const QString mp3 = copy(QStringLiteral("v23.mp3"));
         const QString caf = copy(QStringLiteral("a.caf"));
-        auto r = run(
-            cli, { "write", flac, "--artist", QStringLiteral("New Ärtist"), "--album=", "--title", "" });
-        QCOMPARE(r.exitCode, 0);
-        r = run(cli, { "write", mp3, "--title", "", "--artist=", "--album=" });
-        QCOMPARE(r.exitCode, 0);
+        QCOMPARE(run(cli, { "write", mp3, "--title", "", "--artist=", "--album=" }).exitCode, 0);
         const QJsonObject tags = mutagenRead(mp3);
         QVERIFY(!tags.contains(u"title") && !tags.contains(u"artist") && !tags.contains(u"album"));
         QCOMPARE(value(tags, "genre"), QStringLiteral("Jazz"));
 
-        r = run(cli, { "tags", flac, caf });
-        QCOMPARE(r.exitCode, 0);
-        const QList<QByteArray> lines = r.out.trimmed().split('\n');
-        QCOMPARE(lines.size(), 2);
-        const QJsonObject first = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(first.value(u"path").toString(), flac);
-        QCOMPARE(first.value(u"artist").toString(), QStringLiteral("New Ärtist"));
-        QVERIFY(!first.contains(u"title") && !first.contains(u"album"));
-        QCOMPARE(first.value(u"genre").toString(), QStringLiteral("Blues"));
-        QVERIFY(qAbs(first.value(u"duration").toDouble() - 0.3) < 0.01);
-        QCOMPARE(QJsonDocument::fromJson(lines[1]).object().value(u"title").toString(),
-            QStringLiteral("Tïtle CAF"));
-
-        // Several files take one edit; each refusal is a line, the exit code 1.
-        r = run(cli, { "write", flac, caf, mp3, "--album", "Both" });
+        const auto r = run(cli, { "write", flac, caf, mp3, "--album", "Both" });
         QCOMPARE(r.exitCode, 1);
         QCOMPARE(r.err.count('\n'), 1);
-        QCOMPARE(value(readMetadata(flac).album), QStringLiteral("Both"));
+        QCOMPARE(value(metaflacRead(flac), "album"), QStringLiteral("Both"));
         QCOMPARE(value(mutagenRead(mp3), "album"), QStringLiteral("Both"));
-
-        // What isn't a song is named with the reason, whatever the command.
-        const QString folder = m_dir.filePath(QStringLiteral("folder.flac"));
-        const QString fifo = m_dir.filePath(QStringLiteral("fifo.mp3"));
-        QVERIFY(QDir().mkpath(folder));
-        QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0644), 0);
-        const std::pair<QString, const char *> others[]
-            = { { folder, "it is a folder, not a file" }, { fifo, "it is not a regular file" },
-                  { m_dir.filePath(QStringLiteral("missing.mp3")), "there is no such file" } };
-        for (const auto &[path, why] : others) {
-            for (const char *command : { "tags", "write" }) {
-                r = run(cli, QStringList { command, path, "--title", "x" }.mid(0, command[0] == 't' ? 2 : 4));
-                QCOMPARE(r.exitCode, 1);
-                QCOMPARE(r.err, "tarnwell-cli: " + QFile::encodeName(path) + ": " + why + '\n');
-            }
-        }
-        QCOMPARE(run(cli, { "write", flac, "--bogus", "x" }).exitCode, 2);
-        QCOMPARE(run(cli, { "write", flac, "--title" }).exitCode, 2);
-        QCOMPARE(run(cli, { "tags" }).exitCode, 2);
     }
 };
 
