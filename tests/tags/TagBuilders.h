@@ -192,12 +192,6 @@ struct Id3Frame
     bool operator==(const Id3Frame &) const = default;
 };
 
-// For QCOMPARE's messages.
-inline char *toString(const Id3Frame &f)
-{
-    return qstrdup(f.id + " " + QByteArray::number(f.flags, 16) + " " + f.body.toHex(' '));
-}
-
 // The frames of an ID3v2.3 tag without flags, sizes plain, filling the tag;
 // `rest` gets what follows the tag.
 inline QList<Id3Frame> id3Frames(const QByteArray &file, QByteArray *rest)
@@ -215,11 +209,6 @@ inline QList<Id3Frame> id3Frames(const QByteArray &file, QByteArray *rest)
     }
     *rest = file.mid(pos);
     return frames;
-}
-
-inline Id3Frame id3Text(const QByteArray &id, const QString &s, int encoding = 3)
-{
-    return { id, 0, build::id3Text(s, encoding) };
 }
 
 } // namespace plain

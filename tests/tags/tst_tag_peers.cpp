@@ -310,25 +310,6 @@ private Q_SLOTS:
                      .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList { QFileInfo(path).fileName() });
     }
-
-    // Empty values remove; several files take one edit, each refusal a line
-    // and exit 1 (what the command line says of other paths: tst_cli).
-    void commandLine()
-    {
-        const QString flac = copy(QStringLiteral("a.flac"));
-        const QString mp3 = copy(QStringLiteral("v23.mp3"));
-        const QString caf = copy(QStringLiteral("a.caf"));
-        QCOMPARE(run(cli, { "write", mp3, "--title", "", "--artist=", "--album=" }).exitCode, 0);
-        const QJsonObject tags = mutagenRead(mp3);
-        QVERIFY(!tags.contains(u"title") && !tags.contains(u"artist") && !tags.contains(u"album"));
-        QCOMPARE(value(tags, "genre"), QStringLiteral("Jazz"));
-
-        const auto r = run(cli, { "write", flac, caf, mp3, "--album", "Both" });
-        QCOMPARE(r.exitCode, 1);
-        QCOMPARE(r.err.count('\n'), 1);
-        QCOMPARE(value(metaflacRead(flac), "album"), QStringLiteral("Both"));
-        QCOMPARE(value(mutagenRead(mp3), "album"), QStringLiteral("Both"));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestTagPeers)

@@ -25,7 +25,7 @@ QByteArray written(const Result &r)
 
 plain::Id3Frame text(const QByteArray &id, const QString &s, int encoding = 3)
 {
-    return plain::id3Text(id, s, encoding);
+    return { id, 0, build::id3Text(s, encoding) };
 }
 
 QByteArray tagged(const QByteArray &id, const QString &s, int encoding = 3)
