@@ -27,29 +27,12 @@ ToolResult runWithoutOverride(const QStringList &args)
     if (::geteuid() != 0)
         return run(cli, args);
     return run(QStringLiteral("setpriv"),
-               QStringList { QStringLiteral("--bounding-set=-dac_override,-dac_read_search"), cli } + args);
+        QStringList { QStringLiteral("--bounding-set=-dac_override,-dac_read_search"), cli } + args);
 }
 
 QJsonObject jsonLine(const QByteArray &line)
 {
     return QJsonDocument::fromJson(line).object();
-}
-
-QStringList strings(const QJsonValue &array)
-{
-    QStringList out;
-    for (const QJsonValue &v : array.toArray())
-        out.append(v.toString());
-    return out;
-}
-
-QString peerTag(const QString &path, const char *name)
-{
-    const ToolResult r = run(QStringLiteral("ffprobe"),
-                             { QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
-                               QStringLiteral("format_tags=") + QLatin1StringView(name), QStringLiteral("-of"),
-                               QStringLiteral("default=nw=1:nk=1"), path });
-    return QString::fromUtf8(r.out).trimmed();
 }
 
 } // namespace
@@ -58,201 +41,135 @@ class TestCli : public QObject
 {
     Q_OBJECT
 
-    QString m_root;
     QString m_music;
 
-    // A song of the library fixture: its exact path, the path and URL the JSON
-    // gives for it, and the tags it was made with.
+    // A song of the fixture: its exact path, and the path and URL the JSON gives.
     struct Song
     {
         QString path;
         QString shown;
         QByteArray url;
-        QString artist;
     };
     QList<Song> m_songs;
 
-    Song song(const QByteArray &relative, const QString &shownRelative, const QByteArray &urlRelative,
-              const QString &artist = {})
+    Song song(const QByteArray &relative, const QString &shownRelative, const QByteArray &urlRelative)
     {
         return { fromBytes(localpath::toBytes(m_music) + '/' + relative), m_music + u'/' + shownRelative,
-                 QByteArray("file://") + QUrl::toPercentEncoding(m_music, "/") + '/' + urlRelative, artist };
+            QByteArray("file://") + QUrl::toPercentEncoding(m_music, "/") + '/' + urlRelative };
     }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_root = qEnvironmentVariable("TARNWELL_TEST_ROOT", QDir::tempPath());
-        m_music = m_root + QStringLiteral("/library");
+        m_music = qEnvironmentVariable("TARNWELL_TEST_ROOT", QDir::tempPath()) + QStringLiteral("/library");
         m_songs = {
-            song("Bj\xf6rk/caf\xe9.flac", u"Bj\uFFFDrk/caf\uFFFD.flac"_qs, "Bj%F6rk/caf%E9.flac", u"Nadia Lund"_qs),
-            song("Bj\xf6rk/\x93night\x94.mp3", u"Bj\uFFFDrk/\uFFFDnight\uFFFD.mp3"_qs, "Bj%F6rk/%93night%94.mp3",
-                 u"Nadia Lund"_qs),
+            song("Bj\xf6rk/caf\xe9.flac", u"Bj\uFFFDrk/caf\uFFFD.flac"_qs, "Bj%F6rk/caf%E9.flac"),
+            song("Bj\xf6rk/\x93night\x94.mp3", u"Bj\uFFFDrk/\uFFFDnight\uFFFD.mp3"_qs,
+                "Bj%F6rk/%93night%94.mp3"),
             song("na\xefve \xc3\xa9.wav", u"na\uFFFDve é.wav"_qs, "na%EFve%20%C3%A9.wav"),
         };
-        QVERIFY(testsupport::makeAudio(m_songs[0].path));
-        QCOMPARE(run(QStringLiteral("metaflac"),
-                     { QStringLiteral("--set-tag=ARTIST=Nadia Lund"), QStringLiteral("--set-tag=TITLE=Café"),
-                       m_songs[0].path })
-                     .exitCode,
-                 0);
-        QCOMPARE(run(QStringLiteral("ffmpeg"),
-                     { "-nostdin", "-v", "error", "-f", "lavfi", "-i", "sine=duration=1", "-metadata",
-                       "artist=Nadia Lund", "-metadata", "title=Night", "-c:a", "libmp3lame", m_songs[1].path })
-                     .exitCode,
-                 0);
-        QVERIFY(testsupport::makeAudio(m_songs[2].path));
+        for (const Song &s : std::as_const(m_songs))
+            QVERIFY(testsupport::makeAudio(s.path));
     }
 
-    // Each song is found, read, written, searched, grouped and played by the
-    // name the file system gave it.
+    // Each song is found, read, written, grouped and played by the name the
+    // file system gave it (search and grouping themselves: tst_browse_cli).
     void namesThatAreNotUtf8()
     {
-        ToolResult r = run(cli, { QStringLiteral("scan"), m_music });
+        ToolResult r = run(cli, { "scan", m_music });
         QCOMPARE(r.exitCode, 0);
-        QList<QByteArray> lines = r.out.split('\n');
-        QCOMPARE(lines.takeLast(), QByteArray());
+        QList<QByteArray> lines = r.out.trimmed().split('\n');
         std::sort(lines.begin(), lines.end());
-        QList<QByteArray> made;
-        for (const Song &s : std::as_const(m_songs))
-            made.append(localpath::toBytes(s.path));
-        std::sort(made.begin(), made.end());
-        QCOMPARE(lines, made);
+        for (const Song &s : std::as_const(m_songs)) // in byte order
+            QCOMPARE(lines.takeFirst(), localpath::toBytes(s.path));
 
+        // Written by path and by URL, read back by ourselves and by another tool.
+        r = run(cli, { "write", m_songs[0].path, QString::fromLatin1(m_songs[1].url), "--artist", "Lund" });
+        QVERIFY2(r.exitCode == 0, r.err.constData());
+        QCOMPARE(
+            run(QStringLiteral("metaflac"), { "--show-tag=ARTIST", m_songs[0].path }).out, "ARTIST=Lund\n");
         for (const Song &s : std::as_const(m_songs)) {
-            r = run(cli, { QStringLiteral("tags"), s.path });
+            r = run(cli, { "tags", s.path });
             QCOMPARE(r.exitCode, 0);
             const QJsonObject tags = jsonLine(r.out);
             QCOMPARE(tags.value(u"path").toString(), s.shown);
             QCOMPARE(tags.value(u"url").toString().toLatin1(), s.url);
-            QCOMPARE(tags.value(u"artist").toString(), s.artist);
-            QVERIFY(tags.value(u"duration").toDouble() > 0.9);
+            QCOMPARE(tags.value(u"artist").toString(), s.path.endsWith(u".wav") ? QString() : u"Lund"_qs);
             // The URL names the same file.
-            QCOMPARE(run(cli, { QStringLiteral("tags"), tags.value(u"url").toString() }).out, r.out);
+            QCOMPARE(run(cli, { "tags", tags.value(u"url").toString() }).out, r.out);
         }
 
-        // Written by path and by URL, read back by other tools.
-        r = run(cli, { QStringLiteral("write"), m_songs[0].path, QString::fromLatin1(m_songs[1].url),
-                       QStringLiteral("--album"), QStringLiteral("Harbour Songs") });
-        QVERIFY2(r.exitCode == 0, r.err.constData());
-        QCOMPARE(run(QStringLiteral("metaflac"), { QStringLiteral("--show-tag=ALBUM"), m_songs[0].path }).out,
-                 QByteArray("ALBUM=Harbour Songs\n"));
-        QCOMPARE(peerTag(m_songs[1].path, "album"), u"Harbour Songs"_qs);
-        QCOMPARE(peerTag(m_songs[1].path, "title"), u"Night"_qs);
-
-        r = run(cli, { QStringLiteral("search"), m_music, QStringLiteral("harbour") });
-        QCOMPARE(r.exitCode, 0);
-        const QJsonArray albums = jsonLine(r.out).value(u"albums").toArray();
-        QCOMPARE(albums.size(), 1);
-        QCOMPARE(albums[0].toObject().value(u"artist").toString(), u"Nadia Lund"_qs);
-        QCOMPARE(strings(albums[0].toObject().value(u"urls")).size(), 2);
-        r = run(cli, { QStringLiteral("search"), m_music, QStringLiteral("night") });
-        const QJsonArray tracks = jsonLine(r.out).value(u"tracks").toArray();
-        QCOMPARE(tracks.size(), 1);
-        QCOMPARE(tracks[0].toObject().value(u"name").toString(), u"\uFFFDnight\uFFFD"_qs);
-        QCOMPARE(tracks[0].toObject().value(u"artist").toString(), u"Nadia Lund"_qs);
-        QCOMPARE(tracks[0].toObject().value(u"url").toString().toLatin1(), m_songs[1].url);
-
-        r = run(cli, { QStringLiteral("artists"), m_music });
-        QCOMPARE(r.exitCode, 0);
-        const QJsonArray groups = QJsonDocument::fromJson(r.out).array();
+        const QJsonArray groups = QJsonDocument::fromJson(run(cli, { "artists", m_music }).out).array();
         QCOMPARE(groups.size(), 1);
-        QCOMPARE(groups[0].toObject().value(u"name").toString(), u"Nadia Lund"_qs);
-        QStringList urls = strings(groups[0].toObject().value(u"urls"));
-        std::sort(urls.begin(), urls.end());
-        QCOMPARE(urls, (QStringList { QString::fromLatin1(m_songs[1].url), QString::fromLatin1(m_songs[0].url) }));
-        QCOMPARE(strings(groups[0].toObject().value(u"tracks")).size(), 2);
+        QStringList urls = groups[0].toObject().value(u"urls").toVariant().toStringList();
+        urls.sort();
+        QCOMPARE(
+            urls, (QStringList { QString::fromLatin1(m_songs[1].url), QString::fromLatin1(m_songs[0].url) }));
 
-        r = run(cli, { QStringLiteral("play"), m_songs[2].path, m_songs[0].path });
+        r = run(cli, { "play", m_songs[2].path, m_songs[0].path });
         QVERIFY2(r.exitCode == 0, r.err.constData());
         const qsizetype first = r.out.indexOf("playing " + m_songs[2].shown.toUtf8() + '\n');
         QVERIFY2(first >= 0 && r.out.indexOf("playing " + m_songs[0].shown.toUtf8() + '\n', first) > first,
-                 r.out.constData());
+            r.out.constData());
     }
 
     void helpAndUsage_data()
     {
         QTest::addColumn<QStringList>("args");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<bool>("onStdout");
-        QTest::addColumn<QByteArray>("starts");
+        QTest::addColumn<int>("exitCode"); // 0: the text is on stdout, else on stderr
+        QTest::addColumn<QByteArray>("says");
+        const auto row = [](const char *what, const QStringList &args, int code, const QByteArray &says) {
+            QTest::newRow(what) << args << code << says;
+        };
         const QByteArray overview = "usage: tarnwell-cli COMMAND [ARGUMENT...]\n";
-        QTest::newRow("--help") << QStringList { "--help" } << 0 << true << overview;
-        QTest::newRow("-h") << QStringList { "-h" } << 0 << true << overview;
-        QTest::newRow("nothing") << QStringList {} << 2 << false << overview;
-        QTest::newRow("unknown command") << QStringList { "frob" } << 2 << false
-                                         << QByteArray("tarnwell-cli: unknown command 'frob'\n" + overview);
-        QTest::newRow("scan --help") << QStringList { "scan", "--help" } << 0 << true
-                                     << QByteArray("usage: tarnwell-cli scan DIR\n\nLists");
-        QTest::newRow("tags -h after files") << QStringList { "tags", "a.mp3", "-h" } << 0 << true
-                                             << QByteArray("usage: tarnwell-cli tags FILE...\n");
-        QTest::newRow("artwork -h") << QStringList { "artwork", "-h" } << 0 << true
-                                    << QByteArray("usage: tarnwell-cli artwork [--artist A]");
-        QTest::newRow("a title that reads --help") << QStringList { "write", "/none.mp3", "--title", "--help" } << 1
-                                                   << false
-                                                   << QByteArray("tarnwell-cli: /none.mp3: there is no such file\n");
-        QTest::newRow("--help after --") << QStringList { "tags", "--", "--help" } << 1 << false
-                                         << QByteArray("tarnwell-cli: ");
-        QTest::newRow("unknown option") << QStringList { "play", "--loud", "a.wav" } << 2 << false
-                                        << QByteArray("tarnwell-cli: play: unknown option '--loud'\n"
-                                                      "usage: tarnwell-cli play [--shuffle]");
-        QTest::newRow("flag with a value") << QStringList { "play", "--shuffle=yes", "a.wav" } << 2 << false
-                                           << QByteArray("tarnwell-cli: play: --shuffle takes no value\n");
-        QTest::newRow("value missing") << QStringList { "write", "a.mp3", "--album" } << 2 << false
-                                       << QByteArray("tarnwell-cli: write: --album needs a value\n");
-        QTest::newRow("two folders") << QStringList { "scan", "/", "/" } << 2 << false
-                                     << QByteArray("tarnwell-cli: scan: give one folder\n");
-        QTest::newRow("no query") << QStringList { "search", "/" } << 2 << false
-                                  << QByteArray("tarnwell-cli: search: give a folder and a query\n");
+        row("nothing", {}, 2, overview);
+        row("unknown command", { "frob" }, 2, "tarnwell-cli: unknown command 'frob'\n" + overview);
+        row("tags -h after files", { "tags", "a.mp3", "-h" }, 0, "usage: tarnwell-cli tags FILE...\n");
+        row("a title that reads --help", { "write", "/none.mp3", "--title", "--help" }, 1,
+            "/none.mp3: there");
+        row("--help after --", { "tags", "--", "--help" }, 1, "tarnwell-cli: ");
+        row("unknown option", { "play", "--loud", "a.wav" }, 2, "play: unknown option '--loud'\n");
+        row("flag with a value", { "play", "--shuffle=yes", "a.wav" }, 2, "play: --shuffle takes no value");
+        row("value missing", { "write", "a.mp3", "--album" }, 2, "write: --album needs a value\n");
     }
 
     void helpAndUsage()
     {
         QFETCH(QStringList, args);
-        QFETCH(bool, onStdout);
-        QFETCH(QByteArray, starts);
+        QFETCH(int, exitCode);
+        QFETCH(QByteArray, says);
         const ToolResult r = run(cli, args);
-        QTEST(r.exitCode, "exitCode");
-        QVERIFY2((onStdout ? r.out : r.err).startsWith(starts), (onStdout ? r.out : r.err).constData());
-        QVERIFY((onStdout ? r.err : r.out).isEmpty());
+        QCOMPARE(r.exitCode, exitCode);
+        QVERIFY2((exitCode == 0 ? r.out : r.err).contains(says), (r.out + r.err).constData());
+        QVERIFY((exitCode == 0 ? r.err : r.out).isEmpty());
     }
 
-    // What a command says of a path it can't use, on stderr, with exit 1.
+    // What a command says of a path it can't use, on stderr, with exit 1; only
+    // a folder passed over leaves the rest of the output.
     void pathProblems_data()
     {
         QTest::addColumn<QStringList>("args");
         QTest::addColumn<QString>("named");
         QTest::addColumn<QString>("says");
-        QTest::addColumn<bool>("printsOutput");
-        const QString dir = m_root + QStringLiteral("/problems");
+        const auto row = [](const char *what, const QStringList &args, const QString &named,
+                             const QString &says) { QTest::newRow(what) << args << named << says; };
+        const QString dir = m_music + QStringLiteral("-problems");
         const QString locked = dir + QStringLiteral("/locked");
         const QString song = testsupport::writeFile(dir, fromBytes("open/a\xe9.mp3"), "not audio");
         testsupport::writeFile(locked, QStringLiteral("hidden.mp3"));
         ::chmod(localpath::toBytes(locked).constData(), 0);
-        const QString open = dir + QStringLiteral("/open");
         const QString missing = dir + QStringLiteral("/missing");
-        const QString noFolder = QStringLiteral("there is no such folder");
+        const QString fifo = dir + QStringLiteral("/fifo.mp3");
+        ::mkfifo(localpath::toBytes(fifo).constData(), 0644);
         const QString unreadable = QStringLiteral("the folder cannot be read (Permission denied)");
-        QTest::newRow("scan of a missing folder") << QStringList { "scan", missing } << missing << noFolder << false;
-        QTest::newRow("scan of a file") << QStringList { "scan", song } << song
-                                        << u"it is a file, not a folder"_qs << false;
-        QTest::newRow("scan of an unreadable folder") << QStringList { "scan", locked } << locked << unreadable << false;
-        QTest::newRow("scan passing over one") << QStringList { "scan", dir } << locked
-                                               << unreadable + u"; its songs are left out"_qs << true;
-        QTest::newRow("search in a missing folder") << QStringList { "search", missing, "x" } << missing << noFolder
-                                                    << false;
-        QTest::newRow("artists passing over one") << QStringList { "artists", dir } << locked
-                                                  << unreadable + u"; its songs are left out"_qs << true;
-        QTest::newRow("tags of a folder") << QStringList { "tags", open } << open << u"it is a folder, not a file"_qs
-                                          << false;
-        QTest::newRow("tags of a missing file") << QStringList { "tags", missing } << missing
-                                                << u"there is no such file"_qs << false;
-        QTest::newRow("play of a folder") << QStringList { "play", open } << open << u"it is a folder, not a file"_qs
-                                          << false;
-        QTest::newRow("play of what isn't audio") << QStringList { "play", song } << song
-                                                  << u"the file cannot be played"_qs << false;
-        QTest::newRow("a URL of no file") << QStringList { "tags", "file:///none%E9.mp3" } << fromBytes("/none\xe9.mp3")
-                                          << u"there is no such file"_qs << false;
+        row("scan of a missing folder", { "scan", missing }, missing, "there is no such folder");
+        row("scan of a file", { "scan", song }, song, "it is a file, not a folder");
+        row("scan passing over one", { "scan", dir }, locked, unreadable + u"; its songs are left out"_qs);
+        row("tags of a FIFO", { "tags", fifo }, fifo, "it is not a regular file");
+        row("tags of a folder", { "tags", dir }, dir, "it is a folder, not a file");
+        row("play of what isn't audio", { "play", song }, song, "the file cannot be played");
+        row("a URL of no file", { "tags", "file:///none%E9.mp3" }, fromBytes("/none\xe9.mp3"),
+            "there is no such file");
     }
 
     void pathProblems()
@@ -260,12 +177,12 @@ private Q_SLOTS:
         QFETCH(QStringList, args);
         QFETCH(QString, named);
         QFETCH(QString, says);
-        QFETCH(bool, printsOutput);
         const ToolResult r = runWithoutOverride(args);
         QCOMPARE(r.exitCode, 1);
-        const QByteArray line = "tarnwell-cli: " + localpath::readable(named).toUtf8() + ": " + says.toUtf8() + '\n';
+        const QByteArray line
+            = "tarnwell-cli: " + localpath::readable(named).toUtf8() + ": " + says.toUtf8() + '\n';
         QVERIFY2(r.err.contains(line), r.err.constData());
-        QCOMPARE(!r.out.isEmpty(), printsOutput);
+        QCOMPARE(!r.out.isEmpty(), says.endsWith(u"left out"));
     }
 };
 

@@ -16,9 +16,8 @@
 #include "tags/VorbisComment.h"
 
 #include <QByteArrayView>
+#include <QFile>
 
-#include <cstddef>
-#include <cstdint>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -30,40 +29,27 @@ inline void require(bool ok)
         __builtin_trap();
 }
 
-inline QByteArrayView view(const uint8_t *data, size_t size)
-{
-    return QByteArrayView(reinterpret_cast<const char *>(data), qsizetype(size));
-}
-
 inline bool sameTags(const TrackMetadata &a, const TrackMetadata &b)
 {
     return a.title == b.title && a.artist == b.artist && a.album == b.album && a.genre == b.genre;
 }
 
 // The bytes as a file, for the readers that go to the disk.
-class MemoryFile
+struct MemoryFile
 {
-public:
+    const int fd = ::memfd_create("fuzz", MFD_CLOEXEC);
     explicit MemoryFile(QByteArrayView bytes)
-        : m_fd(::memfd_create("fuzz", MFD_CLOEXEC))
     {
-        for (qsizetype done = 0; m_fd >= 0 && done < bytes.size();) {
-            const ssize_t n = ::write(m_fd, bytes.data() + done, size_t(bytes.size() - done));
-            require(n > 0);
-            done += n;
-        }
+        QFile f;
+        require(f.open(fd, QIODevice::WriteOnly) && f.write(bytes.data(), bytes.size()) == bytes.size());
     }
-    ~MemoryFile() { ::close(m_fd); }
-    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(m_fd); }
-
-private:
-    int m_fd;
+    ~MemoryFile() { ::close(fd); }
+    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(fd); }
 };
 
 // The head walk over the whole file and the seeking file walk must agree.
-inline void flacWalk(const uint8_t *data, size_t size)
+inline void flacWalk(QByteArrayView bytes)
 {
-    const QByteArrayView bytes = view(data, size);
     require(sameTags(parseFLACMetadata(bytes), flac::parseFile(bytes).metadata));
     (void)flac::pictureData(bytes);
     (void)flac::streamInfoDuration(bytes);
@@ -73,50 +59,38 @@ inline void flacWalk(const uint8_t *data, size_t size)
 // The disk reader, whose window is smaller than many blocks, against the walk
 // in memory: the first byte picks the block boundary where a padding block of
 // 64 KiB and more (the next two bytes) goes in; the rest is the file.
-inline void flacDiskReader(const uint8_t *data, size_t size)
+inline void flacDiskReader(QByteArrayView in)
 {
-    if (size < 3)
+    if (in.size() < 3)
         return;
-    const QByteArrayView file = view(data + 3, size - 3);
-    const quint32 big = 65536 + ((quint32(data[1]) << 8) | data[2]) * 16;
+    const QByteArrayView file = in.sliced(3);
+    const quint32 big = 65536 + ((quint8(in[1]) << 8) | quint8(in[2])) * 16;
     qsizetype pos = 4;
-    for (int block = 0; block < data[0] % 8 && file.size() - pos >= 4 && !(quint8(file[pos]) & 0x80);
+    for (int block = 0; block < quint8(in[0]) % 8 && file.size() - pos >= 4 && !(quint8(file[pos]) & 0x80);
          ++block) {
         const qsizetype length
-            = (qsizetype(quint8(file[pos + 1])) << 16) | (quint8(file[pos + 2]) << 8) | quint8(file[pos + 3]);
+            = (quint8(file[pos + 1]) << 16) | (quint8(file[pos + 2]) << 8) | quint8(file[pos + 3]);
         if (length > file.size() - pos - 4)
             break;
         pos += 4 + length;
     }
     pos = std::min(pos, file.size());
-    const QByteArray padding = QByteArray(1, '\x01') + char(big >> 16) + char(big >> 8) + char(big)
-        + QByteArray(qsizetype(big), '\0');
+    const QByteArray padding
+        = "\x01" + QByteArray(1, char(big >> 16)) + char(big >> 8) + char(big) + QByteArray(big, '\0');
     const QByteArray grown = file.startsWith("fLaC")
         ? file.first(pos).toByteArray() + padding + file.sliced(pos).toByteArray()
         : file.toByteArray();
     const MemoryFile onDisk(grown);
     const flac::FileInfo read = flac::readFile(onDisk.path());
-    const flac::FileInfo walked = flac::parseFile(grown);
-    require(sameTags(read.metadata, parseFLACMetadata(grown)) && read.duration == walked.duration);
+    require(sameTags(read.metadata, parseFLACMetadata(grown))
+        && read.duration == flac::parseFile(grown).duration);
     (void)flac::readPicture(onDisk.path());
-}
-
-inline void vorbisComment(const uint8_t *data, size_t size)
-{
-    (void)parseVorbisComment(view(data, size));
-    (void)vorbis::splitComment(view(data, size));
-}
-
-inline void caf(const uint8_t *data, size_t size)
-{
-    (void)caf::parse(view(data, size));
 }
 
 // Our ID3v2 parser, the ID3v1 fallback, pictures and genre lists, from
 // memory and from the disk alike; an ID3v1 tag survives a round trip.
-inline void id3Reader(const uint8_t *data, size_t size)
+inline void id3Reader(QByteArrayView file)
 {
-    const QByteArrayView file = view(data, size);
     const QList<container::Item> items = mpeg::tagItems(file, MetadataWriter::stripID3v2(file), true);
     const MemoryFile onDisk(file);
     const QList<container::Item> read
@@ -124,25 +98,26 @@ inline void id3Reader(const uint8_t *data, size_t size)
     require(sameTags(container::metadataFromItems(items), container::metadataFromItems(read)));
     require(container::artworkFromItems(items) == container::artworkFromItems(read));
     if (const auto v1 = id3v1::parse(file)) {
-        const auto again = id3v1::parse(id3v1::serialize(*v1));
-        require(again && again->title == v1->title && again->artist == v1->artist && again->album == v1->album
-            && again->comment == v1->comment && again->track == v1->track && again->genre == v1->genre);
+        const QByteArray bytes = id3v1::serialize(*v1);
+        const auto again = id3v1::parse(bytes);
+        require(again && id3v1::serialize(*again) == bytes);
     }
 }
 
-// The first byte chooses what happens to each field (two bits each) and, in
-// the savePlan target, the file's extension; the rest is the file.
+// The writers' targets: the first byte chooses what happens to each field
+// (two bits each); the rest is the file.
+template<void (*body)(uint8_t, QByteArrayView)> void withChoice(QByteArrayView in)
+{
+    if (!in.isEmpty())
+        body(quint8(in[0]), in.sliced(1));
+}
+
 inline TagEdit editFrom(uint8_t choice)
 {
     const auto field = [](int bits, const char *value) {
-        switch (bits & 3) {
-        case 0:
-            return FieldEdit::keep();
-        case 1:
-            return FieldEdit::remove();
-        default:
-            return FieldEdit::set(QString::fromUtf8(value));
-        }
+        return (bits & 3) == 0 ? FieldEdit::keep()
+            : (bits & 3) == 1  ? FieldEdit::remove()
+                               : FieldEdit::set(QString::fromUtf8(value));
     };
     return { field(choice, "Tïtle"), field(choice >> 2, "Ärtist"), field(choice >> 4, "Album=x") };
 }
@@ -186,53 +161,12 @@ inline bool sameFrames(const QList<id3::Frame> &a, const QList<id3::Frame> &b)
     });
 }
 
-inline void flacWriter(const uint8_t *data, size_t size)
-{
-    if (size < 1)
-        return;
-    const TagEdit edit = editFrom(data[0]);
-    const QByteArrayView file = view(data + 1, size - 1);
-    const MetadataWriter::Result r = MetadataWriter::writeFLACTags(file, edit);
-    if (!r)
-        return;
-    // The new comment block is the only one and ends the metadata: the reader
-    // finds it and the fields set come back as written.
-    require(readsAsEdited(edit, parseFLACMetadata(file), parseFLACMetadata(*r.data)));
-    // Writing the output again with the same edit changes nothing more.
-    const MetadataWriter::Result again = MetadataWriter::writeFLACTags(*r.data, edit);
-    require(again && *again.data == *r.data);
-}
-
-inline void id3Writer(const uint8_t *data, size_t size)
-{
-    if (size < 1)
-        return;
-    const TagEdit edit = editFrom(data[0]);
-    const QByteArrayView file = view(data + 1, size - 1);
-    const MetadataWriter::Result r = MetadataWriter::writeID3Tags(file, edit);
-    if (!r || *r.data == file)
-        return;
-    // The audio between the tags is untouched, every other frame is carried
-    // over in order, and the tags read back as edited.
-    require(mpegAudio(*r.data) == mpegAudio(file));
-    const QList<id3::Frame> before = otherFrames(file);
-    require(
-        sameFrames(before, otherFrames(*r.data).first(std::min(before.size(), otherFrames(*r.data).size()))));
-    require(readsAsEdited(edit, mpegTags(file), mpegTags(*r.data)));
-}
-
 // The whole decision of a save: any input is refused, or gives contents whose
-// audio and other blocks or frames are the old ones, which read back as
-// edited, and which a second save with the same edit leaves alone.
-inline void savePlan(const uint8_t *data, size_t size)
+// audio and other blocks or frames are the old ones in order, which read back
+// as edited, and which a second save with the same edit leaves alone.
+inline void planWith(const QString &suffix, uint8_t choice, QByteArrayView file)
 {
-    if (size < 1)
-        return;
-    static const QString suffixes[]
-        = { QStringLiteral("flac"), QStringLiteral("mp3"), QStringLiteral("m4a"), QStringLiteral("wav") };
-    const TagEdit edit = editFrom(data[0]);
-    const QString &suffix = suffixes[data[0] >> 6];
-    const QByteArrayView file = view(data + 1, size - 1);
+    const TagEdit edit = editFrom(choice);
     const SavePlan plan = planSave(file, suffix, edit);
     if (plan.action == SavePlan::Action::container)
         require(container::audioPayload(audioformat::fromSuffix(suffix), file).has_value());
@@ -256,14 +190,21 @@ inline void savePlan(const uint8_t *data, size_t size)
     require(planSave(out, suffix, edit).action == SavePlan::Action::nothing);
 }
 
+inline const QString suffixes[]
+    = { QStringLiteral("flac"), QStringLiteral("mp3"), QStringLiteral("m4a"), QStringLiteral("wav") };
+
+// One kind of file, or in savePlan bits 6-7 of the first byte pick it.
+template<int suffix> void planFor(uint8_t choice, QByteArrayView file)
+{
+    planWith(suffixes[suffix < 0 ? choice >> 6 : suffix], choice, file);
+}
+
 // Whether RIFF chunks or MP4 boxes end exactly where the file does, so that
 // one more can be appended without landing inside another.
 inline bool endsOnBoundary(audioformat::Kind kind, QByteArrayView file)
 {
     const bool mp4 = kind == audioformat::Kind::mp4;
     qsizetype pos = mp4 ? 0 : 12;
-    if (file.size() < pos)
-        return false;
     while (file.size() - pos >= 8) {
         quint64 length = 0;
         for (int i = 0; i < 4; ++i) {
@@ -282,47 +223,34 @@ inline bool endsOnBoundary(audioformat::Kind kind, QByteArrayView file)
 
 // The audio payload that tells whether TagLib kept the audio of WAV, AIFF and
 // MP4 files: never larger than the file, and not moved by a chunk appended.
-inline void containerPayload(const uint8_t *data, size_t size)
+inline void containerPayload(uint8_t choice, QByteArrayView file)
 {
-    if (size < 1)
-        return;
     const audioformat::Kind kinds[]
         = { audioformat::Kind::wave, audioformat::Kind::aiff, audioformat::Kind::mp4 };
-    const audioformat::Kind kind = kinds[data[0] % 3];
-    const QByteArrayView file = view(data + 1, size - 1);
+    const audioformat::Kind kind = kinds[choice % 3];
     const auto payload = container::audioPayload(kind, file);
     require(!payload || (!payload->isEmpty() && payload->size() <= file.size()));
     if (!endsOnBoundary(kind, file))
         return;
-    const QByteArray chunk = kind == audioformat::Kind::mp4 ? QByteArray("\0\0\0\x10"
-                                                                         "free12345678",
-                                 16)
-        : kind == audioformat::Kind::wave                   ? QByteArray("JUNK\x08\0\0\0"
-                                                                                           "12345678",
-                                16)
-                                                            : QByteArray("JUNK\0\0\0\x08"
-                                                                                           "12345678",
-                                                                16);
-    require(container::audioPayload(kind, file.toByteArray() + chunk) == payload);
+    // An eight-byte chunk or box of filler, its length in the container's byte order.
+    const QByteArray chunk = kind == audioformat::Kind::mp4
+        ? QByteArray::fromHex("00000010") + "free"
+        : "JUNK" + QByteArray::fromHex(kind == audioformat::Kind::wave ? "08000000" : "00000008");
+    require(container::audioPayload(kind, file.toByteArray() + chunk + "12345678") == payload);
 }
 
 struct Target
 {
     const char *name;
-    void (*run)(const uint8_t *, size_t);
+    void (*run)(QByteArrayView);
 };
 
 // Every target by the name of its folder of seeds and regression inputs.
-inline constexpr Target targets[] = {
-    { "flac_walk", flacWalk },
-    { "flac_disk_reader", flacDiskReader },
-    { "vorbis_comment", vorbisComment },
-    { "caf", caf },
-    { "id3_reader", id3Reader },
-    { "flac_writer", flacWriter },
-    { "id3_writer", id3Writer },
-    { "save_plan", savePlan },
-    { "container_payload", containerPayload },
-};
+inline constexpr Target targets[] = { { "flac_walk", flacWalk }, { "flac_disk_reader", flacDiskReader },
+    { "vorbis_comment",
+        [](QByteArrayView b) { (void)parseVorbisComment(b), (void)vorbis::splitComment(b); } },
+    { "caf", [](QByteArrayView b) { (void)caf::parse(b); } }, { "id3_reader", id3Reader },
+    { "flac_writer", withChoice<planFor<0>> }, { "id3_writer", withChoice<planFor<1>> },
+    { "save_plan", withChoice<planFor<-1>> }, { "container_payload", withChoice<containerPayload> } };
 
 } // namespace fuzz

@@ -5,8 +5,6 @@
 #include <QRandomGenerator>
 #include <QTest>
 
-#include <algorithm>
-
 // The fast name order must be the collator's order, to the letter.
 class TestNameOrder : public QObject
 {
@@ -14,19 +12,15 @@ class TestNameOrder : public QObject
 
     static QStringList sample()
     {
-        QStringList names{QStringLiteral("a"), QStringLiteral("A"), QStringLiteral("ab"), QStringLiteral("aB"),
-                          QStringLiteral("Ab"), QStringLiteral("AB"), QStringLiteral("a b"), QStringLiteral("a-b"),
-                          QStringLiteral("a_b"), QStringLiteral("a.b"), QStringLiteral("a.mp3"), QStringLiteral("A.flac"),
-                          QStringLiteral("10 x.mp3"), QStringLiteral("9 x.mp3"), QStringLiteral("(x)"), QStringLiteral("[x]"),
-                          QStringLiteral("éclair"), QStringLiteral("Éclair"), QStringLiteral("eclair"), QStringLiteral("Ωmega"),
-                          QStringLiteral("ß"), QStringLiteral("ss"), QStringLiteral("日本"), QStringLiteral("~"), QStringLiteral("")};
+        // Beside the random names, what their alphabet lacks.
+        QStringList names = QStringLiteral("Ωmega ß ss 日本 eclair Éclair 9.mp3 10.mp3 .flac").split(u' ')
+            << QString();
         // Random names over the printable range, biased to letters and a few symbols.
         const QString alphabet = QStringLiteral("aAbBzZ09 -_.,'!&()[]~@#+=éÉü");
         QRandomGenerator rng(42);
         for (int i = 0; i < 3000; ++i) {
             QString s;
-            const int len = 1 + rng.bounded(6);
-            for (int j = 0; j < len; ++j)
+            for (int j = rng.bounded(6); j >= 0; --j)
                 s += alphabet.at(rng.bounded(int(alphabet.size())));
             names.append(s);
         }
@@ -43,7 +37,6 @@ private Q_SLOTS:
         QTest::newRow("C falls back to English") << "C" << true;
         QTest::newRow("en_US") << "en_US" << true;
         QTest::newRow("de_DE") << "de_DE" << true;
-        QTest::newRow("fr_FR") << "fr_FR" << true;
         QTest::newRow("da_DK: aa is a letter of its own") << "da_DK" << false;
         QTest::newRow("cs_CZ: ch is a letter of its own") << "cs_CZ" << false;
     }
@@ -62,12 +55,11 @@ private Q_SLOTS:
         for (const QString &n : names)
             keys.push_back(order.key(n));
         for (qsizetype i = 0; i + 1 < names.size(); ++i) {
-            for (qsizetype j : {i + 1, (i * 7919) % names.size()}) {
-                const int expected = collator.compare(names[i], names[j]);
-                const int actual = order.compare(keys[size_t(i)], keys[size_t(j)]);
-                if ((expected < 0) != (actual < 0) || (expected > 0) != (actual > 0))
-                    QFAIL(qPrintable(QStringLiteral("'%1' vs '%2': collator %3, fast order %4")
-                                         .arg(names[i], names[j]).arg(expected).arg(actual)));
+            for (qsizetype j : { i + 1, (i * 7919) % names.size() }) {
+                const auto sign = [](int v) { return (v > 0) - (v < 0); };
+                QVERIFY2(sign(collator.compare(names[i], names[j]))
+                        == sign(order.compare(keys[size_t(i)], keys[size_t(j)])),
+                    qPrintable(names[i] + QStringLiteral(" vs ") + names[j]));
             }
         }
         QLocale::setDefault(QLocale::c());

@@ -29,16 +29,13 @@ bool shouldFail(Step step)
     }
     if (action)
         action();
+    // Counts down to 1, the call that fails; 0 stays 0.
     int n = countdown[step].load();
-    while (n > 0) {
-        if (countdown[step].compare_exchange_weak(n, n - 1)) {
-            if (n != 1)
-                return false;
-            errno = errors[step].load();
-            return true;
-        }
-    }
-    return false;
+    while (n > 0 && !countdown[step].compare_exchange_weak(n, n - 1)) { }
+    if (n != 1)
+        return false;
+    errno = errors[step].load();
+    return true;
 }
 } // namespace
 
@@ -85,13 +82,10 @@ int __real_rename(const char *from, const char *to);
 
 int __wrap_open(const char *path, int flags, ...)
 {
-    int mode = 0;
-    if ((flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE) {
-        va_list args;
-        va_start(args, flags);
-        mode = va_arg(args, int);
-        va_end(args);
-    }
+    va_list args;
+    va_start(args, flags);
+    const int mode = (flags & O_CREAT) || (flags & O_TMPFILE) == O_TMPFILE ? va_arg(args, int) : 0;
+    va_end(args);
     if ((flags & O_TMPFILE) == O_TMPFILE && shouldFail(createTemporary))
         return -1;
     return __real_open(path, flags, mode);

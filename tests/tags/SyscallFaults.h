@@ -6,11 +6,8 @@
 #include <functional>
 
 // Failures the tests inject into the system calls of tag saving, where root
-// ignores permissions or no small file system can be mounted. A test that links
-// tarnwell_tag_faults has open, mkostemps, read, write, fsync, syncfs and rename
-// wrapped by the linker; the program links none of this. Each step counts down
-// on its calls and fails the one where the count reaches 1 with the given
-// errno; 0 means never.
+// ignores permissions or no small file system can be mounted: a test linking
+// tarnwell_tag_faults has them wrapped by the linker (see CMakeLists.txt).
 namespace tagio::faults {
 
 enum Step {
@@ -22,6 +19,7 @@ enum Step {
     stepCount
 };
 
+// The nth call of the step fails with err; 0 means never.
 void inject(Step step, int nthCall, int err);
 // Runs the action at the next call of the step, before the call: another
 // program's doing at a chosen moment of a save.

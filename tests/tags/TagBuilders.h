@@ -14,28 +14,26 @@
 
 namespace build {
 
+// n bytes of v, most significant first unless littleEndian, `bits` bits a byte.
+inline QByteArray number(quint64 v, int n, bool littleEndian = false, int bits = 8)
+{
+    QByteArray b(n, '\0');
+    for (int i = 0; i < n; ++i)
+        b[littleEndian ? i : n - 1 - i] = char((v >> (bits * i)) & ((1u << bits) - 1));
+    return b;
+}
+
 inline QByteArray le32(quint32 v)
 {
-    QByteArray b(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        b[i] = char(v >> (8 * i));
-    return b;
+    return number(v, 4, true);
 }
-
 inline QByteArray be32(quint32 v)
 {
-    QByteArray b(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        b[i] = char(v >> (8 * (3 - i)));
-    return b;
+    return number(v, 4);
 }
-
 inline QByteArray synchsafe(quint32 v)
 {
-    QByteArray b(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        b[i] = char((v >> (7 * (3 - i))) & 0x7F);
-    return b;
+    return number(v, 4, false, 7);
 }
 
 // A VORBIS_COMMENT body; count overrides the number of comments announced.
@@ -75,33 +73,18 @@ inline QByteArray flacFile(
 {
     QByteArray f("fLaC");
     for (qsizetype i = 0; i < blocks.size(); ++i) {
-        const Block &b = blocks[i];
-        const quint32 len = b.length.value_or(quint32(b.body.size()));
         const bool last = lastFlag && i == blocks.size() - 1;
-        f += char(b.type | (last ? 0x80 : 0));
-        f += char(len >> 16);
-        f += char(len >> 8);
-        f += char(len);
-        f += b.body;
+        f += char(blocks[i].type | (last ? 0x80 : 0))
+            + number(blocks[i].length.value_or(quint32(blocks[i].body.size())), 3) + blocks[i].body;
     }
     return f + audio;
 }
 
-// STREAMINFO for 44.1 kHz stereo 16-bit with the given number of samples.
+// STREAMINFO: block sizes 4096, stereo 16-bit, the given rate and number of samples.
 inline QByteArray streamInfo(quint64 samples = 44100, quint32 rate = 44100)
 {
-    QByteArray b(34, '\0');
-    b[0] = 0x10;
-    b[2] = 0x10; // block sizes 4096
-    b[10] = char(rate >> 12);
-    b[11] = char(rate >> 4);
-    b[12] = char(((rate & 0x0F) << 4) | (1 << 1) | 0); // 2 channels, 16 bits (upper bit)
-    b[13] = char((15 << 4) | ((samples >> 32) & 0x0F));
-    b[14] = char(samples >> 24);
-    b[15] = char(samples >> 16);
-    b[16] = char(samples >> 8);
-    b[17] = char(samples);
-    return b;
+    const quint64 packed = quint64(rate) << 44 | quint64(1) << 41 | quint64(15) << 36 | samples;
+    return QByteArray("\x10\x00\x10\x00", 4) + QByteArray(6, '\0') + number(packed, 8) + QByteArray(16, '\0');
 }
 
 inline QByteArray pictureBody(const QByteArray &data, const QByteArray &mime = "image/png", quint32 type = 3)
@@ -113,27 +96,19 @@ inline QByteArray pictureBody(const QByteArray &data, const QByteArray &mime = "
 // One ID3v2 frame of the given major version (2, 3 or 4).
 inline QByteArray id3Frame(int version, const QByteArray &id, const QByteArray &body, quint16 flags = 0)
 {
-    if (version == 2) {
-        const quint32 n = quint32(body.size());
-        return id + char(n >> 16) + char(n >> 8) + char(n) + body;
-    }
-    const QByteArray size = version == 4 ? synchsafe(quint32(body.size())) : be32(quint32(body.size()));
-    return id + size + char(flags >> 8) + char(flags) + body;
+    if (version == 2)
+        return id + number(quint32(body.size()), 3) + body;
+    const quint32 n = quint32(body.size());
+    return id + (version == 4 ? synchsafe(n) : be32(n)) + number(flags, 2) + body;
 }
 
 // An ID3v2 text frame body in the given encoding (0 Latin-1, 1 UTF-16 with BOM, 3 UTF-8).
 inline QByteArray id3Text(const QString &text, int encoding = 3)
 {
-    QByteArray b(1, char(encoding));
-    if (encoding == 0)
-        b += text.toLatin1();
-    else if (encoding == 1) {
-        b += "\xFF\xFE";
-        for (QChar c : text)
-            b += char(c.unicode() & 0xFF), b += char(c.unicode() >> 8);
-    } else
-        b += text.toUtf8();
-    return b;
+    if (encoding == 1)
+        return QByteArray("\x01\xFF\xFE", 3)
+            + QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
+    return char(encoding) + (encoding == 0 ? text.toLatin1() : text.toUtf8());
 }
 
 inline QByteArray id3Tag(int version, const QByteArray &frames, quint8 flags = 0, int padding = 0)
@@ -164,11 +139,11 @@ inline QByteArray id3v1(const QByteArray &title, const QByteArray &artist, const
 
 namespace plain {
 
-inline quint32 be(const QByteArray &b, qsizetype at, int n)
+inline quint32 be(const QByteArray &b, qsizetype at, int n, bool littleEndian = false)
 {
     quint32 v = 0;
     for (int i = 0; i < n; ++i)
-        v = (v << 8) | quint8(b[at + i]);
+        v = (v << 8) | quint8(b[at + (littleEndian ? n - 1 - i : i)]);
     return v;
 }
 
@@ -184,14 +159,10 @@ struct FlacBlock
 inline QList<FlacBlock> flacBlocks(const QByteArray &file)
 {
     QList<FlacBlock> blocks;
-    qsizetype pos = 4;
-    while (pos + 4 <= file.size()) {
-        const quint8 h = quint8(file[pos]);
+    for (qsizetype pos = 4; pos + 4 <= file.size() && (blocks.isEmpty() || !blocks.last().last);) {
         const qsizetype len = be(file, pos + 1, 3);
-        blocks.append({ h & 0x7F, bool(h & 0x80), file.mid(pos + 4, len) });
+        blocks.append({ file[pos] & 0x7F, bool(file[pos] & 0x80), file.mid(pos + 4, len) });
         pos += 4 + len;
-        if (h & 0x80)
-            break;
     }
     return blocks;
 }
@@ -199,19 +170,16 @@ inline QList<FlacBlock> flacBlocks(const QByteArray &file)
 // The comments of a VORBIS_COMMENT body, and its vendor.
 inline QList<QByteArray> comments(const QByteArray &body, QByteArray *vendor = nullptr)
 {
-    const auto u32 = [&](qsizetype at) {
-        return quint32(quint8(body[at])) | quint32(quint8(body[at + 1])) << 8
-            | quint32(quint8(body[at + 2])) << 16 | quint32(quint8(body[at + 3])) << 24;
-    };
-    qsizetype pos = 4 + u32(0);
+    qsizetype pos = 4 + be(body, 0, 4, true);
     if (vendor)
         *vendor = body.mid(4, pos - 4);
-    const quint32 n = u32(pos);
-    pos += 4;
     QList<QByteArray> out;
+    const quint32 n = be(body, pos, 4, true);
+    pos += 4;
     for (quint32 i = 0; i < n; ++i) {
-        out.append(body.mid(pos + 4, u32(pos)));
-        pos += 4 + u32(pos);
+        const qsizetype length = be(body, pos, 4, true);
+        out.append(body.mid(pos + 4, length));
+        pos += 4 + length;
     }
     return out;
 }
@@ -224,40 +192,23 @@ struct Id3Frame
     bool operator==(const Id3Frame &) const = default;
 };
 
-// For QCOMPARE's messages.
-inline char *toString(const Id3Frame &f)
-{
-    return qstrdup(f.id + " " + QByteArray::number(f.flags, 16) + " " + f.body.toHex(' '));
-}
-
 // The frames of an ID3v2.3 tag without flags, sizes plain, filling the tag;
 // `rest` gets what follows the tag.
-inline QList<Id3Frame> id3Frames(const QByteArray &file, QByteArray *rest = nullptr)
+inline QList<Id3Frame> id3Frames(const QByteArray &file, QByteArray *rest)
 {
-    if (!file.startsWith("ID3\x03\x00\x00")) {
-        if (rest)
-            *rest = file;
-        return {};
-    }
-    const qsizetype size
-        = (quint8(file[6]) << 21) | (quint8(file[7]) << 14) | (quint8(file[8]) << 7) | quint8(file[9]);
     QList<Id3Frame> frames;
-    qsizetype pos = 10;
-    while (pos < 10 + size) {
-        frames.append(
-            { file.mid(pos, 4), quint16(be(file, pos + 8, 2)), file.mid(pos + 10, be(file, pos + 4, 4)) });
-        pos += 10 + be(file, pos + 4, 4);
+    qsizetype pos = 0;
+    if (file.startsWith("ID3\x03")) {
+        const qsizetype end = 10
+            + ((quint8(file[6]) << 21) | (quint8(file[7]) << 14) | (quint8(file[8]) << 7) | quint8(file[9]));
+        for (pos = 10; pos < end; pos += 10 + be(file, pos + 4, 4))
+            frames.append({ file.mid(pos, 4), quint16(be(file, pos + 8, 2)),
+                file.mid(pos + 10, be(file, pos + 4, 4)) });
+        if (pos != end)
+            qWarning() << "frames overrun the tag";
     }
-    if (pos != 10 + size)
-        qWarning() << "frames overrun the tag";
-    if (rest)
-        *rest = file.mid(pos);
+    *rest = file.mid(pos);
     return frames;
-}
-
-inline Id3Frame id3Text(const QByteArray &id, const QString &s, int encoding = 3)
-{
-    return { id, 0, build::id3Text(s, encoding) };
 }
 
 } // namespace plain

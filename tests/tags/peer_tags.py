@@ -14,35 +14,22 @@ from mutagen.id3 import APIC, COMM, ID3, TALB, TCON, TDRC, TIT2, TPE1, TRCK, TXX
 from mutagen.mp4 import MP4, MP4Cover
 
 
-def md5(data):
-    return hashlib.md5(data).hexdigest()
-
-
 def read(path):
     f = mutagen.File(path)
-    out = {}
-    tags = f.tags if f is not None else None
+    tags, out, md5 = f.tags if f is not None else None, {}, lambda data: hashlib.md5(data).hexdigest()
     if isinstance(tags, ID3):
         for key, fid in (("title", "TIT2"), ("artist", "TPE1"), ("album", "TALB")):
-            frames = tags.getall(fid)
-            if frames and frames[-1].text:
-                out[key] = "/".join(str(t) for t in frames[-1].text)
-        tcon = tags.getall("TCON")
-        if tcon and tcon[0].genres:
-            out["genre"] = tcon[0].genres[0]
-        out["pictures"] = [md5(p.data) for p in tags.getall("APIC")]
-        out["frames"] = sorted({k[:4] for k in tags.keys()})
+            if tags.getall(fid) and tags.getall(fid)[-1].text:
+                out[key] = "/".join(str(t) for t in tags.getall(fid)[-1].text)
+        if tags.getall("TCON") and tags.getall("TCON")[0].genres:
+            out["genre"] = tags.getall("TCON")[0].genres[0]
+        out["pictures"], out["frames"] = [md5(p.data) for p in tags.getall("APIC")], sorted({k[:4] for k in tags.keys()})
     elif isinstance(f, MP4) and tags is not None:
-        for key, atom in (("title", "\xa9nam"), ("artist", "\xa9ART"), ("album", "\xa9alb"), ("genre", "\xa9gen")):
-            if atom in tags:
-                out[key] = tags[atom][0]
-        out["pictures"] = [md5(bytes(c)) for c in tags.get("covr", [])]
-        out["frames"] = sorted(tags.keys())
+        out = {key: tags[atom][0] for key, atom in (("title", "\xa9nam"), ("artist", "\xa9ART"), ("album", "\xa9alb"),
+                                                   ("genre", "\xa9gen")) if atom in tags}
+        out["pictures"], out["frames"] = [md5(bytes(c)) for c in tags.get("covr", [])], sorted(tags.keys())
     elif tags is not None:  # Vorbis comments: the last of a key wins, as in our reader
-        for key in ("title", "artist", "album", "genre"):
-            values = tags.get(key)
-            if values:
-                out[key] = values[-1]
+        out = {key: tags.get(key)[-1] for key in ("title", "artist", "album", "genre") if tags.get(key)}
         out["pictures"] = [md5(p.data) for p in getattr(f, "pictures", [])]
         out["frames"] = sorted({k.upper() for k, _ in tags})
     print(json.dumps(out))
@@ -50,38 +37,23 @@ def read(path):
 
 def tag_id3(path, version, cover):
     tags = ID3()
-    tags.add(TIT2(encoding=3, text="Tïtle ID3"))
-    tags.add(TPE1(encoding=1, text="Ärtist"))
-    tags.add(TALB(encoding=0, text="Album"))
-    tags.add(TCON(encoding=3, text="Jazz"))
-    tags.add(TRCK(encoding=3, text="3/12"))
-    tags.add(TDRC(encoding=3, text="2001-02-03"))
-    tags.add(COMM(encoding=3, lang="eng", desc="", text="a comment"))
-    tags.add(TXXX(encoding=3, desc="MOOD", text="calm"))
-    tags.add(APIC(encoding=3, mime="image/png", type=3, desc="cover", data=open(cover, "rb").read()))
+    for frame in (TIT2(encoding=3, text="Tïtle ID3"), TPE1(encoding=1, text="Ärtist"), TALB(encoding=0, text="Album"),
+                  TCON(encoding=3, text="Jazz"), TRCK(encoding=3, text="3/12"), TDRC(encoding=3, text="2001-02-03"),
+                  COMM(encoding=3, lang="eng", desc="", text="a comment"), TXXX(encoding=3, desc="MOOD", text="calm"),
+                  APIC(encoding=3, mime="image/png", type=3, desc="cover", data=open(cover, "rb").read())):
+        tags.add(frame)
     tags.save(path, v2_version=version)
 
 
 def tag_m4a(path, cover):
     f = MP4(path)
-    f["\xa9nam"] = "Tïtle MP4"
-    f["\xa9ART"] = "Ärtist"
-    f["\xa9alb"] = "Album"
-    f["\xa9gen"] = "Soul"
-    f["trkn"] = [(3, 12)]
-    f["covr"] = [MP4Cover(open(cover, "rb").read(), imageformat=MP4Cover.FORMAT_PNG)]
+    f.update({"\xa9nam": "Tïtle MP4", "\xa9ART": "Ärtist", "\xa9alb": "Album", "\xa9gen": "Soul", "trkn": [(3, 12)],
+              "covr": [MP4Cover(open(cover, "rb").read(), imageformat=MP4Cover.FORMAT_PNG)]})
     f.save()
 
 
 if __name__ == "__main__":
-    command = sys.argv[1]
-    if command == "read":
-        read(sys.argv[2])
-    elif command == "tag-id3":
-        tag_id3(sys.argv[2], int(sys.argv[3]), sys.argv[4])
-    elif command == "tag-m4a":
-        tag_m4a(sys.argv[2], sys.argv[3])
-    elif command == "strip-id3v2":
-        delete(sys.argv[2], delete_v1=False, delete_v2=True)
-    else:
-        sys.exit("unknown command " + command)
+    commands = {"read": lambda a: read(a[0]), "tag-id3": lambda a: tag_id3(a[0], int(a[1]), a[2]),
+                "tag-m4a": lambda a: tag_m4a(a[0], a[1]),
+                "strip-id3v2": lambda a: delete(a[0], delete_v1=False, delete_v2=True)}
+    commands[sys.argv[1]](sys.argv[2:])

@@ -9,9 +9,10 @@
 
 using namespace MetadataWriter;
 using build::id3Frame;
-using build::id3Text;
+using build::id3Tag;
 using Frames = QList<plain::Id3Frame>;
-using plain::id3Text;
+using Comments = QList<QByteArray>;
+Q_DECLARE_METATYPE(Frames)
 
 namespace {
 
@@ -22,21 +23,24 @@ QByteArray written(const Result &r)
     return r.data.value_or(QByteArray());
 }
 
-QByteArray writeOk(const QByteArray &in, const TagEdit &edit)
+plain::Id3Frame text(const QByteArray &id, const QString &s, int encoding = 3)
 {
-    return written(writeFLACTags(in, edit));
+    return { id, 0, build::id3Text(s, encoding) };
 }
 
-QByteArray write(const QByteArray &in, const TagEdit &edit)
+QByteArray tagged(const QByteArray &id, const QString &s, int encoding = 3)
 {
-    return written(writeID3Tags(in, edit));
+    return id3Frame(3, id, build::id3Text(s, encoding));
 }
 
-const TagEdit newTitle = TagEdit::fromValues(QStringLiteral("New"), std::nullopt, std::nullopt);
+const FieldEdit keep = FieldEdit::keep();
+const FieldEdit removed = FieldEdit::remove();
+FieldEdit set(const char *value)
+{
+    return FieldEdit::set(QString::fromUtf8(value));
+}
 
 } // namespace
-
-Q_DECLARE_METATYPE(Frames)
 
 class TestTagWriters : public QObject
 {
@@ -45,203 +49,126 @@ class TestTagWriters : public QObject
 private Q_SLOTS:
     void carriedComments_data()
     {
-        QTest::addColumn<QList<QList<QByteArray>>>("oldBlocks");
+        QTest::addColumn<QList<Comments>>("oldBlocks");
         QTest::addColumn<TagEdit>("edit");
-        QTest::addColumn<QList<QByteArray>>("expected");
-        using FE = FieldEdit;
-        QTest::newRow("title given on a block with a title: one title, the rest carried")
-            << QList<QList<QByteArray>> { { "TITLE=old", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" } }
-            << TagEdit::fromValues(QStringLiteral("new"), std::nullopt, std::nullopt)
-            << QList<QByteArray> { "TITLE=new", "GENRE=Rock", "TRACKNUMBER=3", "DATE=2001" };
-        QTest::newRow("order title, artist, album; every spelling of a field replaced")
-            << QList<QList<QByteArray>> { { "album=x", "=TITLE=y", "Artist=z", "COMMENT=c" } }
-            << TagEdit::fromValues(QStringLiteral("T"), QStringLiteral("A"), QStringLiteral("B"))
-            << QList<QByteArray> { "TITLE=T", "ARTIST=A", "ALBUM=B", "COMMENT=c" };
-        QTest::newRow("keep carries every comment of the field, in order")
-            << QList<QList<QByteArray>> { { "ARTIST=a1", "TITLE=t", "ALBUM=b", "ARTIST=a2",
-                   "TRACKNUMBER=1" } }
-            << TagEdit { FE::set(QStringLiteral("n")), FE::keep(), FE::remove() }
-            << QList<QByteArray> { "TITLE=n", "ARTIST=a1", "ARTIST=a2", "TRACKNUMBER=1" };
-        QTest::newRow("comments the reader skips are carried byte for byte")
-            << QList<QList<QByteArray>> { { "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" } }
-            << TagEdit::fromValues(QStringLiteral("t"), std::nullopt, std::nullopt)
-            << QList<QByteArray> { "TITLE=t", "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" };
-        QTest::newRow("a second block's comments go first so the first block still decides")
-            << QList<QList<QByteArray>> { { "TITLE=a", "GENRE=g1" }, { "TITLE=b", "GENRE=g2" } }
-            << TagEdit { FE::keep(), FE::keep(), FE::set(QStringLiteral("new")) }
-            << QList<QByteArray> { "TITLE=b", "TITLE=a", "ALBUM=new", "GENRE=g2", "GENRE=g1" };
+        QTest::addColumn<Comments>("expected");
+        const auto row = [](const char *what, const QList<Comments> &old, const TagEdit &edit,
+                             const Comments &expected) { QTest::newRow(what) << old << edit << expected; };
+        row("order title, artist, album; every spelling of a field replaced, the rest carried",
+            { { "album=x", "=TITLE=y", "Artist=z", "COMMENT=c", "DATE=2001" } },
+            { set("T"), set("A"), set("B") }, { "TITLE=T", "ARTIST=A", "ALBUM=B", "COMMENT=c", "DATE=2001" });
+        row("keep carries every comment of the field, in order",
+            { { "ARTIST=a1", "TITLE=t", "ALBUM=b", "ARTIST=a2", "TRACKNUMBER=1" } },
+            { set("n"), keep, removed }, { "TITLE=n", "ARTIST=a1", "ARTIST=a2", "TRACKNUMBER=1" });
+        row("comments the reader skips are carried byte for byte",
+            { { "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" } }, { set("t"), keep, keep },
+            { "TITLE=t", "BAD=\xFF\xFE", "NOEQUALS", "EMPTY=", "" });
+        row("a second block's comments go first so the first block still decides",
+            { { "TITLE=a", "GENRE=g1" }, { "TITLE=b", "GENRE=g2" } }, { keep, keep, set("new") },
+            { "TITLE=b", "TITLE=a", "ALBUM=new", "GENRE=g2", "GENRE=g1" });
     }
 
     void carriedComments()
     {
-        QFETCH(QList<QList<QByteArray>>, oldBlocks);
+        QFETCH(QList<Comments>, oldBlocks);
         QFETCH(TagEdit, edit);
-        QFETCH(QList<QByteArray>, expected);
         QList<build::Block> blocks { { 0, build::streamInfo() } };
         for (const auto &comments : oldBlocks)
             blocks.append({ 4, build::vorbisBody(comments, "old vendor") });
+        const QByteArray out = written(writeFLACTags(build::flacFile(blocks), edit));
         QByteArray vendor;
-        QCOMPARE(
-            plain::comments(plain::flacBlocks(writeOk(build::flacFile(blocks), edit)).last().body, &vendor),
-            expected);
+        QTEST(plain::comments(plain::flacBlocks(out).last().body, &vendor), "expected");
         QCOMPARE(vendor, QByteArray("Tarnwell"));
     }
 
-    // Old tags of every version: TIT2, TPE1 and TALB come first, then the
-    // other frames in ID3v2.3 form and in their old order.
+    // ID3v2: TIT2, TPE1 and TALB come first, then the other frames in ID3v2.3
+    // form and in their old order (byte for byte from ID3v2.3 tags: the peer test). A trailing ID3v1 tag:
+    // what it alone holds moves into the new ID3v2 tag, and it follows the new values (or goes) so that no
+    // reader sees an old one.
     void carriedFrames_data()
-    {
-        QTest::addColumn<QByteArray>("oldTag");
-        QTest::addColumn<TagEdit>("edit");
-        QTest::addColumn<Frames>("expected");
-        using FE = FieldEdit;
-        const QByteArray jpeg("\xFF\xD8\xFF\xE0 picture bytes \xFF\x00 more", 26);
-        const QByteArray apicBody = QByteArray("\x00image/jpeg\x00\x03", 13) + "cover" + '\0' + jpeg;
-        const QByteArray comm = QByteArray("\x00"
-                                           "eng",
-                                    4)
-            + "desc" + '\0' + "a comment";
-
-        QTest::newRow("v2.3: every other frame carried byte for byte")
-            << build::id3Tag(3,
-                   id3Frame(3, "TIT2", id3Text("Old")) + id3Frame(3, "APIC", apicBody)
-                       + id3Frame(3, "TCON", id3Text("(17)Rock", 0)) + id3Frame(3, "TRCK", id3Text("3/12", 0))
-                       + id3Frame(3, "COMM", comm) + id3Frame(3, "TPE1", id3Text("Gone"))
-                       + id3Frame(3, "TXXX", QByteArray("\x00key\x00value", 10), 0x8000),
-                   0, 100)
-            << newTitle
-            << Frames { id3Text("TIT2", "New"), { "APIC", 0, apicBody }, id3Text("TCON", "(17)Rock", 0),
-                   id3Text("TRCK", "3/12", 0), { "COMM", 0, comm },
-                   { "TXXX", 0x8000, QByteArray("\x00key\x00value", 10) } };
-        QTest::newRow("v2.3: empty frames left out, the frames after them carried")
-            << build::id3Tag(3,
-                   id3Frame(3, "TIT2", id3Text("Old")) + id3Frame(3, "TPE2", "")
-                       + id3Frame(3, "TPE1", id3Text("Art")))
-            << TagEdit { FE::keep(), FE::keep(), FE::set(QStringLiteral("B")) }
-            << Frames { id3Text("TIT2", "Old"), id3Text("TPE1", "Art"), id3Text("TALB", "B") };
-        QTest::newRow("v2.3: tag unsynchronisation undone, extended header dropped")
-            << build::id3Tag(3,
-                   QByteArray("\x00\x00\x00\x06\x00\x00\x00\x00\x00\x00", 10) + "APIC" + build::be32(16)
-                       + QByteArray(2, '\0')
-                       + QByteArray("\x00image/png\x00\x03\x00\xFF\x00\xE0\xFF\x00\x00", 18),
-                   0xC0)
-            << newTitle
-            << Frames { id3Text("TIT2", "New"),
-                   { "APIC", 0, QByteArray("\x00image/png\x00\x03\x00\xFF\xE0\xFF\x00", 16) } };
-        QTest::newRow("v2.2: renamed, PIC becomes APIC, unknown frames dropped")
-            << build::id3Tag(2,
-                   id3Frame(2, "TT2", id3Text("Old", 0)) + id3Frame(2, "TP1", id3Text("Art", 0))
-                       + id3Frame(2, "PIC", QByteArray("\x00JPG\x03\x00", 6) + jpeg)
-                       + id3Frame(2, "ZZZ", "private") + id3Frame(2, "TCO", id3Text("Jazz", 0))
-                       + id3Frame(2, "COM", comm))
-            << TagEdit { FE::set(QStringLiteral("New")), FE::keep(), FE::remove() }
-            << Frames { id3Text("TIT2", "New"), id3Text("TPE1", "Art", 0),
-                   { "APIC", 0, QByteArray("\x00image/jpeg\x00\x03\x00", 14) + jpeg },
-                   id3Text("TCON", "Jazz", 0), { "COMM", 0, comm } };
-        const QByteArray longText(300, 'L'); // sizes above 127 tell synchsafe from plain
-        const QByteArray people("\x03producer\x00P\x00mix\x00M", 17);
-        QTest::newRow("v2.4: synchsafe sizes, multiple values joined, dates mapped")
-            << build::id3Tag(4,
-                   id3Frame(4, "TPE1",
-                       QByteArray("\x03"
-                                  "A\x00"
-                                  "B",
-                           4))
-                       + id3Frame(4, "TCOM", id3Text(longText))
-                       + id3Frame(4, "TDRC", id3Text("2001-02-03T04:05", 0))
-                       + id3Frame(4, "TDOR", id3Text("1999", 0)) + id3Frame(4, "TIPL", people)
-                       + id3Frame(4, "SEEK", build::be32(1000)) + id3Frame(4, "TSOP", id3Text("Sort")))
-            << TagEdit { FE::remove(), FE::keep(), FE::set(QStringLiteral("B")) }
-            << Frames { id3Text("TPE1", "A/B"), id3Text("TALB", "B"),
-                   id3Text("TCOM", QString::fromLatin1(longText)), id3Text("TYER", "2001"),
-                   id3Text("TDAT", "0302"), id3Text("TIME", "0405"), id3Text("TORY", "1999"),
-                   { "IPLS", 0, people }, id3Text("TSOP", "Sort") };
-        QTest::newRow("v2.4: frame flags, unsynchronisation and data length moved to v2.3 places")
-            << build::id3Tag(4,
-                   id3Frame(4, "APIC",
-                       QByteArray("\x07") + build::synchsafe(6) + QByteArray("\x00\xFF\x00\xE0pic", 7),
-                       0x4043)
-                       + id3Frame(4, "PRIV", build::synchsafe(100) + "zlib-data", 0x0009))
-            << newTitle
-            << Frames { id3Text("TIT2", "New"), { "APIC", 0x8020, QByteArray("\x07\x00\xFF\xE0pic", 7) },
-                   { "PRIV", 0x0080, build::be32(100) + "zlib-data" } };
-    }
-
-    void carriedFrames()
-    {
-        QFETCH(QByteArray, oldTag);
-        QFETCH(TagEdit, edit);
-        QFETCH(Frames, expected);
-        const QByteArray audio = build::mpegAudio();
-        QByteArray rest;
-        QCOMPARE(plain::id3Frames(write(oldTag + audio, edit), &rest), expected);
-        QCOMPARE(rest, audio);
-    }
-
-    // A trailing ID3v1 tag: what it alone holds moves into the new ID3v2 tag,
-    // and it follows the new values (or goes) so that no reader sees an old one.
-    // Removing is removing, whether or not frames are left.
-    void trailingTagAndRemoval_data()
     {
         QTest::addColumn<QByteArray>("before"); // the ID3v2 tag; the audio and `trailer` follow
         QTest::addColumn<QByteArray>("trailer");
         QTest::addColumn<TagEdit>("edit");
         QTest::addColumn<Frames>("frames");
         QTest::addColumn<QByteArray>("newTrailer");
-        using FE = FieldEdit;
+        const auto row = [](const char *what, const QByteArray &before, const QByteArray &trailer,
+                             const TagEdit &edit, const Frames &frames, const QByteArray &newTrailer = {}) {
+            QTest::newRow(what) << before << trailer << edit << frames << newTrailer;
+        };
+        const QByteArray jpeg("\xFF\xD8\xFF\xE0 picture bytes \xFF\x00 more", 26);
+        const QByteArray comm = QByteArray("\0eng", 4) + "desc" + '\0' + "a comment";
+        const TagEdit newTitle { set("New"), keep, keep };
+        row("v2.3: tag unsynchronisation undone, extended header dropped",
+            id3Tag(3,
+                QByteArray("\0\0\0\6\0\0\0\0\0\0APIC", 14) + build::be32(16) + QByteArray(2, '\0')
+                    + QByteArray("\0image/png\0\3\0\xFF\0\xE0\xFF\0\0", 18),
+                0xC0),
+            {}, newTitle,
+            { text("TIT2", "New"), { "APIC", 0, QByteArray("\0image/png\0\3\0\xFF\xE0\xFF\0", 16) } });
+        row("v2.2: renamed, PIC becomes APIC, unknown frames dropped",
+            id3Tag(2,
+                id3Frame(2, "TT2", build::id3Text("Old", 0)) + id3Frame(2, "TP1", build::id3Text("Art", 0))
+                    + id3Frame(2, "PIC", QByteArray("\0JPG\3\0", 6) + jpeg) + id3Frame(2, "ZZZ", "private")
+                    + id3Frame(2, "COM", comm)),
+            {}, { set("New"), keep, removed },
+            { text("TIT2", "New"), text("TPE1", "Art", 0),
+                { "APIC", 0, QByteArray("\0image/jpeg\0\3\0", 14) + jpeg }, { "COMM", 0, comm } });
+        const QByteArray longText(300, 'L'); // sizes above 127 tell synchsafe from plain
+        const QByteArray people("\3producer\0P\0mix\0M", 17);
+        row("v2.4: synchsafe sizes, multiple values joined, dates mapped",
+            id3Tag(4,
+                id3Frame(4, "TPE1", QByteArray("\3A\0B", 4)) + id3Frame(4, "TCOM", build::id3Text(longText))
+                    + id3Frame(4, "TDRC", build::id3Text("2001-02-03T04:05", 0))
+                    + id3Frame(4, "TDOR", build::id3Text("1999", 0)) + id3Frame(4, "TIPL", people)
+                    + id3Frame(4, "SEEK", build::be32(1000)) + id3Frame(4, "TSOP", build::id3Text("Sort"))),
+            {}, { removed, keep, set("B") },
+            { text("TPE1", "A/B"), text("TALB", "B"), text("TCOM", QString::fromLatin1(longText)),
+                text("TYER", "2001"), text("TDAT", "0302"), text("TIME", "0405"), text("TORY", "1999"),
+                { "IPLS", 0, people }, text("TSOP", "Sort") });
+        row("v2.4: frame flags, unsynchronisation and data length moved to v2.3 places",
+            id3Tag(4,
+                id3Frame(4, "APIC", "\7" + build::synchsafe(6) + QByteArray("\0\xFF\0\xE0pic", 7), 0x4043)
+                    + id3Frame(4, "PRIV", build::synchsafe(100) + "zlib-data", 0x0009)),
+            {}, newTitle,
+            { text("TIT2", "New"), { "APIC", 0x8020, QByteArray("\7\0\xFF\xE0pic", 7) },
+                { "PRIV", 0x0080, build::be32(100) + "zlib-data" } });
+
         const QByteArray v1 = build::id3v1("Old", "Art", "Alb", "cmt", 7, 17);
-        const Frames folded { id3Text("TYER", "1999"),
-            { "COMM", 0,
-                QByteArray("\x03XXX\x00"
-                           "cmt",
-                    8) },
-            id3Text("TRCK", "7"), id3Text("TCON", "(17)") };
-        QTest::newRow("ID3v1 only, a title given: the rest folded in, ID3v1 follows")
-            << QByteArray() << v1 << TagEdit { FE::set(QStringLiteral("New")), FE::keep(), FE::keep() }
-            << Frames { id3Text("TIT2", "New"), id3Text("TPE1", "Art"), id3Text("TALB", "Alb") } + folded
-            << build::id3v1("New", "Art", "Alb", "cmt", 7, 17);
-        QTest::newRow("both tags, album removed: blanked in ID3v1 too")
-            << build::id3Tag(3, id3Frame(3, "TIT2", id3Text("T")) + id3Frame(3, "TALB", id3Text("Alb"))) << v1
-            << TagEdit { FE::keep(), FE::keep(), FE::remove() }
-            << Frames { id3Text("TIT2", "T"), id3Text("TPE1", "Art") } + folded
-            << build::id3v1("T", "Art", "", "cmt", 7, 17);
-        QTest::newRow("a value ID3v1 can't hold: ID3v1 removed")
-            << QByteArray() << v1
-            << TagEdit::fromValues(QStringLiteral("東京"), QStringLiteral("Art"), std::nullopt)
-            << Frames { id3Text("TIT2", QStringLiteral("東京")), id3Text("TPE1", "Art") } + folded
-            << QByteArray();
-        QTest::newRow("all three removed, other frames kept")
-            << build::id3Tag(3,
-                   id3Frame(3, "TIT2", id3Text("T")) + id3Frame(3, "TPE1", id3Text("A"))
-                       + id3Frame(3, "TALB", id3Text("B")) + id3Frame(3, "TCON", id3Text("Jazz")))
-            << QByteArray() << TagEdit::fromValues(QString(), QString(), QString())
-            << Frames { id3Text("TCON", "Jazz") } << QByteArray();
-        QTest::newRow("all three removed, nothing left: no tag at all")
-            << build::id3Tag(3, id3Frame(3, "TIT2", id3Text("T"))) << QByteArray()
-            << TagEdit::fromValues(QString(), QString(), QString()) << Frames {} << QByteArray();
-        QTest::newRow("keep everything")
-            << build::id3Tag(3, id3Frame(3, "TIT2", id3Text("t"), 0x0040)) << QByteArray() << TagEdit {}
-            << Frames { { "TIT2", 0x0040, build::id3Text("t") } } << QByteArray();
-        QTest::newRow("all three removed from an untagged file")
-            << QByteArray() << QByteArray() << TagEdit::fromValues(QString(), QString(), QString())
-            << Frames {} << QByteArray();
-        QTest::newRow("a kept field empty in ID3v2 comes from ID3v1")
-            << build::id3Tag(3, id3Frame(3, "TPE1", id3Text(""))) << build::id3v1("", "V1 artist", "")
-            << TagEdit { FE::set(QStringLiteral("T")), FE::keep(), FE::keep() }
-            << Frames { id3Text("TIT2", "T"), id3Text("TPE1", "V1 artist"), id3Text("TYER", "1999") }
-            << build::id3v1("T", "V1 artist", "");
+        const Frames folded { text("TYER", "1999"), { "COMM", 0, QByteArray("\3XXX\0cmt", 8) },
+            text("TRCK", "7"), text("TCON", "(17)") };
+        row("ID3v1 only, a title given: the rest folded in, ID3v1 follows", {}, v1, newTitle,
+            Frames { text("TIT2", "New"), text("TPE1", "Art"), text("TALB", "Alb") } + folded,
+            build::id3v1("New", "Art", "Alb", "cmt", 7, 17));
+        row("both tags, album removed: blanked in ID3v1 too",
+            id3Tag(3, tagged("TIT2", "T") + tagged("TALB", "Alb")), v1, { keep, keep, removed },
+            Frames { text("TIT2", "T"), text("TPE1", "Art") } + folded,
+            build::id3v1("T", "Art", "", "cmt", 7, 17));
+        row("a value ID3v1 can't hold: ID3v1 removed", {}, v1, { set("東京"), set("Art"), keep },
+            Frames { text("TIT2", QStringLiteral("東京")), text("TPE1", "Art"), text("TALB", "Alb") }
+                + folded);
+        row("a kept field empty in ID3v2 comes from ID3v1", id3Tag(3, tagged("TPE1", "")),
+            build::id3v1("", "V1 artist", ""), newTitle,
+            { text("TIT2", "New"), text("TPE1", "V1 artist"), text("TYER", "1999") },
+            build::id3v1("New", "V1 artist", ""));
+        // Removing is removing, whether or not frames are left.
+        row("all three removed, other frames kept",
+            id3Tag(
+                3, tagged("TIT2", "T") + tagged("TPE1", "A") + tagged("TALB", "B") + tagged("TCON", "Jazz")),
+            {}, { removed, removed, removed }, { text("TCON", "Jazz") });
+        row("all three removed, nothing left: no tag at all", id3Tag(3, tagged("TIT2", "T")), {},
+            { removed, removed, removed }, {});
     }
 
-    void trailingTagAndRemoval()
+    void carriedFrames()
     {
         QFETCH(QByteArray, before);
         QFETCH(QByteArray, trailer);
         QFETCH(TagEdit, edit);
-        QFETCH(Frames, frames);
         QFETCH(QByteArray, newTrailer);
         const QByteArray audio = build::mpegAudio();
         QByteArray rest;
-        QCOMPARE(plain::id3Frames(write(before + audio + trailer, edit), &rest), frames);
+        QTEST(plain::id3Frames(written(writeID3Tags(before + audio + trailer, edit)), &rest), "frames");
         QCOMPARE(rest, audio + newTrailer);
     }
 
@@ -280,35 +207,28 @@ private Q_SLOTS:
             damaged);
         row("no last-block flag", true, build::flacFile({ { 0, si }, { 1, "pad" } }, {}, false), damaged);
         row("no STREAMINFO first", true, build::flacFile({ { 4, comment }, { 0, si } }), damaged);
-        row("short STREAMINFO", true, build::flacFile({ { 0, si.first(30) } }), damaged);
-        row("seek table of broken points", true, build::flacFile({ { 0, si }, { 3, QByteArray(20, 'S') } }),
-            damaged);
         row("invalid block type", true, build::flacFile({ { 0, si }, { 127, "x" } }), damaged);
-        row("unknown major version", false,
-            QByteArray("ID3\x07\x00\x00\x00\x00\x00\x02xx", 12) + build::mpegAudio(),
+        row("unknown major version", false, QByteArray("ID3\7\0\0\0\0\0\2xx", 12) + build::mpegAudio(),
             WriteError::unsupportedFormat, "unsupported ID3v2 version 2.7");
-        row("compressed ID3v2.2 tag", false, build::id3Tag(2, id3Frame(2, "TT2", id3Text("x", 0)), 0x40),
+        row("compressed ID3v2.2 tag", false, id3Tag(2, id3Frame(2, "TT2", build::id3Text("x", 0)), 0x40),
             WriteError::unsupportedFormat, "a compressed ID3v2.2 tag");
         row("frame running past the tag", false,
-            build::id3Tag(3, id3Frame(3, "TCON", id3Text("g")) + "TPE2" + build::be32(5000) + "xx"), damaged,
+            id3Tag(3, tagged("TCON", "g") + "TPE2" + build::be32(5000) + "xx"), damaged,
             "the ID3v2 tag is damaged: the frame TPE2 runs past the end of the tag");
         row("bytes that are neither frames nor padding", false,
-            build::id3Tag(
-                3, id3Frame(3, "TCON", id3Text("g")) + "garbage!!!!" + id3Frame(3, "TPE1", id3Text("a"))),
-            damaged, "the ID3v2 tag is damaged: the tag holds bytes that are neither frames nor padding");
+            id3Tag(3, tagged("TCON", "g") + "garbage!!!!" + tagged("TPE1", "a")), damaged,
+            "the ID3v2 tag is damaged: the tag holds bytes that are neither frames nor padding");
     }
 
     void refused()
     {
         QFETCH(bool, flac);
         QFETCH(QByteArray, input);
-        QFETCH(WriteError, error);
         QFETCH(QString, detail);
-        const TagEdit edit
-            = TagEdit::fromValues(QStringLiteral("a long enough title"), std::nullopt, std::nullopt);
+        const TagEdit edit { set("a long enough title"), keep, keep };
         const Result r = flac ? writeFLACTags(input, edit) : writeID3Tags(input, edit);
         QVERIFY(!r);
-        QCOMPARE(r.error, error);
+        QTEST(r.error, "error");
         if (!detail.isEmpty())
             QCOMPARE(r.detail, detail);
     }
