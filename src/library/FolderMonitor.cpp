@@ -189,14 +189,18 @@ void FolderMonitor::finishRescan(const QList<FolderTree> &trees)
 {
     m_scanning = false;
     QList<QUrl> found;
+    // A folder watched inside another watched one is walked twice.
+    QSet<QUrl> seen;
     QStringList folders;
     for (const FolderTree &tree : trees) {
         folders += tree.folders;
         for (const QString &path : tree.audioFiles) {
             QUrl url = localpath::fileUrl(path);
             // A folder forgotten while the scan ran reports nothing.
-            if (!m_knownURLs.contains(url) && isWatched(path))
+            if (!m_knownURLs.contains(url) && isWatched(path) && !seen.contains(url)) {
+                seen.insert(url);
                 found.append(std::move(url));
+            }
         }
     }
     armWatcher(folders);
