@@ -45,14 +45,6 @@ TestCase {
         }
     }
 
-    function test_windowSizes() {
-        compare(window.width, 1060)
-        compare(window.height, 700)
-        compare(window.minimumWidth, 820)
-        compare(window.minimumHeight, 540)
-        compare(window.title, "Tarnwell")
-    }
-
     function test_importAsksForOneFolder() {
         const dialog = findChild(window, "folderDialog")
         verify(dialog !== null)
@@ -62,13 +54,6 @@ TestCase {
         dialog.reject()
         tryCompare(dialog, "visible", false)
         compare(AppState.library.trackCount, 0)
-    }
-
-    function test_themeFollowsTheMainState() {
-        AppState.selectTheme(2)
-        compare(Theme.current, 2)
-        AppState.selectTheme(1)
-        compare(Theme.current, 1)
     }
 
     function test_aClickOnThePopupKeepsItOpen() {
