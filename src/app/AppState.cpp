@@ -109,16 +109,22 @@ void AppState::connectRooms()
         m_artistBrowser.detail()->tracks()->forgetFileInfo();
     };
     connect(&m_tagEditor, &TagEditorSession::saved, this, [this, tagsWritten] {
-        if (const std::optional<Track> song = findSong(m_editedSong))
+        if (const std::optional<Track> song = findSong(m_editedSong)) {
             m_tags.forget(song->path());
+            // Search finds the song by its new tags.
+            if (m_library.find(song->id))
+                m_searchIndex.reindex(*song);
+        }
         tagsWritten();
     });
     connect(&m_untagged, &UntaggedSongs::saveFinished, this, [this, tagsWritten] {
         // The batch editor writes untagged songs only.
         for (const Track &song : m_library.tracks()) {
             const std::optional<TrackMetadata> meta = m_untagged.metadata(song.id);
-            if (meta && UntaggedSongs::isUntagged(*meta))
+            if (meta && UntaggedSongs::isUntagged(*meta)) {
                 m_tags.forget(song.path());
+                m_searchIndex.reindex(song);
+            }
         }
         tagsWritten();
     });
