@@ -35,16 +35,6 @@ TestCase {
         }
     }
 
-    Component {
-        id: hoverableSidebar
-        Item {
-            objectName: "hoverable"
-            implicitWidth: 200
-            readonly property bool hovered: hover.hovered
-            HoverHandler { id: hover }
-        }
-    }
-
     function test_importAsksForOneFolder() {
         const dialog = findChild(window, "folderDialog")
         verify(dialog !== null)
@@ -97,19 +87,6 @@ TestCase {
         compare(sidebar.clicks, data.reaches ? 1 : 0)
         mouseClick(sidebar, 100, 400)
         compare(sidebar.clicks, data.reaches ? 2 : 1)
-        window.sidebar = null
-    }
-
-    function test_rowsUnderTheDimDoNotHover() {
-        window.sidebar = hoverableSidebar
-        const sidebar = findChild(window.contentItem, "hoverable")
-        waitForRendering(window.contentItem)
-        mouseMove(sidebar, 100, 300)
-        tryVerify(() => sidebar.hovered)
-        AppState.playlists.showingCreate = true
-        mouseMove(sidebar, 100, 320)
-        tryVerify(() => !sidebar.hovered)
-        AppState.playlists.cancelCreate()
         window.sidebar = null
     }
 }

@@ -114,21 +114,6 @@ Item {
             compare(findChild(dropdown, "noResults").visible, data.line)
         }
 
-        function test_choosingARowReportsIt() {
-            dropdown.results = { artists: [], albums: [{ displayName: "Dawn", artist: "Artist A", trackCount: 2 }],
-                                 tracks: [{ trackId: "11111111-1111-1111-1111-111111111111", name: "Song", artist: "B", path: "/x/Song.flac" }] }
-            waitForRendering(dropdown)
-            const albumsSection = findChild(dropdown, "albumsSection")
-            mouseClick(albumsSection, 100, albumsSection.height - 20)
-            compare(albums.count, 1)
-            compare(albums.signalArguments[0][0], "Artist A")
-            compare(albums.signalArguments[0][1], "Dawn")
-            const songsSection = findChild(dropdown, "songsSection")
-            mouseClick(songsSection, 100, songsSection.height - 20)
-            compare(plays.count, 1)
-            compare(plays.signalArguments[0][0], "11111111-1111-1111-1111-111111111111")
-        }
-    
         // ↓ and ↑ in the field go through artists, albums and songs (and stop
         // at either end); Enter opens the chosen one, or the first.
         function test_arrowsAndEnterChooseAResult_data() {
