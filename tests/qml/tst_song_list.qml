@@ -166,7 +166,8 @@ Item {
             compare(dragged.count, 1)
             compare(dropped.count, data.drops)
             if (data.drops)
-                compare(dropped.signalArguments[0], ["11111111-1111-1111-1111-111111111111", "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA"])
+                compare([dropped.signalArguments[0][0], dropped.signalArguments[0][1]],
+                        ["11111111-1111-1111-1111-111111111111", "AAAAAAAA-AAAA-AAAA-AAAA-AAAAAAAAAAAA"])
             tryVerify(() => !road.isTargeted)
         }
 
