@@ -55,6 +55,8 @@ Item {
         function init() {
             root.searchText = ""
             root.searchActive = false
+            // So that open() waits for the field to take the focus.
+            elsewhere.forceActiveFocus()
             plays.clear()
             albums.clear()
             artists.clear()
