@@ -100,9 +100,13 @@ void AppState::connectRooms()
     connect(&m_artworkLoader.albumPictures(), &AlbumPictures::replaced, this, &ArtworkSources::announceReplaced);
 
     // Song lists show tags read from the files: after a save they read again.
-    const auto tagsWritten = [this](const QStringList &paths) {
-        for (const QString &path : paths)
-            m_indexing.forget(path);
+    const auto tagsWritten = [this](const QList<Track> &songs) {
+        for (const Track &song : songs) {
+            m_indexing.forget(song.path());
+            // Search finds the song by its new tags (a playlist's own copy is not indexed).
+            if (m_library.find(song.id))
+                m_indexing.reindex(song);
+        }
         m_queue.model()->forgetFileInfo();
         m_artistBrowser.detail()->tracks()->forgetFileInfo();
     };

@@ -82,11 +82,12 @@ void TagEditorSession::save(const QString &title, const QString &artist, const Q
         close();
         return;
     }
-    const QString path = m_track->path();
+    const Track song = *m_track;
+    const QString path = song.path();
     const quint64 request = m_request;
     QtConcurrent::run([path, edit = TagEdit::fromValues(tagValue(title), tagValue(artist), tagValue(album))] {
         return saveTags(path, edit);
-    }).then(this, [this, path, request](const SaveResult &result) {
+    }).then(this, [this, song, path, request](const SaveResult &result) {
             // The editor was closed or moved on to another song meanwhile.
             if (request != m_request)
                 return;
@@ -98,7 +99,7 @@ void TagEditorSession::save(const QString &title, const QString &artist, const Q
             }
             close();
             m_banner.show(QStringLiteral("Tags saved"), Banner::Animation::Default, savedMessageMs);
-            Q_EMIT tagsWritten({path});
+            Q_EMIT tagsWritten({song});
         });
 }
 

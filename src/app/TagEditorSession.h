@@ -60,8 +60,8 @@ public:
 Q_SIGNALS:
     void changed();
     void errorChanged();
-    // A song's file was written (one path): what was read of it is stale.
-    void tagsWritten(const QStringList &paths);
+    // A song's file was written (one song): what was read of it is stale.
+    void tagsWritten(const QList<Track> &songs);
 
 private:
     void set(const std::optional<Track> &track, const std::optional<TrackMetadata> &meta);

@@ -228,7 +228,7 @@ void UntaggedSongs::saveBatch(const QString &title, const QString &artist, const
             for (qsizetype i = 0; i < results.size(); ++i) {
                 if (results.at(i)) {
                     saved.append(part.at(i).id);
-                    outcome.savedPaths.append(paths.at(i));
+                    outcome.savedSongs.append(part.at(i));
                 }
                 else
                     outcome.failures.append(TagEditorSession::failureMessage(paths.at(i), results.at(i)));
@@ -271,8 +271,8 @@ void UntaggedSongs::finishSave(const Outcome &outcome, const std::optional<QStri
     Q_EMIT savingChanged();
     Q_EMIT selectionChanged();
     Q_EMIT editorChanged();
-    if (!outcome.savedPaths.isEmpty())
-        Q_EMIT tagsWritten(outcome.savedPaths);
+    if (!outcome.savedSongs.isEmpty())
+        Q_EMIT tagsWritten(outcome.savedSongs);
     Q_EMIT saveFinished(int(saved.size()));
     qCDebug(lcApp).nospace() << "untagged: saved " << saved.size() << " files, " << m_rows.size()
                              << " songs left";

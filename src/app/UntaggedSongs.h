@@ -86,14 +86,14 @@ Q_SIGNALS:
     void savingChanged();
     void saveFinished(int saved);
     // These files were written: what was read of them is stale.
-    void tagsWritten(const QStringList &paths);
+    void tagsWritten(const QList<Track> &songs);
 
 private:
     void rebuildRows();
     struct Outcome
     {
         QList<QUuid> saved;
-        QStringList savedPaths;
+        QList<Track> savedSongs;
         QStringList failures; // "Could not save 'x.mp3': reason"
     };
     void finishSave(const Outcome &outcome, const std::optional<QString> &title,

@@ -55,6 +55,13 @@ void SearchIndex::retain(const QList<Track> &songs)
     startBuild();
 }
 
+void SearchIndex::reindex(const Track &song)
+{
+    // The old entry goes in a build of its own before the song is read again.
+    m_removed.insert(song.id);
+    add({song});
+}
+
 void SearchIndex::startBuild()
 {
     auto timer = std::make_shared<QElapsedTimer>();

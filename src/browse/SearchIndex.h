@@ -31,6 +31,8 @@ public:
     // The library is now these songs: the entries (and songs waiting to be
     // indexed) of any other go.
     void retain(const QList<Track> &songs);
+    // The song's tags changed on disk: its entry is read again (and moves to the end).
+    void reindex(const Track &song);
 
     const TrackIndex &trackIndex() const { return m_index; }
     int count() const { return int(m_index.size()); }

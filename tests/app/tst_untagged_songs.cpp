@@ -27,37 +27,25 @@ class TestUntaggedSongs : public QObject
 
     QTemporaryDir m_dir;
 
-    // A FLAC file with the given tags (null: no such tag).
-    QString makeSong(const QString &name, const char *title, const char *artist, const char *album)
+    // A FLAC file with the given tags (null: no such tag), as a song of the library.
+    Track makeSong(const QString &name, const char *title, const char *artist, const char *album)
     {
         const QString path = m_dir.filePath(name);
-        if (!testsupport::makeAudio(path, 0.1))
-            return {};
-        QStringList args;
+        QStringList args{QStringLiteral("--remove-all-tags")};
         const std::pair<const char *, const char *> tags[] = {{"TITLE", title}, {"ARTIST", artist}, {"ALBUM", album}};
         for (const auto &[key, value] : tags) {
             if (value)
                 args.append(QStringLiteral("--set-tag=%1=%2").arg(QLatin1String(key), QString::fromUtf8(value)));
         }
-        if (!args.isEmpty()) {
-            args.append(path);
-            if (testsupport::run(QStringLiteral("metaflac"), args).exitCode != 0)
-                return {};
-        }
-        return path;
-    }
-
-    static QString metaflacTag(const QString &path, const QString &key)
-    {
-        return QString::fromUtf8(
-                   testsupport::run(QStringLiteral("metaflac"), {QStringLiteral("--show-tag=") + key, path}).out)
-            .trimmed();
+        if (!testsupport::makeAudio(path, 0.1) || testsupport::run(QStringLiteral("metaflac"), args << path).exitCode)
+            qFatal("could not make %s", qPrintable(path));
+        return Track::create(QUrl::fromLocalFile(path));
     }
 
     static void loadAndWait(UntaggedSongs &screen, const QList<Track> &tracks)
     {
         screen.load(tracks);
-        QTRY_VERIFY_WITH_TIMEOUT(!screen.isLoading(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(!screen.isLoading(), 30000);
     }
 
 private Q_SLOTS:
@@ -78,7 +66,6 @@ private Q_SLOTS:
                                          << "Missing: title, album";
         QTest::newRow("a space is a title") << true << opt(" ") << opt("X") << opt("Y") << false
                                             << "Missing: ";
-        QTest::newRow("all present") << true << opt("A") << opt("B") << opt("C") << false << "Missing: ";
         QTest::newRow("tags unknown") << false << opt(nullptr) << opt(nullptr) << opt(nullptr) << true
                                       << "Missing: title, artist, album";
     }
@@ -96,19 +83,11 @@ private Q_SLOTS:
         QCOMPARE(UntaggedSongs::missingFieldsLabel(known ? std::optional(meta) : std::nullopt), label);
     }
 
-    void savedMessage()
-    {
-        QCOMPARE(UntaggedSongs::savedMessage(1), QStringLiteral("Saved to 1 file"));
-        QCOMPARE(UntaggedSongs::savedMessage(4), QStringLiteral("Saved to 4 files"));
-    }
-
     void listsOnlyUntaggedSongsAndSelectsByCount()
     {
-        QList<Track> tracks;
-        tracks.append(Track::create(QUrl::fromLocalFile(makeSong("list-a.flac", "A", "B", "C"))));
-        tracks.append(Track::create(QUrl::fromLocalFile(makeSong("list-b.flac", "A", "B", nullptr))));
-        tracks.append(Track::create(QUrl::fromLocalFile(makeSong("list-c.flac", nullptr, nullptr, nullptr))));
-        tracks.append(Track::create(QUrl::fromLocalFile(m_dir.filePath("list-missing.flac"))));
+        const QList<Track> tracks{makeSong("list-a.flac", "A", "B", "C"), makeSong("list-b.flac", "A", "B", nullptr),
+                                  makeSong("list-c.flac", nullptr, nullptr, nullptr),
+                                  Track::create(QUrl::fromLocalFile(m_dir.filePath("list-missing.flac")))};
         UntaggedSongs screen;
         QAbstractItemModelTester tester(&screen, QAbstractItemModelTester::FailureReportingMode::QtTest);
         loadAndWait(screen, tracks);
@@ -137,11 +116,8 @@ private Q_SLOTS:
     {
         QList<Track> tracks;
         const char *titles[] = {"One", "Two", nullptr};
-        for (int i = 0; i < 3; ++i) {
-            const QString path = makeSong(QStringLiteral("batch-%1.flac").arg(i), titles[i], "Artist", nullptr);
-            QVERIFY(!path.isEmpty());
-            tracks.append(Track::create(QUrl::fromLocalFile(path)));
-        }
+        for (int i = 0; i < 3; ++i)
+            tracks.append(makeSong(QStringLiteral("batch-%1.flac").arg(i), titles[i], "Artist", nullptr));
         UntaggedSongs screen;
         QAbstractItemModelTester tester(&screen, QAbstractItemModelTester::FailureReportingMode::QtTest);
         loadAndWait(screen, tracks);
@@ -149,7 +125,7 @@ private Q_SLOTS:
         screen.editSelected();
         QSignalSpy finished(&screen, &UntaggedSongs::saveFinished);
         screen.saveBatch(QString(), QString(), QStringLiteral("Shared"));
-        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30000);
         QCOMPARE(finished.first().first().toInt(), 3);
         QCOMPARE(screen.message()->text(), QStringLiteral("Saved to 3 files"));
         QVERIFY(!screen.showEditor());
@@ -161,7 +137,8 @@ private Q_SLOTS:
             QCOMPARE(meta.album, std::optional<QString>(QStringLiteral("Shared")));
             QCOMPARE(meta.artist, std::optional<QString>(QStringLiteral("Artist")));
             QCOMPARE(meta.title, opt(titles[i]));
-            QCOMPARE(metaflacTag(path, QStringLiteral("ALBUM")), QStringLiteral("ALBUM=Shared"));
+            QCOMPARE(testsupport::run(QStringLiteral("metaflac"), {QStringLiteral("--show-tag=ALBUM"), path}).out,
+                     QByteArray("ALBUM=Shared\n"));
             QCOMPARE(testsupport::run(QStringLiteral("flac"), {QStringLiteral("-t"), QStringLiteral("-s"), path}).exitCode,
                      0);
         }
@@ -174,8 +151,7 @@ private Q_SLOTS:
     {
         QList<Track> tracks;
         for (int i = 0; i < 4; ++i)
-            tracks.append(Track::create(
-                QUrl::fromLocalFile(makeSong(QStringLiteral("ro-%1.flac").arg(i), nullptr, nullptr, nullptr))));
+            tracks.append(makeSong(QStringLiteral("ro-%1.flac").arg(i), nullptr, nullptr, nullptr));
         UntaggedSongs screen;
         loadAndWait(screen, tracks);
         // A read-only file, also when the tests run as root (who may write it).
@@ -184,7 +160,7 @@ private Q_SLOTS:
         screen.editSelected();
         QSignalSpy finished(&screen, &UntaggedSongs::saveFinished);
         screen.saveBatch(QStringLiteral("T"), QStringLiteral("A"), QStringLiteral("B"));
-        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 1, 30000);
         QCOMPARE(screen.message()->text(), QStringLiteral("Saved to 3 files"));
         QCOMPARE(screen.count(), 1);
         QCOMPARE(readMetadata(tracks.at(2).path()).title, std::nullopt);

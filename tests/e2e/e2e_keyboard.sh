@@ -11,7 +11,7 @@ set -euo pipefail
 app=$1
 
 for tool in Xvfb xdotool sox metaflac playerctl dbus-run-session; do
-  command -v "$tool" > /dev/null || { echo "SKIP: $tool is missing"; exit 77; }
+  command -v "$tool" > /dev/null || { echo "FAIL: $tool is missing (scripts/install-deps.sh installs it)"; exit 1; }
 done
 if [ -z "${TARNWELL_E2E_BUS:-}" ]; then
   TARNWELL_E2E_BUS=1 exec dbus-run-session -- bash "$0" "$@"

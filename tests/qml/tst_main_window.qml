@@ -35,24 +35,6 @@ TestCase {
         }
     }
 
-    Component {
-        id: hoverableSidebar
-        Item {
-            objectName: "hoverable"
-            implicitWidth: 200
-            readonly property bool hovered: hover.hovered
-            HoverHandler { id: hover }
-        }
-    }
-
-    function test_windowSizes() {
-        compare(window.width, 1060)
-        compare(window.height, 700)
-        compare(window.minimumWidth, 820)
-        compare(window.minimumHeight, 540)
-        compare(window.title, "Tarnwell")
-    }
-
     function test_importAsksForOneFolder() {
         const dialog = findChild(window, "folderDialog")
         verify(dialog !== null)
@@ -62,13 +44,6 @@ TestCase {
         dialog.reject()
         tryCompare(dialog, "visible", false)
         compare(AppState.library.trackCount, 0)
-    }
-
-    function test_themeFollowsTheMainState() {
-        AppState.selectTheme(2)
-        compare(Theme.current, 2)
-        AppState.selectTheme(1)
-        compare(Theme.current, 1)
     }
 
     function test_aClickOnThePopupKeepsItOpen() {
@@ -112,19 +87,6 @@ TestCase {
         compare(sidebar.clicks, data.reaches ? 1 : 0)
         mouseClick(sidebar, 100, 400)
         compare(sidebar.clicks, data.reaches ? 2 : 1)
-        window.sidebar = null
-    }
-
-    function test_rowsUnderTheDimDoNotHover() {
-        window.sidebar = hoverableSidebar
-        const sidebar = findChild(window.contentItem, "hoverable")
-        waitForRendering(window.contentItem)
-        mouseMove(sidebar, 100, 300)
-        tryVerify(() => sidebar.hovered)
-        AppState.playlists.showingCreate = true
-        mouseMove(sidebar, 100, 320)
-        tryVerify(() => !sidebar.hovered)
-        AppState.playlists.cancelCreate()
         window.sidebar = null
     }
 }

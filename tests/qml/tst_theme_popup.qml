@@ -41,7 +41,6 @@ Item {
         function test_checkmarkFollowsTheStoredValue_data() {
             return [
                 { tag: "noir", stored: "noir", rows: [1] },
-                { tag: "sunrise", stored: "sunrise", rows: [0] },
                 { tag: "light", stored: "light", rows: [2] },
                 { tag: "capitalised", stored: "Sunrise", rows: [] },
                 { tag: "unknown", stored: "sepia", rows: [] },
@@ -53,11 +52,6 @@ Item {
             compare(checkedRows(), data.rows)
         }
 
-        function test_rowsInThemeOrder() {
-            compare(Theme.themeNames, ["Sunrise", "Noir", "Light"])
-            verify(findChild(popup, "themeRow2") !== null)
-        }
-
         function test_clickingARowChoosesItsTheme() {
             const row = findChild(popup, "themeRow2")
             mouseClick(row)
@@ -65,11 +59,5 @@ Item {
             compare(chosen.signalArguments[0][0], 2)
         }
 
-        function test_closedPopupIsHidden() {
-            popup.open = false
-            tryCompare(popup, "visible", false)
-            popup.open = true
-            tryCompare(popup, "opacity", 1)
-        }
     }
 }

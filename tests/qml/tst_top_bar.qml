@@ -74,18 +74,5 @@ Item {
             compare(wordMark.count, 1)
         }
 
-        function test_hoverBrightens() {
-            bar.hasTracks = true
-            waitForRendering(bar)
-            const b = buttons()
-            verify(!b.home.hovered)
-            mouseMove(b.home)
-            tryCompare(b.home, "hovered", true)
-            mouseMove(b.importButton)
-            tryCompare(b.importButton, "hovered", true)
-            tryCompare(b.importButton, "color", Theme.buttonFillHover)
-            mouseMove(root, 5, 190)
-            tryCompare(b.importButton, "color", Theme.buttonFill)
-        }
     }
 }
