@@ -21,19 +21,10 @@ using OptionalText = std::optional<QString>;
 
 namespace {
 
-const QColor red(220, 20, 20);
-const QColor green(20, 200, 40);
-const QColor blue(30, 40, 230);
+const QColor red(220, 20, 20), green(20, 200, 40), blue(30, 40, 230);
 
-QByteArray jpegOf(const QColor &c)
-{
-    return FakeWebServer::jpeg(FakeWebServer::solidImage(c));
-}
-
-QString musicFolder()
-{
-    return QStandardPaths::standardLocations(QStandardPaths::MusicLocation).value(0);
-}
+QByteArray jpegOf(const QColor &c) { return FakeWebServer::jpeg(FakeWebServer::solidImage(c)); }
+QString musicFolder() { return QStandardPaths::standardLocations(QStandardPaths::MusicLocation).value(0); }
 
 QStringList filesBelow(const QString &root)
 {
@@ -66,28 +57,24 @@ class TestArtworkLoader : public QObject
     // release and Commons has a green picture for every album.
     void servicesHavePictures()
     {
+        using S = FakeWebServer;
         const QString upload = m_server.serviceUrl(QStringLiteral("upload"));
-        m_server.on(QStringLiteral("wiki"), [upload](const FakeWebServer::Request &) {
-            return FakeWebServer::json(FakeWebServer::pageImages(upload + "/red.png"));
+        m_server.on(QStringLiteral("wiki"), [upload](const S::Request &) { return S::json(S::pageImages(upload + "/red.png")); });
+        m_server.on(QStringLiteral("mb"), [](const S::Request &) { return S::json(S::releases({})); });
+        m_server.on(QStringLiteral("commons"), [upload](const S::Request &r) {
+            return S::json(r.pathAndQuery.contains("list=search") ? S::searchResults({QStringLiteral("File:Cover.png")})
+                                                                  : S::imageInfo(upload + "/green.png"));
         });
-        m_server.on(QStringLiteral("mb"), [](const FakeWebServer::Request &) {
-            return FakeWebServer::json(FakeWebServer::releases({}));
-        });
-        m_server.on(QStringLiteral("commons"), [upload](const FakeWebServer::Request &r) {
-            if (r.pathAndQuery.contains("list=search"))
-                return FakeWebServer::json(FakeWebServer::searchResults({QStringLiteral("File:Cover.png")}));
-            return FakeWebServer::json(FakeWebServer::imageInfo(upload + "/green.png"));
-        });
-        m_server.on(QStringLiteral("upload"), [](const FakeWebServer::Request &r) {
-            const QColor c = r.pathAndQuery == "/red.png" ? red : green;
-            return FakeWebServer::image(FakeWebServer::png(FakeWebServer::solidImage(c)));
+        m_server.on(QStringLiteral("upload"), [](const S::Request &r) {
+            return S::image(S::png(S::solidImage(r.pathAndQuery == "/red.png" ? red : green)));
         });
     }
 
     // The lookups that went online: one Wikipedia or MusicBrainz request each.
     int lookupsAsked() const
     {
-        return int(m_server.requestsFor(QStringLiteral("wiki")).size() + m_server.requestsFor(QStringLiteral("mb")).size());
+        const QList<FakeWebServer::Request> sent = m_server.requests();
+        return int(std::count_if(sent.begin(), sent.end(), [](const auto &r) { return r.service == u"wiki" || r.service == u"mb"; }));
     }
 
 private Q_SLOTS:
@@ -95,7 +82,6 @@ private Q_SLOTS:
     {
         // The tests empty the Music folder: never the user's own.
         QVERIFY2(!qEnvironmentVariableIsEmpty("TARNWELL_TEST_ROOT"), "run me through tests/support/isolated.sh");
-        QVERIFY(m_server.start());
         QVERIFY(!musicFolder().isEmpty());
     }
 

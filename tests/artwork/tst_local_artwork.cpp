@@ -22,32 +22,6 @@ class TestLocalArtwork : public QObject
     QTemporaryDir m_songs;
 
 private Q_SLOTS:
-    void folderNames_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("separators") << QStringLiteral("a/b\\c:d|e") << QStringLiteral("a-b-c-d-e");
-        QTest::newRow("others keep apart") << QStringLiteral("*?\"<>") << QStringLiteral("\uff0a\uff1f\uff02\uff1c\uff1e");
-        QTest::newRow("neighbours") << QStringLiteral("AC//DC") << QStringLiteral("AC--DC");
-        QTest::newRow("unicode spaces trimmed")
-            << QStringLiteral("\u00a0Low\u2003Tide\u3000") << QStringLiteral("Low\u2003Tide");
-        QTest::newRow("controls and line breaks dropped")
-            << QStringLiteral("\tLow\nTi\u0000de\r\u2028") << QStringLiteral("LowTide");
-        QTest::newRow("bidi overrides and joiners dropped")
-            << QStringLiteral("\u202eedit\u200d woL\u202c") << QStringLiteral("edit woL");
-        QTest::newRow("broken surrogate dropped, pairs kept")
-            << QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b\U0001F3B5") << QStringLiteral("ab\U0001F3B5");
-        QTest::newRow("dots kept") << QStringLiteral("..") << QStringLiteral("..");
-        QTest::newRow("nothing left") << QStringLiteral(" \u200b ") << QString();
-    }
-
-    void folderNames()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(artwork::sanitizedPathComponent(text), expected);
-    }
-
     // Names past 255 bytes are cut on a character and tagged with a digest of
     // the whole name, so names that begin alike keep folders of their own.
     void overlongNames()
@@ -68,13 +42,24 @@ private Q_SLOTS:
         QCOMPARE(artwork::sanitizedPathComponent(fits), fits);
     }
 
-    // Where copies go; a name that can't be a folder of its own gets none.
+    // Where copies go, and what becomes of a name on its way to a folder; a
+    // name that can't be a folder of its own gets none.
     void copyPaths_data()
     {
         QTest::addColumn<QString>("artist");
         QTest::addColumn<OptionalText>("album");
         QTest::addColumn<OptionalText>("expected");
-        QTest::newRow("artist") << QStringLiteral("Day/Night") << OptionalText() << OptionalText("Day-Night/artist.jpg");
+        const auto artist = [](const char *name, const QString &text, const char *folder) {
+            QTest::newRow(name) << text << OptionalText() << OptionalText(QString::fromUtf8(folder) + "/artist.jpg");
+        };
+        artist("separators", QStringLiteral("a/b\\c:d|e"), "a-b-c-d-e");
+        artist("others keep apart", QStringLiteral("*?\"<>"), "\uff0a\uff1f\uff02\uff1c\uff1e");
+        artist("neighbours", QStringLiteral("AC//DC"), "AC--DC");
+        artist("unicode spaces trimmed", QStringLiteral("\u00a0Low\u2003Tide\u3000"), "Low\u2003Tide");
+        artist("controls and line breaks dropped", QStringLiteral("\tLow\nTi\u0000de\r\u2028"), "LowTide");
+        artist("bidi overrides and joiners dropped", QStringLiteral("\u202eedit\u200d woL\u202c"), "edit woL");
+        artist("broken surrogate dropped, pairs kept", QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b\U0001F3B5"),
+               "ab\U0001F3B5");
         QTest::newRow("album") << QStringLiteral("AC/DC") << OptionalText("Back: In Black")
                                << OptionalText("AC-DC/Back- In Black/folder.jpg");
         QTest::newRow("three dots are a name") << QStringLiteral("...") << OptionalText("x")
@@ -82,7 +67,7 @@ private Q_SLOTS:
         QTest::newRow("dot-dot artist") << QStringLiteral("..") << OptionalText() << OptionalText();
         QTest::newRow("dot artist") << QStringLiteral(".") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot hidden by invisibles") << QStringLiteral("\u202e.\n.") << OptionalText() << OptionalText();
-        QTest::newRow("blank artist") << QStringLiteral(" \t") << OptionalText() << OptionalText();
+        QTest::newRow("nothing left") << QStringLiteral(" \u200b ") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot album") << QStringLiteral("Low") << OptionalText("..") << OptionalText();
         QTest::newRow("empty album") << QStringLiteral("Low") << OptionalText(QString()) << OptionalText();
     }
@@ -126,14 +111,12 @@ private Q_SLOTS:
         QTest::newRow("xpm") << encoded("xpm", QSize(8, 8)) << QSize();
         QTest::newRow("ppm") << encoded("ppm", QSize(8, 8)) << QSize();
         QTest::newRow("garbage") << QByteArray("GIF89a garbage") << QSize();
-        QTest::newRow("nothing") << QByteArray() << QSize();
     }
 
     void decoding()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QSize, expected);
-        QVERIFY(!bytes.isEmpty() || !expected.isValid());
         const std::optional<QImage> image = artwork::decodeImage(bytes);
         QCOMPARE(image ? image->size() : QSize(), expected);
     }

@@ -11,57 +11,47 @@
 
 using namespace artworktest;
 using namespace std::chrono_literals;
-using Reply = FakeWebServer::Reply;
-using Setup = std::function<void(FakeWebServer &)>;
+using S = FakeWebServer;
+using Setup = std::function<void(S &)>;
 Q_DECLARE_METATYPE(Setup)
-Q_DECLARE_METATYPE(FakeWebServer::Reply)
+Q_DECLARE_METATYPE(S::Reply)
 
 namespace {
 
-const QColor coverRed(220, 20, 20);
-const QColor commonsGreen(20, 200, 40);
-const QColor thumbBlue(30, 40, 230);
+const QColor coverRed(220, 20, 20), commonsGreen(20, 200, 40), thumbBlue(30, 40, 230);
 
 const QString mbQuery = QStringLiteral(
     "mb /ws/2/release/?query=artist:%22The%20Quiet%20Hours%22%20AND%20release:%22Low%20Tide%22&fmt=json&limit=5");
 const QString caaFront = QStringLiteral("caa /release/rel-1/front");
-const QString commonsAlbumSearch = QStringLiteral(
-    "commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours%20Low%20Tide%20album%20cover"
-    "&srnamespace=6&format=json&srlimit=3");
-const QString commonsArtistSearch = QStringLiteral(
-    "commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours&srnamespace=6&format=json&srlimit=5");
 const QString commonsInfo = QStringLiteral(
     "commons /w/api.php?action=query&titles=File:Hours.jpg&prop=imageinfo&iiprop=url&format=json");
 const QString wikiQuery = QStringLiteral(
     "wiki /w/api.php?action=query&titles=The%20Quiet%20Hours&prop=pageimages&pithumbsize=500"
     "&piprop=thumbnail&format=json");
-const QString commonsFile = QStringLiteral("upload /commons.png");
-const QString thumbFile = QStringLiteral("upload /thumb.png");
+const QStringList toCommons{
+    QStringLiteral("commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours%20Low%20Tide"
+                   "%20album%20cover&srnamespace=6&format=json&srlimit=3"),
+    commonsInfo, QStringLiteral("upload /commons.png")};
+const QString commonsArtistSearch = QStringLiteral(
+    "commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours&srnamespace=6&format=json&srlimit=5");
 
-Reply picture(const QColor &c)
+S::Reply picture(const QColor &c)
 {
-    return FakeWebServer::image(FakeWebServer::png(FakeWebServer::solidImage(c)));
+    return S::image(S::png(S::solidImage(c)));
 }
 
-// Commons finds File:Hours.jpg; the file host serves the pictures.
-void commonsAndUploads(FakeWebServer &s)
+S::Reply found(const QStringList &titles)
 {
-    s.script(QStringLiteral("commons"),
-             {FakeWebServer::json(FakeWebServer::searchResults({QStringLiteral("File:Hours.jpg")})),
-              FakeWebServer::json(FakeWebServer::imageInfo(s.serviceUrl(QStringLiteral("upload")) + "/commons.png"))});
-    s.on(QStringLiteral("upload"), [](const FakeWebServer::Request &r) {
-        return r.pathAndQuery == "/thumb.png" ? picture(thumbBlue) : picture(commonsGreen);
-    });
+    return S::json(S::searchResults(titles));
 }
 
-void release(FakeWebServer &s)
+Setup mb(const S::Reply &answer, std::optional<S::Reply> cover = {})
 {
-    s.script(QStringLiteral("mb"), {FakeWebServer::json(FakeWebServer::releases({QStringLiteral("rel-1")}))});
-}
-
-void noRelease(FakeWebServer &s)
-{
-    s.script(QStringLiteral("mb"), {FakeWebServer::json(FakeWebServer::releases({}))});
+    return [answer, cover](S &s) {
+        s.script(QStringLiteral("mb"), {answer});
+        if (cover)
+            s.script(QStringLiteral("caa"), {*cover});
+    };
 }
 
 } // namespace
@@ -70,125 +60,89 @@ class TestOnlineArtwork : public QObject
 {
     Q_OBJECT
 
-    FakeWebServer m_server;
+    S m_server;
 
-    online::Lookup lookup(ArtworkSession::Limits limits = {}, CancelToken cancel = {})
+    online::Lookup lookup(CancelToken cancel = {})
     {
-        return {std::make_shared<ArtworkSession>(servicesOf(m_server), limits), cancel};
-    }
-
-    void checkResult(const std::optional<QImage> &image, const QColor &color)
-    {
-        if (color.isValid())
-            QVERIFY(looksLike(image, color, 0));
-        else
-            QVERIFY(!image);
+        return {std::make_shared<ArtworkSession>(servicesOf(m_server), ArtworkSession::Limits{}), cancel};
     }
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_server.start()); }
 
+    // Commons finds File:Hours.jpg; the file host serves the pictures.
     void init()
     {
         m_server.reset();
-        commonsAndUploads(m_server);
+        m_server.script(QStringLiteral("commons"),
+                        {found({QStringLiteral("File:Hours.jpg")}),
+                         S::json(S::imageInfo(m_server.serviceUrl(QStringLiteral("upload")) + "/commons.png"))});
+        m_server.on(QStringLiteral("upload"), [](const S::Request &r) {
+            return picture(r.pathAndQuery == "/thumb.png" ? thumbBlue : commonsGreen);
+        });
     }
 
-    void albumChains_data()
+    void chains_data()
     {
+        QTest::addColumn<bool>("album"); // or the artist's picture
         QTest::addColumn<Setup>("setup");
         QTest::addColumn<QStringList>("expected");
         QTest::addColumn<QColor>("color"); // invalid: no picture
         QTest::addColumn<bool>("answered");
 
-        const QStringList toCommons{commonsAlbumSearch, commonsInfo, commonsFile};
+        const S::Reply release = S::json(S::releases({QStringLiteral("rel-1")}));
+        const S::Reply none = S::json(S::releases({}));
         QTest::newRow("release found, cover present")
-            << Setup([](FakeWebServer &s) {
-                   release(s);
-                   s.script(QStringLiteral("caa"), {picture(coverRed)});
-               })
-            << QStringList{mbQuery, caaFront} << coverRed << true;
+            << true << mb(release, picture(coverRed)) << QStringList{mbQuery, caaFront} << coverRed << true;
         QTest::newRow("release found, no cover")
-            << Setup([](FakeWebServer &s) { release(s); })
-            << QStringList{mbQuery, caaFront} + toCommons << commonsGreen << true;
-        QTest::newRow("no release") << Setup(noRelease) << QStringList{mbQuery} + toCommons << commonsGreen << true;
+            << true << mb(release) << QStringList{mbQuery, caaFront} + toCommons << commonsGreen << true;
+        QTest::newRow("no release") << true << mb(none) << QStringList{mbQuery} + toCommons << commonsGreen << true;
         QTest::newRow("rate limited: only a 200 counts")
-            << Setup([](FakeWebServer &s) {
-                   s.script(QStringLiteral("mb"),
-                            {FakeWebServer::json(FakeWebServer::releases({QStringLiteral("rel-1")}), 503)});
-               })
-            << QStringList{mbQuery} + toCommons << commonsGreen << false;
-        QTest::newRow("Commons page without imageinfo")
-            << Setup([](FakeWebServer &s) {
-                   noRelease(s);
-                   s.script(QStringLiteral("commons"),
-                            {FakeWebServer::json(FakeWebServer::searchResults({QStringLiteral("File:Hours.jpg")})),
-                             FakeWebServer::json(FakeWebServer::imageInfo(std::nullopt))});
-               })
-            << QStringList{mbQuery, commonsAlbumSearch, commonsInfo} << QColor() << true;
+            << true << mb(S::json(release.body, 503)) << QStringList{mbQuery} + toCommons << commonsGreen << false;
+        QTest::newRow("Commons page without imageinfo") << true << Setup([none](S &s) {
+            mb(none)(s);
+            s.script(QStringLiteral("commons"), {found({QStringLiteral("File:Hours.jpg")}), S::json(S::imageInfo({}))});
+        }) << QStringList{mbQuery, toCommons[0], commonsInfo} << QColor() << true;
         QTest::newRow("release whose cover is a bomb")
-            << Setup([](FakeWebServer &s) {
-                   release(s);
-                   s.script(QStringLiteral("caa"), {FakeWebServer::image(FakeWebServer::imageBomb(60000, 60000))});
-               })
-            << QStringList{mbQuery, caaFront} + toCommons << commonsGreen << true;
+            << true << mb(release, S::image(S::imageBomb(60000, 60000))) << QStringList{mbQuery, caaFront} + toCommons
+            << commonsGreen << true;
         QTest::newRow("MusicBrainz unreachable")
-            << Setup([](FakeWebServer &s) {
-                   s.script(QStringLiteral("mb"), {FakeWebServer::redirect("http://127.0.0.1:9/closed")});
-               })
-            << QStringList{mbQuery} + toCommons << commonsGreen << false;
+            << true << mb(S::redirect("http://127.0.0.1:9/closed")) << QStringList{mbQuery} + toCommons
+            << commonsGreen << false;
+        QTest::newRow("artist: thumbnail, whatever the status") << false << Setup([](S &s) {
+            const QString thumb = s.serviceUrl(QStringLiteral("upload")) + "/thumb.png";
+            s.script(QStringLiteral("wiki"), {S::json(S::pageImages(thumb), 404)});
+        }) << QStringList{wikiQuery, QStringLiteral("upload /thumb.png")} << thumbBlue << true;
+        QTest::newRow("artist: missing page") << false << Setup([](S &s) {
+            s.script(QStringLiteral("wiki"), {S::json(S::pageImages({}))});
+        }) << QStringList{wikiQuery, commonsArtistSearch, commonsInfo, toCommons[2]} << commonsGreen << true;
+        QTest::newRow("artist: Wikipedia down, Commons empty") << false << Setup([](S &s) {
+            s.script(QStringLiteral("wiki"), {S::status(503)});
+            s.script(QStringLiteral("commons"), {found({})});
+        }) << QStringList{wikiQuery, commonsArtistSearch} << QColor() << true;
     }
 
-    void albumChains()
+    void chains()
     {
+        QFETCH(bool, album);
         QFETCH(Setup, setup);
-        QFETCH(QStringList, expected);
         QFETCH(QColor, color);
-        QFETCH(bool, answered);
         setup(m_server);
-
         const online::Lookup l = lookup();
-        checkResult(QCoro::waitFor(online::onlineAlbumArt(l, QStringLiteral("The Quiet Hours"),
-                                                          QStringLiteral("Low Tide"))),
-                    color);
-        QCOMPARE(trail(m_server), expected);
-        QCOMPARE(l.wasAnswered(), answered);
-        const QList<FakeWebServer::Request> sent = m_server.requests();
+        const QString artist = QStringLiteral("The Quiet Hours");
+        const std::optional<QImage> image = QCoro::waitFor(
+            album ? online::onlineAlbumArt(l, artist, QStringLiteral("Low Tide")) : online::onlineArtistImage(l, artist));
+        QVERIFY(color.isValid() ? looksLike(image, color, 0) : !image);
+        QTEST(trail(m_server), "expected");
+        if (album)
+            QTEST(l.wasAnswered(), "answered");
+        const QList<S::Request> sent = m_server.requests();
         for (qsizetype i = 0; i < sent.size(); ++i) {
-            QCOMPARE(sent[i].headers.value("user-agent"), QByteArray("Tarnwell/1.0 (") + contactUrl + ')');
+            QCOMPARE(sent[i].userAgent, QByteArray("Tarnwell/1.0 (") + contactUrl + ')');
             // The Cover Art Archive is asked no sooner than 1.1 s after the search.
             if (sent[i].service == u"caa")
                 QVERIFY(sent[i].time - sent[i - 1].time >= 1.1);
         }
-    }
-
-    void artistChains_data()
-    {
-        QTest::addColumn<Setup>("setup");
-        QTest::addColumn<QStringList>("expected");
-        QTest::addColumn<QColor>("color");
-
-        QTest::newRow("thumbnail, whatever the status") << Setup([](FakeWebServer &s) {
-            const QString thumb = s.serviceUrl(QStringLiteral("upload")) + "/thumb.png";
-            s.script(QStringLiteral("wiki"), {FakeWebServer::json(FakeWebServer::pageImages(thumb), 404)});
-        }) << QStringList{wikiQuery, thumbFile} << thumbBlue;
-        QTest::newRow("missing page") << Setup([](FakeWebServer &s) {
-            s.script(QStringLiteral("wiki"), {FakeWebServer::json(FakeWebServer::pageImages(std::nullopt))});
-        }) << QStringList{wikiQuery, commonsArtistSearch, commonsInfo, commonsFile} << commonsGreen;
-        QTest::newRow("Wikipedia down, Commons empty") << Setup([](FakeWebServer &s) {
-            s.script(QStringLiteral("wiki"), {FakeWebServer::status(503)});
-            s.script(QStringLiteral("commons"), {FakeWebServer::json(FakeWebServer::searchResults({}))});
-        }) << QStringList{wikiQuery, commonsArtistSearch} << QColor();
-    }
-
-    void artistChains()
-    {
-        QFETCH(Setup, setup);
-        QFETCH(QStringList, expected);
-        QFETCH(QColor, color);
-        setup(m_server);
-        checkResult(QCoro::waitFor(online::onlineArtistImage(lookup(), QStringLiteral("The Quiet Hours"))), color);
-        QCOMPARE(trail(m_server), expected);
     }
 
     // Every value goes into its address encoded: & + = and quotation marks in a
@@ -199,7 +153,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("artist");
         QTest::addColumn<QString>("releaseID");
         QTest::addColumn<QStringList>("expected");
-
         QTest::newRow("query values and a path segment")
             << QStringLiteral("Salt & Cedar = M\u00fcller + \"Co\"") << QStringLiteral("../../admin?x=1#y")
             << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22Salt%20%26%20Cedar%20%3D%20M%C3%BCller"
@@ -220,58 +173,41 @@ private Q_SLOTS:
     {
         QFETCH(QString, artist);
         QFETCH(QString, releaseID);
-        QFETCH(QStringList, expected);
-        m_server.script(QStringLiteral("caa"), {picture(coverRed)});
-        m_server.script(QStringLiteral("mb"), {FakeWebServer::json(FakeWebServer::releases({releaseID}))});
+        mb(S::json(S::releases({releaseID})), picture(coverRed))(m_server);
         QVERIFY(QCoro::waitFor(online::onlineAlbumArt(lookup(), artist, std::nullopt)));
-        QCOMPARE(trail(m_server), expected);
+        QTEST(trail(m_server), "expected");
     }
 
     // Whatever a server sends, a request ends within its deadline and its
     // memory: a drip that keeps the idle clock happy, a body over the cap of
-    // its kind (announced or not), silence. The limits are shortened so the
-    // test waits seconds; a picture larger than a JSON answer may be shows the
-    // caps go by kind.
+    // its kind (announced or not), silence. A picture larger than a JSON
+    // answer may be shows the caps go by kind.
     void limits_data()
     {
-        QTest::addColumn<Reply>("reply");
+        QTest::addColumn<S::Reply>("reply");
         QTest::addColumn<bool>("json");
         QTest::addColumn<bool>("arrives");
-
-        const qint64 jsonCap = 64 * 1024;
-        const qint64 pictureCap = 256 * 1024;
-        QTest::newRow("JSON drip") << FakeWebServer::stream(1 << 20, false, 50, 64) << true << false;
-        QTest::newRow("picture drip with a length") << FakeWebServer::stream(1 << 20, true, 50, 64) << false << false;
-        // Far more than the cap, so that the server sees the client hang up.
-        QTest::newRow("JSON announced over its cap") << FakeWebServer::stream(64 << 20, true) << true << false;
-        QTest::newRow("JSON over its cap, unannounced") << FakeWebServer::stream(64 << 20, false) << true << false;
-        QTest::newRow("picture announced over its cap") << FakeWebServer::stream(64 << 20, true) << false << false;
-        QTest::newRow("picture over its cap, unannounced")
-            << FakeWebServer::stream(64 << 20, false) << false << false;
-        QTest::newRow("picture above the JSON cap") << FakeWebServer::stream(pictureCap, true) << false << true;
-        QTest::newRow("JSON at its cap") << FakeWebServer::stream(jsonCap, false) << true << true;
-        QTest::newRow("silence") << FakeWebServer::silence() << true << false;
-        QTest::newRow("redirect to a file") << FakeWebServer::redirect("file:///etc/hostname") << false << false;
+        // Far more than the caps, so that the server sees the client hang up.
+        QTest::newRow("JSON drip") << S::stream(1 << 20, false, 50) << true << false;
+        QTest::newRow("picture drip with a length") << S::stream(1 << 20, true, 50) << false << false;
+        QTest::newRow("JSON announced over its cap") << S::stream(64 << 20, true) << true << false;
+        QTest::newRow("picture over its cap, unannounced") << S::stream(64 << 20, false) << false << false;
+        QTest::newRow("picture above the JSON cap") << S::stream(256 * 1024, true) << false << true;
+        QTest::newRow("JSON at its cap") << S::stream(64 * 1024, false) << true << true;
+        QTest::newRow("silence") << S::silence() << true << false;
+        QTest::newRow("redirect to a file") << S::redirect("file:///etc/hostname") << false << false;
     }
 
     void limits()
     {
-        QFETCH(Reply, reply);
+        QFETCH(S::Reply, reply);
         QFETCH(bool, json);
         QFETCH(bool, arrives);
         m_server.script(QStringLiteral("caa"), {reply});
-        ArtworkSession::Limits limits;
         // Long enough for what must arrive to arrive on a busy machine.
-        limits.idleTimeout = 5s;
-        limits.jsonDeadline = 5s;
-        limits.pictureDeadline = 5s;
-        limits.maxJsonBytes = 64 * 1024;
-        limits.maxPictureBytes = 256 * 1024;
-        ArtworkSession session(servicesOf(m_server), limits);
-
+        ArtworkSession session(servicesOf(m_server), {5s, 5s, 5s, 64 * 1024, 256 * 1024});
         const auto kind = json ? ArtworkSession::Kind::Json : ArtworkSession::Kind::Picture;
-        const auto response =
-            QCoro::waitFor(session.get(QUrl(m_server.serviceUrl(QStringLiteral("caa")) + "/x"), kind, {}));
+        const auto response = QCoro::waitFor(session.get(QUrl(m_server.serviceUrl(QStringLiteral("caa")) + "/x"), kind, {}));
         QCOMPARE(response.has_value(), arrives);
         if (reply.streamBytes > 0 && !arrives)
             QTRY_COMPARE_WITH_TIMEOUT(m_server.cutStreams(), 1, 60000);
@@ -281,10 +217,10 @@ private Q_SLOTS:
     // sending them.
     void cancelledDuringARequest()
     {
-        m_server.script(QStringLiteral("wiki"), {FakeWebServer::silence()});
+        m_server.script(QStringLiteral("wiki"), {S::silence()});
         const CancelToken cancel = CancelToken::create();
         QTimer::singleShot(200, [cancel] { cancel.cancel(); });
-        const online::Lookup l = lookup({}, cancel);
+        const online::Lookup l = lookup(cancel);
         QVERIFY(!QCoro::waitFor(online::onlineArtistImage(l, QStringLiteral("The Quiet Hours"))));
         QCOMPARE(trail(m_server), QStringList{wikiQuery});
         QVERIFY(!l.wasAnswered());

@@ -95,15 +95,6 @@ private Q_SLOTS:
             (QStringList { "1.mp3=-", "2.mp3=-" }));
     }
 
-    void selectedArtistIsAnExactMatch()
-    {
-        const QList<ArtistGroup> artists { { QStringLiteral("Nova"), {} }, { QStringLiteral("Echo"), {} } };
-        QCOMPARE(findArtist(artists, QStringLiteral("Echo")), std::optional<qsizetype>(1));
-        QCOMPARE(findArtist(artists, QStringLiteral("NOVA")), std::nullopt);
-        QCOMPARE(findArtist(artists, QStringLiteral("Nova ")), std::nullopt);
-        QCOMPARE(findArtist({}, QStringLiteral("Nova")), std::nullopt);
-    }
-
     void detailSortsByFileName_data()
     {
         QTest::addColumn<QStringList>("library");
@@ -144,23 +135,6 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, infos);
         QTEST(describe(albumGroups(infosOf(infos))), "albums");
-    }
-
-    void visible_data()
-    {
-        QTest::addColumn<QString>("selected");
-        QTest::addColumn<QStringList>("visible");
-        QTest::newRow("no selection lists everything")
-            << QString() << QStringList { "1.mp3=Live", "2.mp3=-", "3.mp3=live" };
-        QTest::newRow("an album") << "Live" << QStringList { "1.mp3=Live" };
-        QTest::newRow("case counts") << "live" << QStringList { "3.mp3=live" };
-        QTest::newRow("an album the artist doesn't have") << "Elsewhere" << QStringList();
-    }
-
-    void visible()
-    {
-        QFETCH(QString, selected);
-        QTEST(describe(visibleTracks(infosOf({ "1.mp3|Live", "2.mp3", "3.mp3|live" }), selected)), "visible");
     }
 };
 

@@ -25,31 +25,18 @@ namespace {
 // Every wait is for a condition; this only ends a test that hangs.
 constexpr int patience = 60000;
 
-QUrl fileUrl(const QString &path)
+// Players made from now on write 16-bit stereo at 44.1 kHz to the file, in
+// real time or as fast as they decode (the test's cleanup() restores the sink).
+// The file sink truncates when it opens, so a sink opened twice loses what
+// came before.
+void recordTo(const QString &file, bool realTime)
 {
-    return QUrl::fromLocalFile(path);
+    qputenv("TARNWELL_AUDIO_SINK",
+        QStringLiteral("capsfilter caps=audio/x-raw,format=S16LE,layout=interleaved,rate=44100,channels=2"
+                       " ! filesink buffer-mode=unbuffered sync=%1 location=\"%2\"")
+            .arg(realTime ? u"true" : u"false", file)
+            .toUtf8());
 }
-
-// Players made while it lives write 16-bit stereo at 44.1 kHz to the file,
-// in real time or as fast as they decode. The file sink truncates when it
-// opens, so a sink opened twice loses what came before.
-class RecordingSink
-{
-public:
-    RecordingSink(const QString &file, bool realTime)
-        : m_old(qgetenv("TARNWELL_AUDIO_SINK"))
-    {
-        qputenv("TARNWELL_AUDIO_SINK",
-            QStringLiteral("capsfilter caps=audio/x-raw,format=S16LE,layout=interleaved,rate=44100,channels=2"
-                           " ! filesink buffer-mode=unbuffered sync=%1 location=\"%2\"")
-                .arg(realTime ? u"true" : u"false", file)
-                .toUtf8());
-    }
-    ~RecordingSink() { qputenv("TARNWELL_AUDIO_SINK", m_old); }
-
-private:
-    QByteArray m_old;
-};
 
 std::span<const qint16> samples(const QByteArray &pcm)
 {
@@ -71,7 +58,7 @@ struct Chain
     explicit Chain(const QStringList &files)
     {
         for (const QString &f : files)
-            songs.append(Track::create(fileUrl(f)));
+            songs.append(Track::create(QUrl::fromLocalFile(f)));
         QObject::connect(&player, &AudioPlayer::finishTickChanged, &player, [this] {
             if (controller.playingTrack() != songs.last())
                 controller.playNext();
@@ -99,6 +86,7 @@ class TestAudioPlayer : public QObject
 
     QTemporaryDir m_dir;
     QString m_long; // 30 s WAV
+    QByteArray m_sink;
 
     QString path(const QString &name) const { return m_dir.filePath(name); }
 
@@ -120,7 +108,7 @@ class TestAudioPlayer : public QObject
     void letAudioTimePass(double seconds)
     {
         AudioPlayer clock;
-        QVERIFY(clock.load(fileUrl(m_long)));
+        QVERIFY(clock.load(QUrl::fromLocalFile(m_long)));
         clock.play();
         playUntil(clock, seconds);
     }
@@ -128,11 +116,12 @@ class TestAudioPlayer : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(m_dir.isValid());
-        QVERIFY2(testsupport::haveTool(QStringLiteral("ffmpeg")), "ffmpeg is needed");
+        m_sink = qgetenv("TARNWELL_AUDIO_SINK");
         m_long = make(Format::Wav, QStringLiteral("long"), 30);
         QVERIFY(!m_long.isEmpty());
     }
+
+    void cleanup() { qputenv("TARNWELL_AUDIO_SINK", m_sink); }
 
     void playsEveryFormat_data()
     {
@@ -165,7 +154,7 @@ private Q_SLOTS:
         QSignalSpy finished(&player, &AudioPlayer::finishTickChanged);
         QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
 
-        QVERIFY(player.load(fileUrl(file)));
+        QVERIFY(player.load(QUrl::fromLocalFile(file)));
         QCOMPARE(player.currentTime(), 0.0);
         QCOMPARE(player.isPlaying(), false);
         if (lengthKnownAtLoad)
@@ -230,14 +219,14 @@ private Q_SLOTS:
             testsupport::writeFile(m_dir.path(), name, content);
 
         AudioPlayer player;
-        QVERIFY(player.load(fileUrl(m_long)));
+        QVERIFY(player.load(QUrl::fromLocalFile(m_long)));
         player.play();
         playUntil(player, 0.3);
         const double position = player.currentTime();
         QSignalSpy length(&player, &AudioPlayer::durationChanged);
         QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
 
-        QCOMPARE(player.load(fileUrl(file)), audio);
+        QCOMPARE(player.load(QUrl::fromLocalFile(file)), audio);
         QCOMPARE(player.isPlaying(), true); // until the caller plays or pauses
         QCOMPARE(player.duration(), audio ? 2.0 : 30.0);
         QCOMPARE(player.currentTime(), audio ? 0.0 : position);
@@ -268,7 +257,7 @@ private Q_SLOTS:
             expected += fixtures::decode(f);
         }
         const QString recording = path(QStringLiteral("joins.raw"));
-        RecordingSink sink(recording, true);
+        recordTo(recording, true);
         Chain chain(files);
         QList<qint64> recordedAtStart;
         chain.onStart = [&] { recordedAtStart.append(QFileInfo(recording).size()); };
@@ -277,16 +266,10 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(chain.player.finishTick(), 3, patience);
 
         const QByteArray recorded = testsupport::readFile(recording);
-        const auto [differs, _]
-            = std::mismatch(recorded.begin(), recorded.end(), expected.begin(), expected.end());
-        QVERIFY2(recorded == expected,
-            qPrintable(QStringLiteral(
-                "recorded %1 frames, expected %2; first difference at frame %3; joins at %4, %5")
-                           .arg(recorded.size() / 4)
-                           .arg(expected.size() / 4)
-                           .arg((differs - recorded.begin()) / 4)
-                           .arg(boundaries[1] / 4)
-                           .arg(boundaries[2] / 4)));
+        const auto differs = std::mismatch(recorded.begin(), recorded.end(), expected.begin(), expected.end()).first;
+        QVERIFY2(recorded == expected, qPrintable(QStringLiteral("%1 of %2 frames, first difference at %3; joins at %4, %5")
+                     .arg(recorded.size() / 4).arg(expected.size() / 4).arg((differs - recorded.begin()) / 4)
+                     .arg(boundaries[1] / 4).arg(boundaries[2] / 4)));
         QCOMPARE(recordedAtStart.size(), 3);
         for (int i = 1; i < 3; ++i)
             QVERIFY2(recordedAtStart[i] >= boundaries[i], qPrintable(QString::number(recordedAtStart[i])));
@@ -354,7 +337,7 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(plain, tagged));
         QVERIFY(fixtures::tagTrackGain(tagged, QStringLiteral("-6.02 dB"), QStringLiteral("0.5")));
         const QString recording = path(QStringLiteral("levels.raw"));
-        RecordingSink sink(recording, false);
+        recordTo(recording, false);
         Chain chain(taggedFirst ? QStringList { tagged, plain } : QStringList { plain, tagged });
         chain.player.overrideVolumeLevelling(levelling);
         chain.controller.playTrack(chain.songs.first());
@@ -371,10 +354,7 @@ private Q_SLOTS:
         for (size_t i = 0; i < second.size(); ++i) {
             // A float decoder's output is dithered on its way to 16 bits.
             if (qAbs(second[i] - secondToFirst * first[i]) > 3 + secondToFirst)
-                QFAIL(qPrintable(QStringLiteral("sample %1 of the second song: %2, the first's: %3")
-                                     .arg(i)
-                                     .arg(second[i])
-                                     .arg(first[i])));
+                QFAIL(qPrintable(QStringLiteral("sample %1 of the second song: %2, the first's: %3").arg(i).arg(second[i]).arg(first[i])));
         }
     }
 

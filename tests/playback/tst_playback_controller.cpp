@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The queue rules, the song prepared for a gapless join and the space bar,
-// over a player that makes no sound.
+// The queue rules and the song prepared for a gapless join, over a player
+// that makes no sound.
 #include "playback/PlaybackController.h"
-#include "playback/SpaceBar.h"
 
 #include <QSet>
 #include <QTest>
@@ -57,10 +56,7 @@ public:
     void seek(double seconds) override { seeks.append(seconds); }
     bool isPlaying() const override { return playing; }
     double duration() const override { return length; }
-    void setEndApproachingHandler(std::function<void()> handler) override
-    {
-        endApproaching = std::move(handler);
-    }
+    void setEndApproachingHandler(std::function<void()> handler) override { endApproaching = std::move(handler); }
     bool queueNext(const QUrl &url) override
     {
         const bool joinable = !unjoinable.contains(nameOf(url));
@@ -114,12 +110,7 @@ struct Rig
     void run(const QStringList &steps)
     {
         const std::map<QString, std::function<void(const QStringList &)>> ops {
-            { u"queue"_s,
-                [&](const QStringList &w) {
-                    queue.clear();
-                    for (const QString &n : w.mid(1))
-                        queue.append(song(n));
-                } },
+            { u"queue"_s, [&](const QStringList &w) { queue.clear(); for (const QString &n : w.mid(1)) queue.append(song(n)); } },
             { u"play"_s, [&](const QStringList &w) { controller.playTrack(song(w[1])); } },
             { u"start"_s, [&](const QStringList &w) { controller.startPlayback(song(w[1])); } },
             { u"next"_s, [&](const QStringList &) { controller.playNext(); } },
@@ -130,11 +121,7 @@ struct Rig
             { u"pick"_s, [&](const QStringList &w) { picks.append(w[1].toLongLong()); } },
             { u"near"_s, [&](const QStringList &) { player.endApproaching(); } },
             { u"take"_s, [&](const QStringList &) { player.take(); } },
-            { u"end"_s,
-                [&](const QStringList &) {
-                    player.end();
-                    controller.playNext();
-                } },
+            { u"end"_s, [&](const QStringList &) { player.end(); controller.playNext(); } },
             { u"requeue"_s, [&](const QStringList &) { controller.queueChanged(); } },
             { u"nogapless"_s, [&](const QStringList &) { controller.setGapless(false); } },
         };
@@ -314,31 +301,6 @@ private Q_SLOTS:
         QCOMPARE(reports, changes ? QList<unsigned> { changes } : QList<unsigned> {});
         if (changes & PlaybackController::PlayingTrackChanged)
             QVERIFY(playingAtReport);
-    }
-
-    void spaceBar_data()
-    {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-        QTest::addColumn<bool>("textInputFocused");
-        QTest::addColumn<bool>("toggles");
-        const auto row = [](const char *name, int key, Qt::KeyboardModifiers modifiers, bool typing,
-                             bool toggles) { QTest::newRow(name) << key << modifiers << typing << toggles; };
-        row("space alone toggles", Qt::Key_Space, Qt::NoModifier, false, true);
-        row("space in a text field types a space", Qt::Key_Space, Qt::NoModifier, true, false);
-        row("shift+space passes", Qt::Key_Space, Qt::ShiftModifier, false, false);
-        row("ctrl+space passes", Qt::Key_Space, Qt::ControlModifier, false, false);
-        row("keypad space passes", Qt::Key_Space, Qt::KeypadModifier, false, false);
-        row("another key passes", Qt::Key_K, Qt::NoModifier, false, false);
-    }
-
-    void spaceBar()
-    {
-        QFETCH(int, key);
-        QFETCH(Qt::KeyboardModifiers, modifiers);
-        QFETCH(bool, textInputFocused);
-        QFETCH(bool, toggles);
-        QCOMPARE(spaceBarTogglesPlayback(key, modifiers, textInputFocused), toggles);
     }
 };
 

@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 
 #include <linux/capability.h>
 #include <sys/syscall.h>
@@ -91,11 +90,6 @@ ToolResult run(const QString &program, const QStringList &args, int timeoutMs)
     r.out = p.readAllStandardOutput();
     r.err = p.readAllStandardError();
     return r;
-}
-
-bool haveTool(const QString &program)
-{
-    return !QStandardPaths::findExecutable(program).isEmpty();
 }
 
 bool makeAudio(const QString &path, double seconds)

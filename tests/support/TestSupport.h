@@ -26,9 +26,6 @@ struct ToolResult
 // Runs an external program to completion (at most timeoutMs) and returns what it printed.
 ToolResult run(const QString &program, const QStringList &args, int timeoutMs = 60000);
 
-// True when the program is on PATH (tests that need it skip otherwise).
-bool haveTool(const QString &program);
-
 // Makes a short audio file with sox (and ffmpeg for m4a) at test time.
 // Returns false when the tools are missing or fail.
 bool makeAudio(const QString &path, double seconds = 1.0);
