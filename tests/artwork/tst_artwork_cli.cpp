@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// tarnwell-cli artwork: its arguments, the JPEG it writes and its answers
-// when nothing is found or nothing can be written. The lookups themselves
-// are the loader's, tested with it; here the web is a closed port.
+// tarnwell-cli artwork: its arguments, the JPEG it writes, and its answers when
+// nothing is found or written. The web is a closed port; the lookups are the loader's.
 #include "ArtworkTestUtil.h"
 #include "artwork/ImageCodec.h"
 #include "support/TestSupport.h"
 
-#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -26,20 +24,17 @@ private Q_SLOTS:
         QTest::addColumn<int>("exitCode"); // 0: out.jpg holds the blue picture
         QTest::addColumn<QByteArray>("says");
         const QString song = writeFile(m_dir.path(), QStringLiteral("album/one.flac"), "x");
-        writeFile(m_dir.path(), QStringLiteral("album/cover.png"), FakeWebServer::png(FakeWebServer::solidImage(Qt::blue)));
-        const QString music = QStandardPaths::standardLocations(QStandardPaths::MusicLocation).value(0);
-        const QByteArray copy = FakeWebServer::jpeg(FakeWebServer::solidImage(Qt::blue));
-        writeFile(music, QStringLiteral("Low/artist.jpg"), copy);
-        writeFile(music, QStringLiteral("Low/Tide-1/folder.jpg"), copy);
+        writeFile(m_dir.path(), QStringLiteral("album/cover.png"), pngOf(Qt::blue));
+        writeFile(musicFolder(), QStringLiteral("Low/artist.jpg"), jpegOf(Qt::blue));
+        writeFile(musicFolder(), QStringLiteral("Low/Tide-1/folder.jpg"), jpegOf(Qt::blue));
         const QString out = m_dir.filePath(QStringLiteral("out.jpg"));
         QTest::newRow("song") << QStringList{"--file", song, "--out", out} << 0 << QByteArray();
         QTest::newRow("artist") << QStringList{"--artist", "Low", "--out", out} << 0 << QByteArray();
         QTest::newRow("album") << QStringList{"--artist", "Low", "--album", "Tide/1", "--out", out} << 0 << QByteArray();
-        QTest::newRow("no output") << QStringList{"--artist", "A"} << 2 << QByteArray("usage");
-        QTest::newRow("nothing to look for") << QStringList{"--out", "x.jpg"} << 2 << QByteArray("usage");
-        QTest::newRow("unknown option") << QStringList{"--artist", "A", "--size", "3", "--out", "x.jpg"} << 2
-                                        << QByteArray("usage");
-        QTest::newRow("missing value") << QStringList{"--out", "x.jpg", "--artist"} << 2 << QByteArray("usage");
+        for (const QStringList &usage : {QStringList{"--artist", "A"}, QStringList{"--out", "x.jpg"},
+                                         QStringList{"--artist", "A", "--size", "3", "--out", "x.jpg"},
+                                         QStringList{"--out", "x.jpg", "--artist"}})
+            QTest::newRow(qPrintable(usage.join(u' '))) << usage << 2 << QByteArray("usage");
         QTest::newRow("no such song") << QStringList{"--file", "/nonexistent.flac", "--out", "x.jpg"} << 1
                                       << QByteArray("/nonexistent.flac: there is no such file");
         QTest::newRow("nothing found") << QStringList{"--album", "Nowhere", "--out", "x.jpg"} << 1

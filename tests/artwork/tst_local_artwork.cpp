@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Pictures on disk: folder names of the copies, decoding limits and formats,
-// and the choice of a folder's picture.
+// Pictures on disk: folder names of the copies, decoding, a folder's picture.
+#include "ArtworkTestUtil.h"
 #include "artwork/ImageCodec.h"
 #include "artwork/LocalArtwork.h"
-#include "support/FakeWebServer.h"
 #include "support/TestSupport.h"
 
 #include <QBuffer>
@@ -27,19 +26,15 @@ private Q_SLOTS:
     void overlongNames()
     {
         const QString base = QString(200, u'\u00e9'); // 400 bytes
-        const QString a = artwork::sanitizedPathComponent(base + u'a');
-        const QString b = artwork::sanitizedPathComponent(base + u'b');
-        const QString star = artwork::sanitizedPathComponent(base + u'*');
-        const QString question = artwork::sanitizedPathComponent(base + u'?');
-        for (const QString &name : {a, b, star, question}) {
-            QVERIFY(name.toUtf8().size() <= 255);
-            QVERIFY(name.startsWith(QString(100, u'\u00e9')));
-            QVERIFY(name.contains(u'~'));
+        QSet<QString> names;
+        for (const QChar last : {u'a', u'b', u'*', u'?'}) {
+            const QString name = artwork::sanitizedPathComponent(base + last);
+            QVERIFY(name.toUtf8().size() <= 255 && name.startsWith(QString(100, u'\u00e9')) && name.contains(u'~'));
+            QCOMPARE(artwork::sanitizedPathComponent(base + last), name);
+            names.insert(name);
         }
-        QCOMPARE(QSet<QString>({a, b, star, question}).size(), 4);
-        QCOMPARE(artwork::sanitizedPathComponent(base + u'a'), a);
-        const QString fits = QString(255, u'x');
-        QCOMPARE(artwork::sanitizedPathComponent(fits), fits);
+        QCOMPARE(names.size(), 4);
+        QCOMPARE(artwork::sanitizedPathComponent(QString(255, u'x')), QString(255, u'x'));
     }
 
     // Where copies go, and what becomes of a name on its way to a folder; a
@@ -54,10 +49,9 @@ private Q_SLOTS:
         };
         artist("separators", QStringLiteral("a/b\\c:d|e"), "a-b-c-d-e");
         artist("others keep apart", QStringLiteral("*?\"<>"), "\uff0a\uff1f\uff02\uff1c\uff1e");
-        artist("neighbours", QStringLiteral("AC//DC"), "AC--DC");
         artist("unicode spaces trimmed", QStringLiteral("\u00a0Low\u2003Tide\u3000"), "Low\u2003Tide");
-        artist("controls and line breaks dropped", QStringLiteral("\tLow\nTi\u0000de\r\u2028"), "LowTide");
-        artist("bidi overrides and joiners dropped", QStringLiteral("\u202eedit\u200d woL\u202c"), "edit woL");
+        artist("controls, line breaks, bidi overrides and joiners dropped",
+               QStringLiteral("\tLow\nTi\u0000de\r\u2028 \u202eedit\u200d woL\u202c"), "LowTide edit woL");
         artist("broken surrogate dropped, pairs kept", QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b\U0001F3B5"),
                "ab\U0001F3B5");
         QTest::newRow("album") << QStringLiteral("AC/DC") << OptionalText("Back: In Black")
@@ -65,11 +59,9 @@ private Q_SLOTS:
         QTest::newRow("three dots are a name") << QStringLiteral("...") << OptionalText("x")
                                                << OptionalText(".../x/folder.jpg");
         QTest::newRow("dot-dot artist") << QStringLiteral("..") << OptionalText() << OptionalText();
-        QTest::newRow("dot artist") << QStringLiteral(".") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot hidden by invisibles") << QStringLiteral("\u202e.\n.") << OptionalText() << OptionalText();
         QTest::newRow("nothing left") << QStringLiteral(" \u200b ") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot album") << QStringLiteral("Low") << OptionalText("..") << OptionalText();
-        QTest::newRow("empty album") << QStringLiteral("Low") << OptionalText(QString()) << OptionalText();
     }
 
     void copyPaths()
@@ -100,7 +92,6 @@ private Q_SLOTS:
         const int kept = artwork::keptEdge;
         QTest::newRow("small jpeg") << encoded("jpg", QSize(64, 48)) << QSize(64, 48);
         QTest::newRow("small webp") << encoded("webp", QSize(64, 48)) << QSize(64, 48);
-        QTest::newRow("tiff") << encoded("tiff", QSize(8, 8)) << QSize(8, 8);
         QTest::newRow("bmp") << encoded("bmp", QSize(8, 8)) << QSize(8, 8);
         QTest::newRow("large jpeg, scaled while decoding") << encoded("jpg", QSize(4000, 3000)) << QSize(kept, kept * 3 / 4);
         QTest::newRow("progressive jpeg that fits") << encoded("jpg", QSize(4000, 3000), true) << QSize(kept, kept * 3 / 4);
@@ -109,7 +100,6 @@ private Q_SLOTS:
         QTest::newRow("png too large to decode whole") << FakeWebServer::imageBomb(3000, 3000) << QSize();
         QTest::newRow("jpeg-sized bomb") << FakeWebServer::imageBomb(50000, 50000) << QSize();
         QTest::newRow("xpm") << encoded("xpm", QSize(8, 8)) << QSize();
-        QTest::newRow("ppm") << encoded("ppm", QSize(8, 8)) << QSize();
         QTest::newRow("garbage") << QByteArray("GIF89a garbage") << QSize();
     }
 
@@ -123,49 +113,37 @@ private Q_SLOTS:
 
     void folderImagePreference_data()
     {
-        QTest::addColumn<QStringList>("files"); // the one marked * is expected
+        QTest::addColumn<QStringList>("files"); // *: the one expected; -: no picture; |: a fifo
         QTest::newRow("folder before cover") << QStringList{"cover.jpg", "*folder.png"};
         QTest::newRow("names before extensions") << QStringList{"albumart.jpg", "front.png", "*album.jpeg"};
         QTest::newRow("jpg before jpeg before png") << QStringList{"cover.png", "*cover.jpeg"};
         QTest::newRow("unreadable well-known file skipped") << QStringList{"-folder.jpg", "*artwork.png"};
         QTest::newRow("any picture in name order") << QStringList{"scan02.png", "*scan01.JPG"};
-        QTest::newRow("well-known names are exact") << QStringList{"Folder.JPG", "*cover.png"};
-        QTest::newRow("hidden pictures skipped") << QStringList{".hidden.jpg"};
-        QTest::newRow("other files are no pictures") << QStringList{"notes.txt", "cover.gif"};
+        QTest::newRow("hidden files and other files are no pictures") << QStringList{".hidden.jpg", "notes.txt", "cover.gif"};
         QTest::newRow("a fifo named like a picture") << QStringList{"|folder.jpg", "*cover.png"};
     }
 
-    // Each file is a picture of its own colour, so the one chosen shows;
-    // "-" marks a file that is no picture, "|" a fifo.
+    // Each file is a picture of its own colour, so the one chosen shows.
     void folderImagePreference()
     {
         QFETCH(QStringList, files);
         QVERIFY(QDir(m_songs.path()).removeRecursively() && QDir().mkpath(m_songs.path()));
         QColor expected;
         for (qsizetype i = 0; i < files.size(); ++i) {
-            QString name = files[i];
             const QColor colour = QColor::fromHsv(30 + int(i) * 60, 255, 255);
-            if (name.startsWith(u'*'))
-                expected = colour;
-            if (name.startsWith(u'|')) {
-                QCOMPARE(testsupport::run(QStringLiteral("mkfifo"), {m_songs.filePath(name.mid(1))}).exitCode, 0);
-                continue;
-            }
-            if (name.startsWith(u'-')) {
-                writeFile(m_songs.path(), name.mid(1), "not a picture");
-                continue;
-            }
-            name.remove(u'*');
+            const QString name = files[i].mid(QStringLiteral("*-|").contains(files[i].front()) ? 1 : 0);
             const QImage image = FakeWebServer::solidImage(colour);
-            writeFile(m_songs.path(), name,
-                      name.endsWith(QStringLiteral("png")) ? FakeWebServer::png(image) : FakeWebServer::jpeg(image));
+            if (files[i].startsWith(u'*'))
+                expected = colour;
+            if (files[i].startsWith(u'|'))
+                QCOMPARE(testsupport::run(QStringLiteral("mkfifo"), {m_songs.filePath(name)}).exitCode, 0);
+            else
+                writeFile(m_songs.path(), name, files[i].startsWith(u'-') ? QByteArray("not a picture")
+                                                : name.endsWith(u"png") ? FakeWebServer::png(image) : FakeWebServer::jpeg(image));
         }
         const std::optional<QImage> image = artwork::folderImage(m_songs.path());
         QCOMPARE(image.has_value(), expected.isValid());
-        if (image) {
-            const QColor c = image->pixelColor(image->width() / 2, image->height() / 2);
-            QVERIFY2(qAbs(c.hue() - expected.hue()) <= 6, qPrintable(c.name() + u' ' + expected.name()));
-        }
+        QVERIFY(!image || artworktest::looksLike(image, expected));
     }
 };
 

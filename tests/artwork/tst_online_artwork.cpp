@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The online chains against the loopback stand-in for the services: which
-// requests go out, in which order, to which exact addresses, what comes back,
-// and what a slow, huge or silent answer costs.
+// The online chains against the loopback stand-in for the services: the exact
+// requests in order, what comes back, and what a slow, huge or silent answer costs.
 #include "ArtworkTestUtil.h"
 #include "artwork/OnlineArtwork.h"
 
@@ -12,8 +11,8 @@
 using namespace artworktest;
 using namespace std::chrono_literals;
 using S = FakeWebServer;
-using Setup = std::function<void(S &)>;
-Q_DECLARE_METATYPE(Setup)
+using Scripts = QList<std::pair<QString, QList<S::Reply>>>; // service, its replies in order
+Q_DECLARE_METATYPE(Scripts)
 Q_DECLARE_METATYPE(S::Reply)
 
 namespace {
@@ -35,24 +34,8 @@ const QStringList toCommons{
 const QString commonsArtistSearch = QStringLiteral(
     "commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours&srnamespace=6&format=json&srlimit=5");
 
-S::Reply picture(const QColor &c)
-{
-    return S::image(S::png(S::solidImage(c)));
-}
-
-S::Reply found(const QStringList &titles)
-{
-    return S::json(S::searchResults(titles));
-}
-
-Setup mb(const S::Reply &answer, std::optional<S::Reply> cover = {})
-{
-    return [answer, cover](S &s) {
-        s.script(QStringLiteral("mb"), {answer});
-        if (cover)
-            s.script(QStringLiteral("caa"), {*cover});
-    };
-}
+S::Reply picture(const QColor &c) { return S::image(pngOf(c)); }
+S::Reply found(const QStringList &titles) { return S::json(searchResults(titles)); }
 
 } // namespace
 
@@ -70,13 +53,12 @@ class TestOnlineArtwork : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_server.start()); }
 
-    // Commons finds File:Hours.jpg; the file host serves the pictures.
     void init()
     {
         m_server.reset();
         m_server.script(QStringLiteral("commons"),
                         {found({QStringLiteral("File:Hours.jpg")}),
-                         S::json(S::imageInfo(m_server.serviceUrl(QStringLiteral("upload")) + "/commons.png"))});
+                         S::json(imageInfo(m_server.serviceUrl(QStringLiteral("upload")) + "/commons.png"))});
         m_server.on(QStringLiteral("upload"), [](const S::Request &r) {
             return picture(r.pathAndQuery == "/thumb.png" ? thumbBlue : commonsGreen);
         });
@@ -85,49 +67,42 @@ private Q_SLOTS:
     void chains_data()
     {
         QTest::addColumn<bool>("album"); // or the artist's picture
-        QTest::addColumn<Setup>("setup");
+        QTest::addColumn<Scripts>("scripts");
         QTest::addColumn<QStringList>("expected");
         QTest::addColumn<QColor>("color"); // invalid: no picture
         QTest::addColumn<bool>("answered");
-
-        const S::Reply release = S::json(S::releases({QStringLiteral("rel-1")}));
-        const S::Reply none = S::json(S::releases({}));
-        QTest::newRow("release found, cover present")
-            << true << mb(release, picture(coverRed)) << QStringList{mbQuery, caaFront} << coverRed << true;
-        QTest::newRow("release found, no cover")
-            << true << mb(release) << QStringList{mbQuery, caaFront} + toCommons << commonsGreen << true;
-        QTest::newRow("no release") << true << mb(none) << QStringList{mbQuery} + toCommons << commonsGreen << true;
-        QTest::newRow("rate limited: only a 200 counts")
-            << true << mb(S::json(release.body, 503)) << QStringList{mbQuery} + toCommons << commonsGreen << false;
-        QTest::newRow("Commons page without imageinfo") << true << Setup([none](S &s) {
-            mb(none)(s);
-            s.script(QStringLiteral("commons"), {found({QStringLiteral("File:Hours.jpg")}), S::json(S::imageInfo({}))});
-        }) << QStringList{mbQuery, toCommons[0], commonsInfo} << QColor() << true;
-        QTest::newRow("release whose cover is a bomb")
-            << true << mb(release, S::image(S::imageBomb(60000, 60000))) << QStringList{mbQuery, caaFront} + toCommons
-            << commonsGreen << true;
-        QTest::newRow("MusicBrainz unreachable")
-            << true << mb(S::redirect("http://127.0.0.1:9/closed")) << QStringList{mbQuery} + toCommons
-            << commonsGreen << false;
-        QTest::newRow("artist: thumbnail, whatever the status") << false << Setup([](S &s) {
-            const QString thumb = s.serviceUrl(QStringLiteral("upload")) + "/thumb.png";
-            s.script(QStringLiteral("wiki"), {S::json(S::pageImages(thumb), 404)});
-        }) << QStringList{wikiQuery, QStringLiteral("upload /thumb.png")} << thumbBlue << true;
-        QTest::newRow("artist: missing page") << false << Setup([](S &s) {
-            s.script(QStringLiteral("wiki"), {S::json(S::pageImages({}))});
-        }) << QStringList{wikiQuery, commonsArtistSearch, commonsInfo, toCommons[2]} << commonsGreen << true;
-        QTest::newRow("artist: Wikipedia down, Commons empty") << false << Setup([](S &s) {
-            s.script(QStringLiteral("wiki"), {S::status(503)});
-            s.script(QStringLiteral("commons"), {found({})});
-        }) << QStringList{wikiQuery, commonsArtistSearch} << QColor() << true;
+        const auto row = [](const char *name, bool album, const Scripts &scripts, const QStringList &expected,
+                            const QColor &color, bool answered = true) {
+            QTest::newRow(name) << album << scripts << expected << color << answered;
+        };
+        const S::Reply release = S::json(releases({QStringLiteral("rel-1")})), none = S::json(releases({}));
+        const QString thumb = m_server.serviceUrl(QStringLiteral("upload")) + "/thumb.png";
+        row("release found, cover present", true, {{"mb", {release}}, {"caa", {picture(coverRed)}}},
+            {mbQuery, caaFront}, coverRed);
+        row("release found, no cover", true, {{"mb", {release}}}, QStringList{mbQuery, caaFront} + toCommons, commonsGreen);
+        row("no release", true, {{"mb", {none}}}, QStringList{mbQuery} + toCommons, commonsGreen);
+        row("rate limited: only a 200 counts", true, {{"mb", {S::json(release.body, 503)}}},
+            QStringList{mbQuery} + toCommons, commonsGreen, false);
+        row("Commons page without imageinfo", true,
+            {{"mb", {none}}, {"commons", {found({QStringLiteral("File:Hours.jpg")}), S::json(imageInfo({}))}}},
+            {mbQuery, toCommons[0], commonsInfo}, QColor());
+        row("release whose cover is a bomb", true, {{"mb", {release}}, {"caa", {S::image(S::imageBomb(60000, 60000))}}},
+            QStringList{mbQuery, caaFront} + toCommons, commonsGreen);
+        row("artist: thumbnail, whatever the status", false, {{"wiki", {S::json(pageImages(thumb), 404)}}},
+            {wikiQuery, QStringLiteral("upload /thumb.png")}, thumbBlue);
+        row("artist: missing page", false, {{"wiki", {S::json(pageImages({}))}}},
+            {wikiQuery, commonsArtistSearch, commonsInfo, toCommons[2]}, commonsGreen);
+        row("artist: Wikipedia down, Commons empty", false, {{"wiki", {S::status(503)}}, {"commons", {found({})}}},
+            {wikiQuery, commonsArtistSearch}, QColor());
     }
 
     void chains()
     {
         QFETCH(bool, album);
-        QFETCH(Setup, setup);
+        QFETCH(Scripts, scripts);
         QFETCH(QColor, color);
-        setup(m_server);
+        for (const auto &[service, replies] : scripts)
+            m_server.script(service, replies);
         const online::Lookup l = lookup();
         const QString artist = QStringLiteral("The Quiet Hours");
         const std::optional<QImage> image = QCoro::waitFor(
@@ -145,9 +120,7 @@ private Q_SLOTS:
         }
     }
 
-    // Every value goes into its address encoded: & + = and quotation marks in a
-    // query, so a name stays one value; everything but letters, digits and
-    // - . _ ~ in a path segment, so a release id can't climb out of its path.
+    // A name stays one query value; a release id can't climb out of its path segment.
     void encoding_data()
     {
         QTest::addColumn<QString>("artist");
@@ -158,10 +131,6 @@ private Q_SLOTS:
             << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22Salt%20%26%20Cedar%20%3D%20M%C3%BCller"
                                           "%20%2B%20%22Co%22%22&fmt=json&limit=5"),
                            QStringLiteral("caa /release/..%2F..%2Fadmin%3Fx%3D1%23y/front")};
-        QTest::newRow("kept characters")
-            << QStringLiteral("-._~!$'()*,;:@/?") << QStringLiteral("a b/\u65e5")
-            << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22-._~!$'()*,;:@/?%22&fmt=json&limit=5"),
-                           QStringLiteral("caa /release/a%20b%2F%E6%97%A5/front")};
         QTest::newRow("everything else")
             << QStringLiteral("#%[]{}<>\\^`|\t") << QStringLiteral("-._~")
             << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22%23%25%5B%5D%7B%7D%3C%3E%5C%5E%60%7C%09%22"
@@ -173,21 +142,19 @@ private Q_SLOTS:
     {
         QFETCH(QString, artist);
         QFETCH(QString, releaseID);
-        mb(S::json(S::releases({releaseID})), picture(coverRed))(m_server);
+        m_server.script(QStringLiteral("mb"), {S::json(releases({releaseID}))});
+        m_server.script(QStringLiteral("caa"), {picture(coverRed)});
         QVERIFY(QCoro::waitFor(online::onlineAlbumArt(lookup(), artist, std::nullopt)));
         QTEST(trail(m_server), "expected");
     }
 
-    // Whatever a server sends, a request ends within its deadline and its
-    // memory: a drip that keeps the idle clock happy, a body over the cap of
-    // its kind (announced or not), silence. A picture larger than a JSON
-    // answer may be shows the caps go by kind.
+    // Whatever a server sends, a request ends within its deadline and the cap
+    // of its kind: a drip that keeps the idle clock happy, a body too large, silence.
     void limits_data()
     {
         QTest::addColumn<S::Reply>("reply");
         QTest::addColumn<bool>("json");
         QTest::addColumn<bool>("arrives");
-        // Far more than the caps, so that the server sees the client hang up.
         QTest::newRow("JSON drip") << S::stream(1 << 20, false, 50) << true << false;
         QTest::newRow("picture drip with a length") << S::stream(1 << 20, true, 50) << false << false;
         QTest::newRow("JSON announced over its cap") << S::stream(64 << 20, true) << true << false;
@@ -203,18 +170,16 @@ private Q_SLOTS:
         QFETCH(S::Reply, reply);
         QFETCH(bool, json);
         QFETCH(bool, arrives);
-        m_server.script(QStringLiteral("caa"), {reply});
-        // Long enough for what must arrive to arrive on a busy machine.
+        m_server.on(QStringLiteral("caa"), [reply](const S::Request &) { return reply; }); // a retry too
         ArtworkSession session(servicesOf(m_server), {5s, 5s, 5s, 64 * 1024, 256 * 1024});
         const auto kind = json ? ArtworkSession::Kind::Json : ArtworkSession::Kind::Picture;
         const auto response = QCoro::waitFor(session.get(QUrl(m_server.serviceUrl(QStringLiteral("caa")) + "/x"), kind, {}));
         QCOMPARE(response.has_value(), arrives);
         if (reply.streamBytes > 0 && !arrives)
-            QTRY_COMPARE_WITH_TIMEOUT(m_server.cutStreams(), 1, 60000);
+            QTRY_VERIFY_WITH_TIMEOUT(m_server.cutStreams() >= 1, 60000);
     }
 
-    // Cancelled during a request, the chain fails the rest at once without
-    // sending them.
+    // Cancelled during a request, the chain ends at once without sending the rest.
     void cancelledDuringARequest()
     {
         m_server.script(QStringLiteral("wiki"), {S::silence()});

@@ -5,18 +5,15 @@
 #include <QElapsedTimer>
 #include <QHash>
 #include <QImage>
-#include <QMutex>
 #include <QObject>
-#include <QThread>
+#include <QTcpServer>
 
 #include <functional>
-#include <optional>
 
 // A loopback HTTP/1.1 server standing in for the web services. The first path
-// segment names the service (serviceUrl("mb"), "caa", "wiki", "commons", and
-// "upload" for the file host), so one server plays them all. It runs on a
-// thread of its own, so arrival times stay true while the test's thread is
-// busy; handlers run on that thread. One request per connection.
+// segment names the service ("mb", "caa", "wiki", "commons", "upload"), so one
+// server plays them all. It answers while the test's event loop runs (QTRY_*,
+// QCoro::waitFor). One request per connection.
 class FakeWebServer : public QObject
 {
 public:
@@ -44,21 +41,19 @@ public:
 
     using Handler = std::function<Reply(const Request &)>;
 
-    FakeWebServer();
-    ~FakeWebServer() override;
+    FakeWebServer() { m_clock.start(); }
 
     bool start(); // on the same port again after stop()
     void stop();  // drops every connection: a server that has gone away
     QString serviceUrl(const QString &service) const;
 
     void on(const QString &service, Handler handler);
-    // These replies in order, then 404.
-    void script(const QString &service, QList<Reply> replies);
+    void script(const QString &service, QList<Reply> replies); // in order, then 404
     void reset(); // forgets handlers and requests
 
     double now() const { return double(m_clock.nsecsElapsed()) / 1e9; }
-    QList<Request> requests() const;
-    int cutStreams() const; // streamed bodies whose client hung up early
+    QList<Request> requests() const { return m_requests; }
+    int cutStreams() const { return m_cutStreams; } // streamed bodies whose client hung up early
 
     static Reply json(const QByteArray &body, int status = 200) { return {status, "application/json", body, {}, true, -1, false, 0}; }
     static Reply status(int code) { return {code, "text/plain", "status\n", {}, true, -1, false, 0}; }
@@ -70,12 +65,6 @@ public:
         return {200, "application/json", {}, {}, true, bytes, declareLength, dripMs};
     }
 
-    // Answers of the services.
-    static QByteArray releases(const QStringList &ids);
-    static QByteArray pageImages(const std::optional<QString> &thumbnail); // none: no such page
-    static QByteArray searchResults(const QStringList &titles);
-    static QByteArray imageInfo(const std::optional<QString> &url);
-
     static QImage solidImage(const QColor &color, QSize size = QSize(64, 48));
     static QByteArray encode(const QImage &image, const char *format);
     static QByteArray png(const QImage &image) { return encode(image, "png"); }
@@ -84,14 +73,14 @@ public:
     static QByteArray imageBomb(quint32 width, quint32 height);
 
 private:
-    class Worker;
+    void read(QTcpSocket *socket);
+    void answer(QTcpSocket *socket, const Reply &reply);
 
-    QThread m_thread;
-    Worker *m_worker;
+    QTcpServer *m_server = nullptr;
     quint16 m_port = 0;
     QElapsedTimer m_clock;
-    mutable QMutex m_mutex; // guards what follows
     QHash<QString, Handler> m_handlers;
     QList<Request> m_requests;
+    QHash<QTcpSocket *, qint64> m_left; // streams still sending
     int m_cutStreams = 0;
 };
