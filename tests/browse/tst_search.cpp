@@ -66,15 +66,10 @@ private Q_SLOTS:
         };
         const char *beat = "heartbeat.mp3|Someone|Pulse;01 Intro.flac|The Beatmakers|Drums;quiet.mp3|Calm|Still";
         row("spaces only", beat, "   ", "");
-        row("empty query", beat, "", "");
         row("empty index", "", "a", "");
-        row("outer spaces ignored, case ignored", beat, "  BEAT ", "the beatmakers|The Beatmakers|1", "heartbeat");
-        row("tabs and other space separators trimmed", beat, "\tbeat\u00a0\u3000", "the beatmakers|The Beatmakers|1",
-            "heartbeat");
-        row("a line break is not trimmed", beat, "beat\n", "");
+        row("outer spaces and space separators trimmed, case ignored", beat, "\t BEAT\u00a0\u3000",
+            "the beatmakers|The Beatmakers|1", "heartbeat");
         row("inner spaces match literally", beat, "the  beatmakers", "");
-        row("inner space is part of the text", beat, "the beatm", "the beatmakers|The Beatmakers|1");
-        row("one letter searches", beat, "q", "", "quiet");
         row("spellings merge under the first, counted over the whole index",
             "a.mp3|NOVA;b.mp3|Nova;c.mp3|Other;d.mp3|nova", "nov", "nova|NOVA|3");
         row("artists in library order, not by name", "1.mp3|Zed Band;2.mp3|Anna Band;3.mp3|Mid Band", "band",
@@ -94,22 +89,18 @@ private Q_SLOTS:
         row("albums cut to three, song lists over the whole index",
             "1.mp3|A|Live 1;2.mp3|A|Live 2;3.mp3|A|Live 3;4.mp3|A|Live 4;5.mp3|A|live 1", "live", "", "",
             "a::live 1|Live 1|A|1.mp3,5.mp3;a::live 2|Live 2|A|2.mp3;a::live 3|Live 3|A|3.mp3");
-        row("an album matches by its album name only", "1.mp3|Echo|Other", "echo", "echo|Echo|1");
         row("ten song hits give the first four in library order",
             "tune 9.mp3;tune 8.mp3;tune 7.mp3;tune 6.mp3;tune 5.mp3;tune 4.mp3;tune 3.mp3;tune 2.mp3;tune 1.mp3;tune 0.mp3",
             "tune", "", "tune 9;tune 8;tune 7;tune 6");
         row("songs are not de-duplicated", "a/same.mp3;b/same.flac", "same", "", "same;same");
         row("title tags are not searched, extensions are not names", "Track 01.mp3", "mp3", "");
         row("no accent folding", "x.mp3|Lumé", "lume", "");
-        row("accented query finds accented name", "x.mp3|LUMÉ", "lumé", "lumé|LUMÉ|1");
-        row("decomposed tag, precomposed query", "x.mp3|Lume\u0301", "lum\u00e9", "lum\u00e9|Lume\u0301|1");
         row("precomposed file name, decomposed query", "Caf\u00e9 Noir.mp3", "CAFE\u0301", "", "Caf\u00e9 Noir");
         row("both spellings are one artist", "1.mp3|Lume\u0301;2.mp3|Lum\u00e9", "lum", "lum\u00e9|Lume\u0301|2");
         row("a base letter doesn't match a letter with a combining mark", "1.mp3|Q\u0303uartet;2.mp3|Quartet", "q",
             "quartet|Quartet|1");
         row("lower-casing beyond ASCII", "1.mp3|\u0391\u0398\u0397\u039d\u0391;\u00c9CLAT.flac", "\u03b8\u03b7",
             "\u03b1\u03b8\u03b7\u03bd\u03b1|\u0391\u0398\u0397\u039d\u0391|1");
-        row("upper-case non-ASCII query", "\u00e9clat.flac", "\u00c9CL", "", "\u00e9clat");
     }
 
     void answers()
@@ -157,20 +148,17 @@ private Q_SLOTS:
         QCOMPARE(allArtistNames(TrackIndex()), QStringList());
     }
 
+    // The trimmed tag of a song's first entry; none without a tag.
     void artistOfATrack()
     {
         Library lib = Library::from({ "1.mp3|First", "2.mp3", "3.mp3|  Third  " });
-        const TrackIndex index = indexOf(lib);
+        QList<TrackSearchEntry> entries = indexOf(lib).entries();
+        entries.append({ lib.tracks.at(0), QStringLiteral("1"), QStringLiteral("Later"), {} });
+        const TrackIndex index(entries);
         QCOMPARE(artistForTrack(index, lib.tracks.at(0).id), std::optional<QString>(QStringLiteral("First")));
         QCOMPARE(artistForTrack(index, lib.tracks.at(1).id), std::nullopt);
         QCOMPARE(artistForTrack(index, lib.tracks.at(2).id), std::optional<QString>(QStringLiteral("Third")));
         QCOMPARE(artistForTrack(index, QUuid::createUuid()), std::nullopt);
-
-        // The same song indexed twice answers with its first entry.
-        QList<TrackSearchEntry> entries = index.entries();
-        entries.append({ lib.tracks.at(0), QStringLiteral("1"), QStringLiteral("Later"), {} });
-        QCOMPARE(artistForTrack(TrackIndex(entries), lib.tracks.at(0).id),
-            std::optional<QString>(QStringLiteral("First")));
     }
 
     // An index that grew by appends as songs came in answers every query as
@@ -178,8 +166,7 @@ private Q_SLOTS:
     void appendsAnswerAsOneBuild()
     {
         QRandomGenerator rng(20240611);
-        // Few letters, so names collide; ':' and ' ' to stress the album ids
-        // and inner spaces; accented and Greek letters in both cases.
+        // Few letters, so names collide; ':' and ' ' for album ids; accents and Greek in both cases.
         const QStringList alphabet { "a", "b", "A", "B", ":", " ", "é", "É", "σ", "Σ", "x" };
         const auto word = [&](int maxLength) {
             QString w;
@@ -214,36 +201,19 @@ private Q_SLOTS:
                 const QString query = word(3);
                 const SearchResults a = computeSearchResults(query, grown);
                 const SearchResults b = computeSearchResults(query, whole);
-                const QByteArray where = QStringLiteral("round %1, query '%2'").arg(round).arg(query).toUtf8();
-                QVERIFY2(artistsOf(a) == artistsOf(b), where.constData());
-                QVERIFY2(tracksOf(a) == tracksOf(b), where.constData());
-                QVERIFY2(albumsOf(a) == albumsOf(b), where.constData());
+                QVERIFY2(artistsOf(a) == artistsOf(b) && tracksOf(a) == tracksOf(b) && albumsOf(a) == albumsOf(b),
+                         qPrintable(QStringLiteral("round %1, query '%2'").arg(round).arg(query)));
             }
         }
     }
 
-    void foldedColumnFindsEveryKey_data()
-    {
-        QTest::addColumn<QStringList>("keys");
-        QTest::addColumn<QString>("needle");
-        QTest::addColumn<QList<int>>("hits");
-        QTest::newRow("every key in turn")
-            << QStringList { "ab", "b", "", "abab" } << "b" << QList<int> { 0, 1, 3 };
-        QTest::newRow("no match across keys") << QStringList { "xa", "bx" } << "ab" << QList<int>();
-        QTest::newRow("needle longer than any key") << QStringList { "ab", "cd" } << "abcd" << QList<int>();
-        QTest::newRow("multi-byte letters") << QStringList { QString::fromUtf8("\u00e9t\u00e9"), "ete" }
-                                            << QString::fromUtf8("t\u00e9") << QList<int> { 0 };
-        QTest::newRow("rare byte late in the needle")
-            << QStringList { "aaaz", "aaz", "az" } << "aaz" << QList<int> { 0, 1 };
-    }
-
-    // Wherever a match falls relative to the blocks the scan compares at
-    // once, and however close to the end of the column, it is found, in the
-    // right key, and nothing before it is.
+    // Wherever a match falls relative to the blocks the scan compares at once,
+    // and however close to the end of the column, it is found in the right key,
+    // nothing before it is, and a match across two keys is none.
     void foldedColumnAtEveryOffset()
     {
         for (int offset = 0; offset < 40; ++offset) {
-            for (const QString &needle : {QStringLiteral("q"), QStringLiteral("qz"), QStringLiteral("qxz"),
+            for (const QString &needle : {QStringLiteral("q"), QStringLiteral("qz"), QStringLiteral("qxz"), QStringLiteral("t\u00e9"),
                                           QStringLiteral("aqzzzzzzzzzzzzzzzzzb")}) {
                 FoldedColumn column;
                 column.append(QString(37, u'a'));
@@ -259,23 +229,12 @@ private Q_SLOTS:
                 QCOMPARE(atEnd.findNext(v), size_t(1));
                 const std::string miss = std::string(v.substr(0, v.size() - 1)) + '!';
                 QCOMPARE(atEnd.findNext(miss), size_t(2));
+                FoldedColumn split; // a longer needle cut in two
+                split.append(QString(offset, u'y') + needle.chopped(1));
+                split.append(needle.right(1) + QStringLiteral("tail"));
+                QCOMPARE(split.findNext(v), size_t(needle.size() > 1 ? 2 : 1));
             }
         }
-    }
-
-    void foldedColumnFindsEveryKey()
-    {
-        QFETCH(QStringList, keys);
-        QFETCH(QString, needle);
-        FoldedColumn column;
-        for (const QString &k : keys)
-            column.append(k);
-        const QByteArray n = needle.toUtf8();
-        QList<int> hits;
-        for (size_t i = column.findNext({ n.constData(), size_t(n.size()) }); i < column.size();
-             i = column.findNext({ n.constData(), size_t(n.size()) }, i + 1))
-            hits.append(int(i));
-        QTEST(hits, "hits");
     }
 };
 
