@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Pictures on disk: folder names of the copies, decoding limits and formats,
-// and the choice of a folder's picture.
+// Pictures on disk: folder names of the copies, decoding, a folder's picture.
+#include "ArtworkTestUtil.h"
 #include "artwork/ImageCodec.h"
 #include "artwork/LocalArtwork.h"
-#include "support/FakeWebServer.h"
 #include "support/TestSupport.h"
 
 #include <QBuffer>
@@ -22,69 +21,47 @@ class TestLocalArtwork : public QObject
     QTemporaryDir m_songs;
 
 private Q_SLOTS:
-    void folderNames_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("separators") << QStringLiteral("a/b\\c:d|e") << QStringLiteral("a-b-c-d-e");
-        QTest::newRow("others keep apart") << QStringLiteral("*?\"<>") << QStringLiteral("\uff0a\uff1f\uff02\uff1c\uff1e");
-        QTest::newRow("neighbours") << QStringLiteral("AC//DC") << QStringLiteral("AC--DC");
-        QTest::newRow("unicode spaces trimmed")
-            << QStringLiteral("\u00a0Low\u2003Tide\u3000") << QStringLiteral("Low\u2003Tide");
-        QTest::newRow("controls and line breaks dropped")
-            << QStringLiteral("\tLow\nTi\u0000de\r\u2028") << QStringLiteral("LowTide");
-        QTest::newRow("bidi overrides and joiners dropped")
-            << QStringLiteral("\u202eedit\u200d woL\u202c") << QStringLiteral("edit woL");
-        QTest::newRow("broken surrogate dropped, pairs kept")
-            << QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b\U0001F3B5") << QStringLiteral("ab\U0001F3B5");
-        QTest::newRow("dots kept") << QStringLiteral("..") << QStringLiteral("..");
-        QTest::newRow("nothing left") << QStringLiteral(" \u200b ") << QString();
-    }
-
-    void folderNames()
-    {
-        QFETCH(QString, text);
-        QFETCH(QString, expected);
-        QCOMPARE(artwork::sanitizedPathComponent(text), expected);
-    }
-
     // Names past 255 bytes are cut on a character and tagged with a digest of
     // the whole name, so names that begin alike keep folders of their own.
     void overlongNames()
     {
         const QString base = QString(200, u'\u00e9'); // 400 bytes
-        const QString a = artwork::sanitizedPathComponent(base + u'a');
-        const QString b = artwork::sanitizedPathComponent(base + u'b');
-        const QString star = artwork::sanitizedPathComponent(base + u'*');
-        const QString question = artwork::sanitizedPathComponent(base + u'?');
-        for (const QString &name : {a, b, star, question}) {
-            QVERIFY(name.toUtf8().size() <= 255);
-            QVERIFY(name.startsWith(QString(100, u'\u00e9')));
-            QVERIFY(name.contains(u'~'));
+        QSet<QString> names;
+        for (const QChar last : {u'a', u'b', u'*', u'?'}) {
+            const QString name = artwork::sanitizedPathComponent(base + last);
+            QVERIFY(name.toUtf8().size() <= 255 && name.startsWith(QString(100, u'\u00e9')) && name.contains(u'~'));
+            QCOMPARE(artwork::sanitizedPathComponent(base + last), name);
+            names.insert(name);
         }
-        QCOMPARE(QSet<QString>({a, b, star, question}).size(), 4);
-        QCOMPARE(artwork::sanitizedPathComponent(base + u'a'), a);
-        const QString fits = QString(255, u'x');
-        QCOMPARE(artwork::sanitizedPathComponent(fits), fits);
+        QCOMPARE(names.size(), 4);
+        QCOMPARE(artwork::sanitizedPathComponent(QString(255, u'x')), QString(255, u'x'));
     }
 
-    // Where copies go; a name that can't be a folder of its own gets none.
+    // Where copies go, and what becomes of a name on its way to a folder; a
+    // name that can't be a folder of its own gets none.
     void copyPaths_data()
     {
         QTest::addColumn<QString>("artist");
         QTest::addColumn<OptionalText>("album");
         QTest::addColumn<OptionalText>("expected");
-        QTest::newRow("artist") << QStringLiteral("Day/Night") << OptionalText() << OptionalText("Day-Night/artist.jpg");
+        const auto artist = [](const char *name, const QString &text, const char *folder) {
+            QTest::newRow(name) << text << OptionalText() << OptionalText(QString::fromUtf8(folder) + "/artist.jpg");
+        };
+        artist("separators", QStringLiteral("a/b\\c:d|e"), "a-b-c-d-e");
+        artist("others keep apart", QStringLiteral("*?\"<>"), "\uff0a\uff1f\uff02\uff1c\uff1e");
+        artist("unicode spaces trimmed", QStringLiteral("\u00a0Low\u2003Tide\u3000"), "Low\u2003Tide");
+        artist("controls, line breaks, bidi overrides and joiners dropped",
+               QStringLiteral("\tLow\nTi\u0000de\r\u2028 \u202eedit\u200d woL\u202c"), "LowTide edit woL");
+        artist("broken surrogate dropped, pairs kept", QStringLiteral("a") + QChar(0xd800) + QStringLiteral("b\U0001F3B5"),
+               "ab\U0001F3B5");
         QTest::newRow("album") << QStringLiteral("AC/DC") << OptionalText("Back: In Black")
                                << OptionalText("AC-DC/Back- In Black/folder.jpg");
         QTest::newRow("three dots are a name") << QStringLiteral("...") << OptionalText("x")
                                                << OptionalText(".../x/folder.jpg");
         QTest::newRow("dot-dot artist") << QStringLiteral("..") << OptionalText() << OptionalText();
-        QTest::newRow("dot artist") << QStringLiteral(".") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot hidden by invisibles") << QStringLiteral("\u202e.\n.") << OptionalText() << OptionalText();
-        QTest::newRow("blank artist") << QStringLiteral(" \t") << OptionalText() << OptionalText();
+        QTest::newRow("nothing left") << QStringLiteral(" \u200b ") << OptionalText() << OptionalText();
         QTest::newRow("dot-dot album") << QStringLiteral("Low") << OptionalText("..") << OptionalText();
-        QTest::newRow("empty album") << QStringLiteral("Low") << OptionalText(QString()) << OptionalText();
     }
 
     void copyPaths()
@@ -115,7 +92,6 @@ private Q_SLOTS:
         const int kept = artwork::keptEdge;
         QTest::newRow("small jpeg") << encoded("jpg", QSize(64, 48)) << QSize(64, 48);
         QTest::newRow("small webp") << encoded("webp", QSize(64, 48)) << QSize(64, 48);
-        QTest::newRow("tiff") << encoded("tiff", QSize(8, 8)) << QSize(8, 8);
         QTest::newRow("bmp") << encoded("bmp", QSize(8, 8)) << QSize(8, 8);
         QTest::newRow("large jpeg, scaled while decoding") << encoded("jpg", QSize(4000, 3000)) << QSize(kept, kept * 3 / 4);
         QTest::newRow("progressive jpeg that fits") << encoded("jpg", QSize(4000, 3000), true) << QSize(kept, kept * 3 / 4);
@@ -124,65 +100,50 @@ private Q_SLOTS:
         QTest::newRow("png too large to decode whole") << FakeWebServer::imageBomb(3000, 3000) << QSize();
         QTest::newRow("jpeg-sized bomb") << FakeWebServer::imageBomb(50000, 50000) << QSize();
         QTest::newRow("xpm") << encoded("xpm", QSize(8, 8)) << QSize();
-        QTest::newRow("ppm") << encoded("ppm", QSize(8, 8)) << QSize();
         QTest::newRow("garbage") << QByteArray("GIF89a garbage") << QSize();
-        QTest::newRow("nothing") << QByteArray() << QSize();
     }
 
     void decoding()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(QSize, expected);
-        QVERIFY(!bytes.isEmpty() || !expected.isValid());
         const std::optional<QImage> image = artwork::decodeImage(bytes);
         QCOMPARE(image ? image->size() : QSize(), expected);
     }
 
     void folderImagePreference_data()
     {
-        QTest::addColumn<QStringList>("files"); // the one marked * is expected
+        QTest::addColumn<QStringList>("files"); // *: the one expected; -: no picture; |: a fifo
         QTest::newRow("folder before cover") << QStringList{"cover.jpg", "*folder.png"};
         QTest::newRow("names before extensions") << QStringList{"albumart.jpg", "front.png", "*album.jpeg"};
         QTest::newRow("jpg before jpeg before png") << QStringList{"cover.png", "*cover.jpeg"};
         QTest::newRow("unreadable well-known file skipped") << QStringList{"-folder.jpg", "*artwork.png"};
         QTest::newRow("any picture in name order") << QStringList{"scan02.png", "*scan01.JPG"};
-        QTest::newRow("well-known names are exact") << QStringList{"Folder.JPG", "*cover.png"};
-        QTest::newRow("hidden pictures skipped") << QStringList{".hidden.jpg"};
-        QTest::newRow("other files are no pictures") << QStringList{"notes.txt", "cover.gif"};
+        QTest::newRow("hidden files and other files are no pictures") << QStringList{".hidden.jpg", "notes.txt", "cover.gif"};
         QTest::newRow("a fifo named like a picture") << QStringList{"|folder.jpg", "*cover.png"};
     }
 
-    // Each file is a picture of its own colour, so the one chosen shows;
-    // "-" marks a file that is no picture, "|" a fifo.
+    // Each file is a picture of its own colour, so the one chosen shows.
     void folderImagePreference()
     {
         QFETCH(QStringList, files);
         QVERIFY(QDir(m_songs.path()).removeRecursively() && QDir().mkpath(m_songs.path()));
         QColor expected;
         for (qsizetype i = 0; i < files.size(); ++i) {
-            QString name = files[i];
             const QColor colour = QColor::fromHsv(30 + int(i) * 60, 255, 255);
-            if (name.startsWith(u'*'))
-                expected = colour;
-            if (name.startsWith(u'|')) {
-                QCOMPARE(testsupport::run(QStringLiteral("mkfifo"), {m_songs.filePath(name.mid(1))}).exitCode, 0);
-                continue;
-            }
-            if (name.startsWith(u'-')) {
-                writeFile(m_songs.path(), name.mid(1), "not a picture");
-                continue;
-            }
-            name.remove(u'*');
+            const QString name = files[i].mid(QStringLiteral("*-|").contains(files[i].front()) ? 1 : 0);
             const QImage image = FakeWebServer::solidImage(colour);
-            writeFile(m_songs.path(), name,
-                      name.endsWith(QStringLiteral("png")) ? FakeWebServer::png(image) : FakeWebServer::jpeg(image));
+            if (files[i].startsWith(u'*'))
+                expected = colour;
+            if (files[i].startsWith(u'|'))
+                QCOMPARE(testsupport::run(QStringLiteral("mkfifo"), {m_songs.filePath(name)}).exitCode, 0);
+            else
+                writeFile(m_songs.path(), name, files[i].startsWith(u'-') ? QByteArray("not a picture")
+                                                : name.endsWith(u"png") ? FakeWebServer::png(image) : FakeWebServer::jpeg(image));
         }
         const std::optional<QImage> image = artwork::folderImage(m_songs.path());
         QCOMPARE(image.has_value(), expected.isValid());
-        if (image) {
-            const QColor c = image->pixelColor(image->width() / 2, image->height() / 2);
-            QVERIFY2(qAbs(c.hue() - expected.hue()) <= 6, qPrintable(c.name() + u' ' + expected.name()));
-        }
+        QVERIFY(!image || artworktest::looksLike(image, expected));
     }
 };
 

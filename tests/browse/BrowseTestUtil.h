@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-// Songs and tags kept in memory for the browsing tests.
-
 #include "browse/MetadataReader.h"
 #include "model/Track.h"
 
@@ -13,7 +11,7 @@
 
 namespace browsetest {
 
-// "file" → no tags; "file|artist" → artist only; "file|artist|album" → both.
+// Songs and tags in memory, from rows "file", "file|artist" or "file|artist|album".
 // An empty field is an empty tag, not an absent one. Files live under /music.
 struct Library
 {
@@ -28,18 +26,13 @@ struct Library
         return lib;
     }
 
-    Track add(const QString &row)
+    void add(const QString &row)
     {
         const QStringList f = row.split(u'|');
-        const Track t = Track::create(QUrl::fromLocalFile(QStringLiteral("/music/") + f.at(0)));
-        TrackMetadata m;
-        if (f.size() > 1)
-            m.artist = f.at(1);
-        if (f.size() > 2)
-            m.album = f.at(2);
-        tags->insert(t.path(), m);
-        tracks.append(t);
-        return t;
+        tracks.append(Track::create(QUrl::fromLocalFile(QStringLiteral("/music/") + f.at(0))));
+        TrackMetadata &m = (*tags)[tracks.last().path()];
+        m.artist = f.size() > 1 ? std::optional(f.at(1)) : std::nullopt;
+        m.album = f.size() > 2 ? std::optional(f.at(2)) : std::nullopt;
     }
 
     MetadataReader reader() const

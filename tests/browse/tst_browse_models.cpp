@@ -7,8 +7,6 @@
 #include "browse/TagMemo.h"
 
 #include <QAbstractItemModelTester>
-#include <QFileInfo>
-#include <QMutex>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
@@ -93,48 +91,32 @@ private Q_SLOTS:
     void songRowsReadTheirFilesWhenShown()
     {
         const Library lib = Library::from({"a.mp3", "b.mp3", "c.mp3"});
-        QMutex mutex;
-        QStringList reads;
-        QString artist = QStringLiteral("Nova");
-        SongListModel model([&](const QString &path) {
-            QMutexLocker lock(&mutex);
-            reads.append(QFileInfo(path).fileName());
+        auto reads = std::make_shared<QAtomicInt>();
+        auto artist = std::make_shared<QString>(QStringLiteral("Nova")); // changed only while no read runs
+        SongListModel model([reads, artist](const QString &path) {
+            reads->ref();
             FileTags tags;
-            tags.metadata.artist = artist;
+            tags.metadata.artist = *artist;
             tags.duration = path.endsWith(u"b.mp3") ? std::numeric_limits<double>::infinity() : 61.5;
             return tags;
         });
         model.setTracks(lib.tracks);
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
         const auto value = [&model](int row, int role) { return model.data(model.index(row), role); };
-
-        {
-            QMutexLocker lock(&mutex);
-            reads.clear();
-        }
         QCOMPARE(value(0, SongListModel::ArtistRole).toString(), QString());
-        QCOMPARE(value(0, SongListModel::DurationRole).toDouble(), 0.0);
-        QCOMPARE(value(2, SongListModel::ArtistRole).toString(), QString());
+        QCOMPARE(value(2, SongListModel::DurationRole).toDouble(), 0.0);
+        QCOMPARE(value(1, SongListModel::DurationRole).toDouble(), 0.0);
         QTRY_COMPARE(value(0, SongListModel::ArtistRole).toString(), QStringLiteral("Nova"));
         QTRY_COMPARE(value(2, SongListModel::DurationRole).toDouble(), 61.5);
-        QVERIFY(!changed.isEmpty());
-        // A length that isn't a number reads as unknown.
         QTRY_COMPARE(value(1, SongListModel::ArtistRole).toString(), QStringLiteral("Nova"));
-        QCOMPARE(value(1, SongListModel::DurationRole).toDouble(), 0.0);
-        {
-            QMutexLocker lock(&mutex);
-            reads.sort();
-            QCOMPARE(reads, (QStringList{"a.mp3", "b.mp3", "c.mp3"}));
-            reads.clear();
-            artist = QStringLiteral("Echo");
-        }
+        QCOMPARE(value(1, SongListModel::DurationRole).toDouble(), 0.0); // a length that isn't a number is unknown
+        QCOMPARE(reads->loadRelaxed(), 3);
 
+        *artist = QStringLiteral("Echo");
         model.forgetFileInfo();
         QCOMPARE(value(0, SongListModel::ArtistRole).toString(), QString());
         QTRY_COMPARE(value(0, SongListModel::ArtistRole).toString(), QStringLiteral("Echo"));
-        QMutexLocker lock(&mutex);
-        QCOMPARE(reads, QStringList{"a.mp3"});
+        QCOMPARE(reads->loadRelaxed(), 4);
     }
 
     void artistGrid()
@@ -143,20 +125,13 @@ private Q_SLOTS:
         ArtistListModel model(lib.reader());
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy loaded(&model, &ArtistListModel::loaded);
-        QSignalSpy loading(&model, &ArtistListModel::isLoadingChanged);
-
         model.load(lib.tracks);
         QVERIFY(model.isLoading());
         QVERIFY(loaded.wait());
         QVERIFY(!model.isLoading());
-        QCOMPARE(loading.count(), 2);
-        QCOMPARE(model.count(), 2);
         QCOMPARE(column(model, "name"), (QStringList { "Echo", "Nova" }));
         QCOMPARE(column(model, "trackCount"), (QStringList { "1", "2" }));
-        QCOMPARE(model.indexOf(QStringLiteral("Nova")), 1);
-        QCOMPARE(model.indexOf(QStringLiteral("NOVA")), -1);
         QCOMPARE(Library::files(model.tracksOf(QStringLiteral("Nova"))), QStringLiteral("1.mp3,3.mp3"));
-        QVERIFY(model.tracksOf(QStringLiteral("nobody")).isEmpty());
 
         // The library grew: rows are inserted and recounted, the grid is not reset.
         Library grown = lib;
@@ -169,14 +144,8 @@ private Q_SLOTS:
         QVERIFY(loaded.wait());
         QCOMPARE(column(model, "name"), (QStringList { "Alpha", "Echo", "Nova" }));
         QCOMPARE(column(model, "trackCount"), (QStringList { "1", "2", "2" }));
-        QCOMPARE(reset.size(), 0);
-        QCOMPARE(inserted.size(), 1);
-        QCOMPARE(changed.size(), 1);
+        QVERIFY(reset.isEmpty() && inserted.size() == 1 && changed.size() == 1);
         QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
-
-        model.load({});
-        QVERIFY(loaded.wait());
-        QCOMPARE(model.count(), 0);
     }
 
     // The index reads each file once; grouping then answers from memory, until
@@ -200,9 +169,6 @@ private Q_SLOTS:
         QVERIFY(loaded.wait());
         QCOMPARE(column(artists, "name"), (QStringList { "Echo", "Nova" }));
         QCOMPARE(reads->loadRelaxed(), 3);
-        // One copy of a repeated name.
-        const MetadataReader read = memo.reader();
-        QCOMPARE(read(lib.tracks.at(0).path()).album->constData(), read(lib.tracks.at(1).path()).album->constData());
 
         (*lib.tags)[lib.tracks.at(2).path()].artist = QStringLiteral("Nova");
         memo.forget(lib.tracks.at(2).path());
@@ -212,98 +178,60 @@ private Q_SLOTS:
         QCOMPARE(reads->loadRelaxed(), 4);
     }
 
-    void aNewLoadSupersedesARunningOne()
-    {
-        Library lib = Library::from({ "held.mp3|Old Name", "free.mp3|New Name" });
-        auto gate = std::make_shared<QSemaphore>();
-        const MetadataReader inner = lib.reader();
-        ArtistListModel model([inner, gate](const QString &path) {
-            if (path.contains(QStringLiteral("held")))
-                gate->acquire();
-            return inner(path);
-        });
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy loaded(&model, &ArtistListModel::loaded);
-
-        model.load({ lib.tracks.at(0) });
-        model.load({ lib.tracks.at(1) });
-        QVERIFY(loaded.wait());
-        QCOMPARE(column(model, "name"), QStringList { "New Name" });
-
-        // The first load finishes late; what it found is not shown.
-        gate->release();
-        QVERIFY(!loaded.wait(300));
-        QCOMPARE(column(model, "name"), QStringList { "New Name" });
-        QVERIFY(!model.isLoading());
-    }
-
+    // Albums by name, case apart; songs in file-name order. Choosing an album
+    // filters the songs and plays its first; the choice outlives a reload.
     void artistDetail()
     {
         const Library lib
             = Library::from({ "c.mp3|X|Live", "a.mp3|X|Studio", "b.mp3|X", "d.mp3|X|live", "0.mp3|X|Live" });
         ArtistDetail detail(lib.reader());
-        QAbstractItemModelTester albumsTester(
-            detail.albums(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QAbstractItemModelTester tracksTester(
-            detail.tracks(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester albumsTester(detail.albums(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QAbstractItemModelTester tracksTester(detail.tracks(), QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy loaded(&detail, &ArtistDetail::loaded);
-        QSignalSpy selection(&detail, &ArtistDetail::selectedAlbumChanged);
-
         detail.load(QStringLiteral("X"), lib.tracks);
-        QCOMPARE(detail.artistName(), QStringLiteral("X"));
         QVERIFY(detail.isLoading());
         QVERIFY(loaded.wait());
-        QVERIFY(!detail.isLoading());
-        QCOMPARE(detail.albums()->count(), 3);
         QCOMPARE(column(*detail.albums(), "name"), (QStringList { "live", "Live", "Studio" }));
         QCOMPARE(column(*detail.albums(), "trackCount"), (QStringList { "1", "2", "1" }));
-        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
-        QCOMPARE(column(*detail.tracks(), "name"), (QStringList { "0", "a", "b", "c", "d" }));
         QCOMPARE(column(*detail.tracks(), "album"), (QStringList { "Live", "Studio", "", "Live", "live" }));
 
-        // Choosing an album filters the songs and plays its first in file-name order.
-        const std::optional<Track> play = detail.selectAlbum(QStringLiteral("Live"));
-        QVERIFY(play);
-        QCOMPARE(play->url.fileName(), QStringLiteral("0.mp3"));
-        QCOMPARE(detail.selectedAlbum(), QStringLiteral("Live"));
-        QCOMPARE(selection.count(), 1);
+        QCOMPARE(detail.selectAlbum(QStringLiteral("Live")).value_or(Track()).url.fileName(), QStringLiteral("0.mp3"));
         QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "true", "false" }));
         QCOMPARE(column(*detail.tracks(), "name"), (QStringList { "0", "c" }));
-
-        // An album the artist doesn't have lists nothing and plays nothing.
         QVERIFY(!detail.selectAlbum(QStringLiteral("Elsewhere")));
         QCOMPARE(detail.tracks()->count(), 0);
-        QCOMPARE(column(*detail.albums(), "isSelected"), (QStringList { "false", "false", "false" }));
-
-        detail.setSelectedAlbum({});
-        QCOMPARE(detail.selectedAlbum(), QString());
-        QCOMPARE(detail.tracks()->count(), 5);
-
-        // The album filter outlives a reload (it belongs to the main state).
         detail.setSelectedAlbum(QStringLiteral("Studio"));
         detail.load(QStringLiteral("X"), lib.tracks);
         QVERIFY(loaded.wait());
-        QCOMPARE(column(*detail.tracks(), "name"), QStringList { "a" });
-        QCOMPARE(
-            column(*detail.tracks(), "trackId"), QStringList { trackjson::uuidText(lib.tracks.at(1).id) });
+        QCOMPARE(column(*detail.tracks(), "trackId"), QStringList { trackjson::uuidText(lib.tracks.at(1).id) });
     }
 
-    void detailOfAnotherArtistSupersedes()
+    // A load started while another runs wins, even when the first finishes late.
+    void aNewLoadSupersedesARunningOne()
     {
         Library lib = Library::from({ "held.mp3|A|First", "free.mp3|B|Second" });
         auto gate = std::make_shared<QSemaphore>();
-        const MetadataReader inner = lib.reader();
-        ArtistDetail detail([inner, gate](const QString &path) {
+        const MetadataReader held = [inner = lib.reader(), gate](const QString &path) {
             if (path.contains(QStringLiteral("held")))
                 gate->acquire();
             return inner(path);
-        });
-        QSignalSpy loaded(&detail, &ArtistDetail::loaded);
+        };
+        ArtistListModel grid(held);
+        ArtistDetail detail(held);
+        QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy gridLoaded(&grid, &ArtistListModel::loaded);
+        QSignalSpy detailLoaded(&detail, &ArtistDetail::loaded);
+        grid.load({ lib.tracks.at(0) });
+        grid.load({ lib.tracks.at(1) });
         detail.load(QStringLiteral("A"), { lib.tracks.at(0) });
         detail.load(QStringLiteral("B"), { lib.tracks.at(1) });
-        QVERIFY(loaded.wait());
-        gate->release();
-        QVERIFY(!loaded.wait(300));
+        QTRY_COMPARE(gridLoaded.size() + detailLoaded.size(), 2);
+        gate->release(2);
+        QThreadPool::globalInstance()->waitForDone();
+        QCoreApplication::processEvents();
+        QCOMPARE(gridLoaded.size() + detailLoaded.size(), 2);
+        QCOMPARE(column(grid, "name"), QStringList { "B" });
+        QVERIFY(!grid.isLoading());
         QCOMPARE(detail.artistName(), QStringLiteral("B"));
         QCOMPARE(column(*detail.albums(), "name"), QStringList { "Second" });
     }

@@ -1,43 +1,28 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QByteArray>
 #include <QColor>
 #include <QElapsedTimer>
 #include <QHash>
 #include <QImage>
-#include <QList>
-#include <QMap>
-#include <QMutex>
 #include <QObject>
-#include <QSize>
-#include <QString>
-#include <QThread>
+#include <QTcpServer>
 
 #include <functional>
-#include <optional>
 
-// A small HTTP/1.1 server on 127.0.0.1 that plays the web services for tests.
-// Each service lives under its own first path segment, so one server stands in
-// for all of them: serviceUrl("mb") is the MusicBrainz base address, "caa" the
-// Cover Art Archive, "wiki" Wikipedia, "commons" Commons and "upload" the file
-// host their image links point to. Answers are scripted per service (in order,
-// or by a function of the request); every request is recorded with its arrival
-// time. The server runs on a thread of its own, so the arrival times stay true
-// while the code under test keeps the test's thread busy; handlers are called
-// on that thread.
+// A loopback HTTP/1.1 server standing in for the web services. The first path
+// segment names the service ("mb", "caa", "wiki", "commons", "upload"), so one
+// server plays them all. It answers while the test's event loop runs (QTRY_*,
+// QCoro::waitFor). One request per connection.
 class FakeWebServer : public QObject
 {
-    Q_OBJECT
-
 public:
     struct Request
     {
-        QString service;          // the first path segment, e.g. "mb"
-        QByteArray target;        // the request target exactly as sent
-        QByteArray pathAndQuery;  // the target without the service segment
-        QMap<QByteArray, QByteArray> headers; // names in lower case
-        double time = 0;          // seconds since the server started
+        QString service;
+        QByteArray pathAndQuery; // without the service segment
+        QByteArray userAgent;
+        double time = 0; // seconds since the server was made
     };
 
     struct Reply
@@ -45,74 +30,57 @@ public:
         int status = 200;
         QByteArray contentType = "application/json";
         QByteArray body;
-        QList<std::pair<QByteArray, QByteArray>> headers;
+        QByteArray location;
         bool answer = true; // false: keep the connection open and say nothing
-        // A streamed body of filler instead: this many bytes, `dripBytes` every
-        // `dripMs` (as fast as the client takes them when 0).
+        // Filler instead of a body: this many bytes, 64 every dripMs, or as fast
+        // as the client takes them when dripMs is 0.
         qint64 streamBytes = -1;
         bool declareLength = false;
-        qint64 dripBytes = 256 * 1024;
         int dripMs = 0;
     };
 
     using Handler = std::function<Reply(const Request &)>;
 
-    explicit FakeWebServer(QObject *parent = nullptr);
-    ~FakeWebServer() override;
+    FakeWebServer() { m_clock.start(); }
 
-    // Listens on a free loopback port (the same one again after stop()).
-    bool start();
-    // Stops listening and drops every connection (a server that has gone away).
-    void stop();
+    bool start(); // on the same port again after stop()
+    void stop();  // drops every connection: a server that has gone away
     QString serviceUrl(const QString &service) const;
 
-    // Answers the service's requests by this function.
     void on(const QString &service, Handler handler);
-    // Answers the service's requests with these replies in order; afterwards 404.
-    void script(const QString &service, QList<Reply> replies);
-    // Forgets every script and every request; unscripted services answer 404.
-    void reset();
+    void script(const QString &service, QList<Reply> replies); // in order, then 404
+    void reset(); // forgets handlers and requests
 
-    // Seconds since the server started, on the clock of Request::time.
     double now() const { return double(m_clock.nsecsElapsed()) / 1e9; }
-    QList<Request> requests() const;
-    QList<Request> requestsFor(const QString &service) const;
-    // Streamed bodies whose client hung up before their end.
-    int cutStreams() const;
+    QList<Request> requests() const { return m_requests; }
+    int cutStreams() const { return m_cutStreams; } // streamed bodies whose client hung up early
 
-    static Reply json(const QByteArray &body, int status = 200);
-    static Reply status(int code);
-    static Reply image(const QByteArray &encoded);
-    static Reply redirect(const QByteArray &location);
-    static Reply silence();
-    static Reply stream(qint64 bytes, bool declareLength, int dripMs = 0, qint64 dripBytes = 1);
+    static Reply json(const QByteArray &body, int status = 200) { return {status, "application/json", body, {}, true, -1, false, 0}; }
+    static Reply status(int code) { return {code, "text/plain", "status\n", {}, true, -1, false, 0}; }
+    static Reply image(const QByteArray &encoded) { return {200, "image/png", encoded, {}, true, -1, false, 0}; }
+    static Reply redirect(const QByteArray &location) { return {307, "text/plain", {}, location, true, -1, false, 0}; }
+    static Reply silence() { return {200, {}, {}, {}, false, -1, false, 0}; }
+    static Reply stream(qint64 bytes, bool declareLength, int dripMs = 0)
+    {
+        return {200, "application/json", {}, {}, true, bytes, declareLength, dripMs};
+    }
 
-    // Bodies of the services.
-    static QByteArray releases(const QStringList &ids);
-    static QByteArray pageImages(const std::optional<QString> &thumbnailSource);
-    static QByteArray searchResults(const QStringList &titles);
-    static QByteArray imageInfo(const std::optional<QString> &url);
-
-    // Pictures.
     static QImage solidImage(const QColor &color, QSize size = QSize(64, 48));
-    static QByteArray png(const QImage &image);
-    static QByteArray jpeg(const QImage &image);
+    static QByteArray encode(const QImage &image, const char *format);
+    static QByteArray png(const QImage &image) { return encode(image, "png"); }
+    static QByteArray jpeg(const QImage &image) { return encode(image, "jpg"); }
     // A small PNG whose header claims width x height pixels.
     static QByteArray imageBomb(quint32 width, quint32 height);
 
 private:
-    class Worker;
-    friend class Worker;
+    void read(QTcpSocket *socket);
+    void answer(QTcpSocket *socket, const Reply &reply);
 
-    // Called on the server's thread.
-    Reply dispatch(Request request);
-
-    QThread m_thread;
-    Worker *m_worker = nullptr;
+    QTcpServer *m_server = nullptr;
     quint16 m_port = 0;
     QElapsedTimer m_clock;
-    mutable QMutex m_mutex; // guards what follows
     QHash<QString, Handler> m_handlers;
     QList<Request> m_requests;
+    QHash<QTcpSocket *, qint64> m_left; // streams still sending
     int m_cutStreams = 0;
 };

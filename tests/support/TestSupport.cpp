@@ -7,11 +7,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 
 #include <linux/capability.h>
 #include <sys/syscall.h>
-#include <algorithm>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,14 +18,23 @@ namespace testsupport {
 
 namespace {
 
-// Paths are path strings here (model/LocalPath.h): files are made by their
-// bytes, so tests can name them in anything a file system takes.
+// Files are made by their bytes, so names may be anything a file system takes.
 void makeFolders(const QString &folder)
 {
     const QByteArray path = localpath::toBytes(folder);
     for (qsizetype slash = path.indexOf('/', 1); slash != -1; slash = path.indexOf('/', slash + 1))
         ::mkdir(path.first(slash).constData(), 0755);
     ::mkdir(path.constData(), 0755);
+}
+
+QFile *opened(const QString &path, int flags, QFile &file)
+{
+    const int fd = ::open(localpath::toBytes(path).constData(), flags | O_CLOEXEC, 0644);
+    if (fd >= 0 && file.open(fd, flags & O_WRONLY ? QIODevice::WriteOnly : QIODevice::ReadOnly, QFile::AutoCloseHandle))
+        return &file;
+    if (fd >= 0)
+        ::close(fd);
+    return nullptr;
 }
 
 // A shell word that says the argument's bytes in ASCII.
@@ -45,79 +52,51 @@ QString writeFile(const QString &dir, const QString &relativePath, const QByteAr
 {
     const QString path = QDir::cleanPath(relativePath.startsWith(u'/') ? relativePath : dir + u'/' + relativePath);
     makeFolders(path.first(path.lastIndexOf(u'/')));
-    const int fd = ::open(localpath::toBytes(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd >= 0) {
-        QFile f;
-        if (f.open(fd, QIODevice::WriteOnly, QFile::AutoCloseHandle))
-            f.write(bytes);
-        else
-            ::close(fd);
-    }
+    QFile f;
+    if (opened(path, O_WRONLY | O_CREAT | O_TRUNC, f))
+        f.write(bytes);
     return path;
 }
 
 QByteArray readFile(const QString &path)
 {
-    const int fd = ::open(localpath::toBytes(path).constData(), O_RDONLY | O_CLOEXEC);
     QFile f;
-    if (fd < 0 || !f.open(fd, QIODevice::ReadOnly, QFile::AutoCloseHandle))
-        return {};
-    return f.readAll();
+    return opened(path, O_RDONLY, f) ? f.readAll() : QByteArray();
 }
 
 ToolResult run(const QString &program, const QStringList &args, int timeoutMs)
 {
     QProcess p;
     // QProcess passes arguments as UTF-8; names that aren't go through a shell.
-    const bool raw = std::any_of(args.begin(), args.end(), [](const QString &a) { return localpath::hasRawBytes(a); });
-    if (raw) {
+    if (std::any_of(args.begin(), args.end(), [](const QString &a) { return localpath::hasRawBytes(a); })) {
         QString command = QStringLiteral("exec ") + shellWord(program);
         for (const QString &a : args)
             command += u' ' + shellWord(a);
-        p.start(QStringLiteral("bash"), { QStringLiteral("-c"), command });
+        p.start(QStringLiteral("bash"), {QStringLiteral("-c"), command});
     } else {
         p.start(program, args);
     }
-    ToolResult r;
-    if (!p.waitForStarted(10000))
-        return r;
     p.closeWriteChannel();
     if (!p.waitForFinished(timeoutMs)) {
         p.kill();
         p.waitForFinished();
-        return r;
+        return {};
     }
-    r.exitCode = p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1;
-    r.out = p.readAllStandardOutput();
-    r.err = p.readAllStandardError();
-    return r;
-}
-
-bool haveTool(const QString &program)
-{
-    return !QStandardPaths::findExecutable(program).isEmpty();
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1, p.readAllStandardOutput(),
+            p.readAllStandardError()};
 }
 
 bool makeAudio(const QString &path, double seconds)
 {
     makeFolders(path.first(path.lastIndexOf(u'/')));
     const QString ext = QFileInfo(path).suffix().toLower();
-    const QString len = QString::number(seconds);
-    if (ext == u"m4a" || ext == u"caf" || ext == u"mp3") {
-        const QString codec = ext == u"mp3" ? QStringLiteral("libmp3lame")
-                            : ext == u"caf" ? QStringLiteral("pcm_s16be")
-                                            : QStringLiteral("aac");
-        return run(QStringLiteral("ffmpeg"),
-                   {QStringLiteral("-nostdin"), QStringLiteral("-v"), QStringLiteral("error"),
-                    QStringLiteral("-y"), QStringLiteral("-f"), QStringLiteral("lavfi"),
-                    QStringLiteral("-i"), QStringLiteral("sine=frequency=440:duration=") + len,
-                    QStringLiteral("-c:a"), codec, path})
-                   .exitCode == 0;
-    }
-    return run(QStringLiteral("sox"),
-               {QStringLiteral("-n"), QStringLiteral("-r"), QStringLiteral("44100"),
-                QStringLiteral("-b"), QStringLiteral("16"), QStringLiteral("-c"), QStringLiteral("2"),
-                path, QStringLiteral("synth"), len, QStringLiteral("sine"), QStringLiteral("440")})
+    const QString codec = ext == u"mp3" ? QStringLiteral("libmp3lame") : ext == u"caf" ? QStringLiteral("pcm_s16be")
+                        : ext == u"m4a" ? QStringLiteral("aac") : QString();
+    if (!codec.isEmpty())
+        return run(QStringLiteral("ffmpeg"), QStringLiteral("-nostdin -v error -y -f lavfi -i sine=frequency=440:duration=%1 -c:a %2")
+                                                 .arg(seconds).arg(codec).split(u' ') << path).exitCode == 0;
+    return run(QStringLiteral("sox"), QStringLiteral("-n -r 44100 -b 16 -c 2").split(u' ') << path
+               << QStringLiteral("synth") << QString::number(seconds) << QStringLiteral("sine") << QStringLiteral("440"))
                .exitCode == 0;
 }
 

@@ -2,18 +2,16 @@
 #pragma once
 
 #include <QByteArray>
-#include <QtGlobal>
 #include <QString>
 #include <QStringList>
+#include <QtGlobal>
 
-// Helpers shared by the tests: files on disk and external tools. Paths are
-// path strings (model/LocalPath.h), so they may name files whose names are not
-// UTF-8, for the tests and for the tools they run.
+// Files on disk and external tools for the tests. Paths are path strings
+// (model/LocalPath.h), so they may name files whose names are not UTF-8.
 namespace testsupport {
 
 // Writes bytes to dir/relativePath, creating folders; returns the absolute path.
 QString writeFile(const QString &dir, const QString &relativePath, const QByteArray &bytes = {});
-
 QByteArray readFile(const QString &path);
 
 struct ToolResult
@@ -22,20 +20,14 @@ struct ToolResult
     QByteArray out;
     QByteArray err;
 };
-
-// Runs an external program to completion (at most timeoutMs) and returns what it printed.
+// Runs an external program to completion (at most timeoutMs).
 ToolResult run(const QString &program, const QStringList &args, int timeoutMs = 60000);
 
-// True when the program is on PATH (tests that need it skip otherwise).
-bool haveTool(const QString &program);
-
-// Makes a short audio file with sox (and ffmpeg for m4a) at test time.
-// Returns false when the tools are missing or fail.
+// A short 440 Hz stereo file made by sox (ffmpeg for m4a, caf and mp3).
 bool makeAudio(const QString &path, double seconds = 1.0);
 
-// While it lives, the calling thread is held to file permissions even when it
-// runs as root, so a test can make a file unreadable or a folder unwritable
-// for real.
+// While it lives, the calling thread is held to file permissions even as
+// root, so a test can make a file unreadable or a folder unwritable for real.
 class PermissionsEnforced
 {
 public:
