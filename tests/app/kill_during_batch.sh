@@ -33,9 +33,8 @@ wait "$pid" 2> /dev/null || true
 
 old=0 new=0
 for f in "$music"/*.flac; do
-  flac -t -s "$f" 2> /dev/null || { echo "FAIL: $f does not decode"; exit 1; }
   sum=$(flac -d -s -c --force-raw-format --endian=little --sign=signed "$f" | md5sum | cut -d' ' -f1)
-  [ "$sum" = "$audio" ] || { echo "FAIL: the audio of $f changed"; exit 1; }
+  [ "$sum" = "$audio" ] || { echo "FAIL: the audio of $f changed or does not decode"; exit 1; }
   case "$(metaflac --show-tag=ALBUM "$f")" in
     "") old=$((old + 1)) ;;
     "ALBUM=Batch Album") new=$((new + 1)) ;;
@@ -45,6 +44,4 @@ done
 left=$(find "$music" -mindepth 1 ! -name 'Take *.flac' | wc -l)
 [ "$left" -eq 0 ] || { echo "FAIL: $left stray files in the folder:"; find "$music" ! -name 'Take *.flac'; exit 1; }
 [ $((old + new)) -eq $count ] || { echo "FAIL: $((old + new)) of $count files are left"; exit 1; }
-echo "killed after $killed_at saves: $new new files, $old old ones, all whole, nothing left over"
-[ "$old" -gt 0 ] || echo "note: the batch had finished before the kill landed"
-echo PASS
+echo "PASS: killed after $killed_at saves: $new new files, $old old ones, all whole, nothing left over"

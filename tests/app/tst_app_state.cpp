@@ -1,27 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The main state's rooms that need no audio: preferences, the banner, the
-// sidebar's playlists and songs reported by the watched folders.
-#include "AppState.h"
-#include "support/TestSupport.h"
+// The main state's rooms that need no playback: preferences, the banner, the
+// sidebar's playlists, folders imported and songs reported by the watched folders.
+#include "AppTest.h"
 
+#include <QDir>
 #include <QSettings>
-#include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
 
-#include <memory>
-
-namespace {
-
-QList<QUrl> urls(const QStringList &names)
-{
-    QList<QUrl> out;
-    for (const QString &n : names)
-        out.append(QUrl::fromLocalFile(QStringLiteral("/music/") + n));
-    return out;
-}
-
-} // namespace
+using testsupport::writeFile;
 
 class TestAppState : public QObject
 {
@@ -29,48 +15,30 @@ class TestAppState : public QObject
 
     QTemporaryDir m_dir;
     QString playlistFile() const { return m_dir.filePath(QStringLiteral("playlists.json")); }
-
-private Q_SLOTS:
-    void initTestCase()
+    QString music() const { return m_dir.filePath(QStringLiteral("music")); }
+    QUrl folder(const QString &sub) const { return QUrl::fromLocalFile(sub.isEmpty() ? music() : music() + u'/' + sub); }
+    static QList<QUrl> urls(const QStringList &names)
     {
-        QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-        QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
-        QVERIFY(m_dir.isValid());
+        QList<QUrl> out;
+        for (const QString &n : names)
+            out.append(QUrl::fromLocalFile(QStringLiteral("/music/") + n));
+        return out;
     }
 
+private Q_SLOTS:
     void init()
     {
         QSettings().clear();
         QFile::remove(playlistFile());
-    }
-
-    void storesTheChosenTheme()
-    {
-        {
-            AppState s(playlistFile());
-            QSignalSpy changed(s.preferences(), &Preferences::selectedThemeChanged);
-            for (int round = 0; round < 2; ++round) {
-                // Choosing it again stores the same value and still closes the popup.
-                s.navigation()->toggleThemePicker();
-                s.selectTheme(int(AppTheme::Light));
-                QCOMPARE(s.preferences()->currentTheme(), AppTheme::Light);
-                QVERIFY(!s.navigation()->showThemePicker());
-                QCOMPARE(changed.size(), 1);
-            }
-        }
-        QCOMPARE(Preferences().selectedTheme(), QStringLiteral("light"));
-        // An unknown stored value reads as noir but is kept, so no row of the popup matches it.
-        QSettings().setValue(Preferences::themeKey, QStringLiteral("Sunrise"));
-        QCOMPARE(Preferences().currentTheme(), AppTheme::Noir);
-        QCOMPARE(Preferences().selectedTheme(), QStringLiteral("Sunrise"));
+        QDir(music()).removeRecursively();
+        QDir().mkpath(music());
     }
 
     void keepsTenRecentArtistsNewestFirst_data()
     {
         QTest::addColumn<QStringList>("played");
         QTest::addColumn<QStringList>("recent");
-        QTest::newRow("repeat moves to front") << QStringList{"A", "B", "A"} << QStringList{"A", "B"};
-        QTest::newRow("empty artist changes nothing") << QStringList{"A", ""} << QStringList{"A"};
+        QTest::newRow("repeat moves to front") << QStringList{"A", "B", "A", ""} << QStringList{"A", "B"};
         QTest::newRow("eleven keep ten") << QStringList{"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}
                                          << QStringList{"11", "10", "9", "8", "7", "6", "5", "4", "3", "2"};
         QTest::newRow("commas, quotes, spaces") << QStringList{"Crosby, Stills", "\"Weird\" Al", " padded "}
@@ -85,7 +53,6 @@ private Q_SLOTS:
             Preferences preferences;
             for (const QString &artist : played)
                 preferences.recordRecentArtist(artist);
-            QCOMPARE(preferences.recentArtists(), recent);
         }
         // Stored, and read back by the next run.
         QCOMPARE(Preferences().recentArtists(), recent);
@@ -96,7 +63,6 @@ private Q_SLOTS:
         Banner banner;
         banner.show(QStringLiteral("first"), Banner::Animation::Spring, 200);
         banner.show(QStringLiteral("second"), Banner::Animation::Default, 600000);
-        // Cleared by the first text's timer, long before its own.
         QTRY_VERIFY_WITH_TIMEOUT(banner.text().isEmpty(), 30000);
         // It leaves as the last text entered.
         QCOMPARE(banner.animation(), Banner::Animation::Default);
@@ -106,33 +72,20 @@ private Q_SLOTS:
     {
         AppState s(playlistFile());
         s.library()->addDiscoveredFiles(urls({"a.mp3"}));
-        const QString song = trackjson::uuidText(s.library()->tracks().first().id);
+        const QString song = apptest::idOf(s, 0);
         Playlists &playlists = *s.playlists();
-        playlists.setShowingCreate(true);
-        playlists.create(QStringLiteral("  Road "));
-        QVERIFY(!playlists.showingCreate());
-        const QVariantMap road = playlists.entries().first().toMap();
-        QCOMPARE(road.value(QStringLiteral("name")), QStringLiteral("Road"));
-        const QString roadId = road.value(QStringLiteral("id")).toString();
+        playlists.create(QStringLiteral("  Road ")); // named "Road"
+        const QString roadId = playlists.entries().first().toMap().value(QStringLiteral("id")).toString();
 
         playlists.beginDrag(song);
-        QCOMPARE(playlists.draggingTrackId(), song);
         playlists.drop(song, roadId);
         QCOMPARE(s.banner()->text(), QStringLiteral("Added to Road"));
-        QCOMPARE(s.banner()->animation(), Banner::Animation::Spring);
         QVERIFY(playlists.draggingTrackId().isEmpty());
-        QCOMPARE(playlists.entries().first().toMap().value(QStringLiteral("count")), 1);
         playlists.drop(song, roadId);
         QCOMPARE(s.banner()->text(), QStringLiteral("Already in Road"));
         playlists.drop(song, trackjson::uuidText(QUuid::createUuid()));
         QCOMPARE(s.banner()->text(), QStringLiteral("Already in playlist"));
-
-        // A song nobody knows only ends the drag.
-        playlists.beginDrag(song);
-        playlists.drop(QStringLiteral("nope"), roadId);
-        QVERIFY(playlists.draggingTrackId().isEmpty());
         QCOMPARE(playlists.entries().first().toMap().value(QStringLiteral("count")), 1);
-
         // A drag that is never dropped is forgotten.
         playlists.beginDrag(song);
         QTRY_VERIFY_WITH_TIMEOUT(playlists.draggingTrackId().isEmpty(), 30000);
@@ -144,8 +97,6 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("discovered");
         QTest::addColumn<QStringList>("added");
         QTest::addColumn<QString>("message");
-        QTest::newRow("one") << QStringList{"a.mp3"} << QStringList{"b.mp3"} << QStringList{"b.mp3"}
-                             << "1 new song added";
         QTest::newRow("three, in the order reported")
             << QStringList{} << QStringList{"c.mp3", "a.mp3", "b.flac", "a.mp3"} << QStringList{"c.mp3", "a.mp3", "b.flac"}
             << "3 new songs added";
@@ -161,7 +112,6 @@ private Q_SLOTS:
         QFETCH(QStringList, discovered);
         QFETCH(QStringList, added);
         QFETCH(QString, message);
-
         AppState s(playlistFile());
         Library &lib = *s.library();
         lib.addDiscoveredFiles(urls(library));
@@ -170,11 +120,76 @@ private Q_SLOTS:
         lib.addDiscoveredFiles(urls(discovered));
         QCOMPARE(s.banner()->text(), message);
         QCOMPARE(appended.size(), added.isEmpty() ? 0 : 1);
-        // New songs come last.
         QList<QUrl> all;
         for (const Track &t : lib.tracks())
             all.append(t.url);
         QCOMPARE(all, urls(library + added));
+    }
+
+    // Each import is a list of folders under the music folder ("" for itself),
+    // asked for in one call.
+    void importsAudioFilesInOrder_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QList<QStringList>>("imports");
+        QTest::addColumn<QStringList>("names");
+        QTest::newRow("a parent adds only what is new")
+            << QStringList{"inner/b.mp3", "a.mp3", "c.mp3", "cover.jpg"} << QList<QStringList>{{"inner"}, {""}}
+            << QStringList{"b.mp3", "a.mp3", "c.mp3"};
+        QTest::newRow("folders in the order asked")
+            << QStringList{"one/z.mp3", "two/a.mp3"} << QList<QStringList>{{"one", "two"}} << QStringList{"z.mp3", "a.mp3"};
+        QTest::newRow("an empty folder") << QStringList{} << QList<QStringList>{{""}} << QStringList{};
+    }
+
+    void importsAudioFilesInOrder()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QList<QStringList>, imports);
+        QFETCH(QStringList, names);
+        for (const QString &file : files)
+            writeFile(music(), file);
+        AppState s(playlistFile());
+        QSignalSpy imported(s.library(), &Library::folderImported);
+        qsizetype asked = 0;
+        for (const QStringList &call : imports) {
+            QList<QUrl> folders;
+            for (const QString &sub : call)
+                folders.append(folder(sub));
+            s.library()->importFolders(folders);
+            asked += folders.size();
+            QTRY_COMPARE_WITH_TIMEOUT(imported.size(), asked, 30000);
+        }
+        QStringList found;
+        for (const Track &t : s.library()->tracks())
+            found.append(QFileInfo(t.path()).fileName());
+        QCOMPARE(found, names);
+        // The welcome ends with the first songs; an empty folder is remembered all the same.
+        QCOMPARE(QSettings().value(Preferences::onboardingKey).toBool(), !names.isEmpty());
+        QVERIFY(s.preferences()->libraryFolders().contains(folder(imports.last().last())));
+        QVERIFY(s.banner()->text().isEmpty());
+    }
+
+    void artworkIsPlannedOncePerArtistAndAlbum()
+    {
+        const QList<QStringList> songs = {{"ARTIST=Nadia", "ALBUM=Blue"}, {"ARTIST=Nadia", "ALBUM=Blue"},
+                                          {"ARTIST=nadia", "ALBUM=Blue"}, {"ARTIST=Other", "ALBUM=Blue"},
+                                          {"ALBUM=Lonely"}, {"ARTIST= Nadia\t", "ALBUM=Blue"}, {"ARTIST=Solo"}};
+        for (qsizetype i = 0; i < songs.size(); ++i)
+            QVERIFY(apptest::makeSong(music() + QStringLiteral("/%1.flac").arg(i), songs.at(i), 0.1));
+        AppState s(playlistFile());
+        QSignalSpy planned(&s.artworkPrefetch(), &ArtworkPrefetch::planned);
+        QVERIFY(apptest::importAndWait(s, folder({})));
+        QTRY_COMPARE_WITH_TIMEOUT(planned.size(), 1, 30000);
+        QStringList artists = planned.last().at(0).toStringList();
+        artists.sort();
+        QCOMPARE(artists, (QStringList{"Nadia", "Other", "Solo", "nadia"}));
+        QCOMPARE(planned.last().at(1).toInt(), 3);
+
+        // Imported again: no new song, so no new requests.
+        const QList<Track> first = s.library()->tracks();
+        QVERIFY(apptest::importAndWait(s, folder({})));
+        QCOMPARE(s.library()->tracks(), first);
+        QCOMPARE(planned.size(), 1);
     }
 };
 

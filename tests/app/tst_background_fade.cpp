@@ -3,8 +3,7 @@
 
 #include <QTest>
 
-// The fade runs faster than in the program (100 ms fades, a swap after 400 ms);
-// the order of events is what is tested.
+// Faster than in the program: the order of events is what is tested.
 class TestBackgroundFade : public QObject
 {
     Q_OBJECT
@@ -20,7 +19,6 @@ private Q_SLOTS:
         BackgroundFade fade(nullptr, fadeMs, swapMs);
         QList<QUrl> shown;
         connect(&fade, &BackgroundFade::shownSourceChanged, this, [&] { shown.append(fade.shownSource()); });
-        // From nothing it fades straight in.
         fade.show(picture("a"));
         QCOMPARE(fade.shownSource(), picture("a"));
         QVERIFY(!fade.swapPending());
@@ -39,7 +37,6 @@ private Q_SLOTS:
         QTRY_COMPARE(fade.opacity(), 1.0);
         QCOMPARE(shown, (QList<QUrl>{picture("a"), picture("b"), picture("d")}));
 
-        // No picture fades out and leaves nothing.
         fade.show({});
         QTRY_VERIFY(fade.shownSource().isEmpty());
         QTRY_COMPARE(fade.opacity(), 0.0);

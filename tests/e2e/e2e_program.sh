@@ -6,54 +6,12 @@
 # log, the window's pixels) and leaves a screenshot in $TARNWELL_E2E_ARTEFACTS.
 # Usage: e2e_program.sh PATH/TO/tarnwell   (run through tests/support/isolated.sh)
 set -euo pipefail
-app=$1
-cli="$(dirname "$app")/tarnwell-cli"
-
-for tool in Xvfb xdotool import convert sox metaflac playerctl dbus-run-session; do
-  command -v "$tool" > /dev/null || { echo "FAIL: $tool is missing (scripts/install-deps.sh installs it)"; exit 1; }
-done
-# A private session bus, so that MPRIS can be checked without touching the user's.
-if [ -z "${TARNWELL_E2E_BUS:-}" ]; then
-  TARNWELL_E2E_BUS=1 exec dbus-run-session -- bash "$0" "$@"
-fi
-
+command -v import > /dev/null && command -v convert > /dev/null || { echo "FAIL: ImageMagick is missing"; exit 1; }
+# shellcheck source=tests/e2e/session.sh
+source "$(dirname "${BASH_SOURCE[0]}")/session.sh" "$@"
 artefacts=$(mkdir -p "${TARNWELL_E2E_ARTEFACTS:-e2e-artefacts}" && cd "${TARNWELL_E2E_ARTEFACTS:-e2e-artefacts}" && pwd)
-work=$(mktemp -d "${TARNWELL_TEST_ROOT:-${TMPDIR:-/tmp}}/e2e.XXXXXX")
-xvfb_pid=""
-app_pid=""
-cleanup() {
-  [ -n "$app_pid" ] && kill "$app_pid" 2> /dev/null || true
-  [ -n "$xvfb_pid" ] && kill "$xvfb_pid" 2> /dev/null || true
-}
-trap cleanup EXIT INT TERM
-fail() {
-  echo "FAIL: $*"
-  shot "failure" || true
-  echo "--- program log"
-  cat "$work/log" || true
-  exit 1
-}
-ok() { echo "ok: $*"; }
-
-# shellcheck source=/dev/null
-source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/lib/xvfb.sh"
-start_xvfb "$work"
-export QT_QPA_PLATFORM=xcb
-export QT_LOGGING_RULES="tarnwell.app.debug=true"
 config="$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
-playlists="$XDG_DATA_HOME/Tarnwell/playlists.json"
 
-# The library, in a folder of its own inside the Music folder: two tagged
-# albums and one song without tags. Thirty seconds each, so nothing ends on
-# its own while the test runs.
-library="$HOME/Music/Library"
-song() { # folder file [artist album title]
-  mkdir -p "$library/$1"
-  sox -n -r 22050 -c 1 -b 16 "$library/$1/$2.flac" synth 30 sine 440 2> /dev/null
-  if [ $# -gt 2 ]; then
-    metaflac --set-tag="ARTIST=$3" --set-tag="ALBUM=$4" --set-tag="TITLE=$5" "$library/$1/$2.flac"
-  fi
-}
 # The first album's folder and the loose song's are named in Latin-1, not UTF-8,
 # as on disks filled by older systems: the song clicked first and the one tagged
 # in the window are found by their exact names.
@@ -64,8 +22,7 @@ song "$harbour" "02 Glass River" "Nadia Lund" "Harbour Songs" "Glass River"
 song "The Quiet Hours/Low Orbit" "01 Northern Line" "The Quiet Hours" "Low Orbit" "Northern Line"
 song "The Quiet Hours/Low Orbit" "02 Static Bloom" "The Quiet Hours" "Low Orbit" "Static Bloom"
 song "$loose" "Demo take"
-# The names the song list shows, in its order.
-mapfile -t names < <("$cli" scan "$library" | LC_ALL=C sed 's|.*/||; s|\.[^.]*$||')
+list_names
 [ ${#names[@]} -eq 5 ] || fail "the library should list 5 songs, not ${#names[@]}"
 
 step=0
@@ -93,14 +50,6 @@ wait_share() { # at_least|below level colour width height x y
   done
   echo "$got"
 }
-wait_for_log() { # pattern
-  for _ in $(seq 300); do grep -q -- "$1" "$work/log" && return 0; sleep 0.1; done
-  return 1
-}
-wait_until() { # command...: polls it for up to 30 s
-  for _ in $(seq 300); do "$@" && return 0; sleep 0.1; done
-  return 1
-}
 # The window's pixels above the now-playing bar (whose progress moves), raw.
 capture() { import -window "$window" -crop 1280x600+0+0 +repage rgb:"$1" 2> /dev/null; }
 # Waits until the window has changed since the last click (the next screen,
@@ -127,44 +76,8 @@ click() { # x y, in window coordinates
   capture "$work/before.rgb"
   xdotool mousemove --window "$window" "$1" "$2" click 1
 }
-start() { # [FOLDER]
-  : > "$work/log"
-  "$app" "$@" 2> "$work/log" &
-  app_pid=$!
-  wait_for_window || fail "no window"
-  xdotool windowfocus --sync "$window" 2> /dev/null || true
-  wait_until sh -c 'playerctl -l 2> /dev/null | grep -q tarnwell' || fail "not on the bus as an MPRIS player"
-}
-stop() {
-  kill "$app_pid" 2> /dev/null || true
-  wait "$app_pid" 2> /dev/null || true
-  app_pid=""
-}
-# The file names of a stored playlist's songs, one a line.
-playlist_songs() { # name
-  python3 - "$playlists" "$1" << 'PY'
-import json, sys, urllib.parse
-for playlist in json.load(open(sys.argv[1])):
-    if playlist["name"] == sys.argv[2]:
-        for track in playlist["tracks"]:
-            print(urllib.parse.unquote(track["url"]).rsplit("/", 1)[-1])
-PY
-}
-mpris() { playerctl -p tarnwell "$@" 2> /dev/null || echo none; }
-wait_mpris() { # expected command...
-  local want=$1 got=""
-  shift
-  for _ in $(seq 300); do
-    got=$(mpris "$@")
-    [ "$got" = "$want" ] && return 0
-    sleep 0.1
-  done
-  echo "$got"
-  return 1
-}
-
 # ---- First run: the welcome, and the import from its button ------------------
-start
+launch
 button=$(wait_share at_least 0.5 '#E3F794' 200 36 430 476) # the reveal ends with the button
 shot "welcome"
 at_least "$button" 0.5 || fail "no \"Import Music Folder\" button after the reveal (lime share $button)"
@@ -187,31 +100,31 @@ ok "the dialog imported ${#names[@]} songs and the welcome went away"
 click 70 134 # "All Songs"
 settle
 click 500 175 # the first song
-wait_mpris Playing status > /dev/null || fail "a click on the first song did not play it"
+expect Playing mpris status > /dev/null || fail "a click on the first song did not play it"
 title=$(mpris metadata xesam:title)
 [ "$title" = "${names[0]}" ] || fail "MPRIS shows \"$title\", not \"${names[0]}\""
 shot "playing"
 ok "a click plays \"$title\", and MPRIS says so"
 
 click 1025 657 # next
-got=$(wait_mpris "${names[1]}" metadata xesam:title) || fail "next played \"$got\", not \"${names[1]}\""
+got=$(expect "${names[1]}" mpris metadata xesam:title) || fail "next played \"$got\", not \"${names[1]}\""
 ok "next plays \"${names[1]}\""
 click 934 657 # previous
-got=$(wait_mpris "${names[0]}" metadata xesam:title) || fail "previous played \"$got\", not \"${names[0]}\""
+got=$(expect "${names[0]}" mpris metadata xesam:title) || fail "previous played \"$got\", not \"${names[0]}\""
 ok "previous goes back to \"${names[0]}\""
 click 891 657 # shuffle
-got=$(wait_mpris On shuffle) || fail "shuffle is \"$got\" after its button"
+got=$(expect On mpris shuffle) || fail "shuffle is \"$got\" after its button"
 shot "shuffled"
 click 891 657
-got=$(wait_mpris Off shuffle) || fail "shuffle is \"$got\" after its second press"
+got=$(expect Off mpris shuffle) || fail "shuffle is \"$got\" after its second press"
 ok "the shuffle button turns shuffling on and off"
 
 xdotool mousemove --window "$window" 600 450
 xdotool key --window "$window" space
-got=$(wait_mpris Paused status) || fail "Space left playback \"$got\""
+got=$(expect Paused mpris status) || fail "Space left playback \"$got\""
 shot "paused"
 xdotool key --window "$window" space
-got=$(wait_mpris Playing status) || fail "a second Space left playback \"$got\""
+got=$(expect Playing mpris status) || fail "a second Space left playback \"$got\""
 ok "Space pauses and plays again"
 
 # ---- A playlist, filled by dragging a song onto it ---------------------------
@@ -234,14 +147,14 @@ shot "dragging"
 xdotool mouseup 1
 wait_for_log 'banner: "Added to Road Trip"' || fail "no \"Added to Road Trip\" after the drop"
 shot "added"
-[ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "playlists.json does not hold just \"${names[1]}\""
+[ "$(in_playlist "Road Trip")" = "${names[1]}.flac" ] || fail "playlists.json does not hold just \"${names[1]}\""
 ok "a song dragged onto the playlist was added (\"Added to Road Trip\")"
-stop
+quit
 
 # ---- A restart: the playlist stays, the library's folder is imported again ---
-start
+launch
 wait_for_log "imported .*Library\": 5 audio files, 5 new" || fail "the remembered folder was not imported at start"
-[ "$(playlist_songs "Road Trip")" = "${names[1]}.flac" ] || fail "the playlist lost its song on restart"
+[ "$(in_playlist "Road Trip")" = "${names[1]}.flac" ] || fail "the playlist lost its song on restart"
 click 70 265 # "Road Trip": the window answers, so the welcome would be showing by now
 wait_for_log 'playlist: "Road Trip", 1 songs' || fail "the playlist does not open with its song"
 settle
@@ -249,10 +162,10 @@ shot "playlist-after-restart"
 lime=$(share '#E3F794' 200 36 430 476)
 at_least 0.05 "$lime" || fail "the welcome came back after the restart (lime share $lime)"
 ok "after a restart: no welcome, the songs back without importing, and \"Road Trip\" with its song"
-stop
+quit
 
 # ---- Tags: the untagged song gets its tags and leaves the list ---------------
-start "$library"
+launch "$library"
 wait_for_log "imported .*: 5 audio files, 5 new" || fail "the folder on the command line was not imported"
 lime=$(wait_share at_least 0.2 '#E3F794' 220 45 780 15)
 at_least "$lime" 0.2 || fail "no import button in the top bar with songs in the library (lime share $lime)"
@@ -294,5 +207,5 @@ wait_for_log 'artist: "The Quiet Hours", album: "Low Orbit"' || fail "the album 
 settle
 shot "album"
 ok "searching \"low orb\" and choosing the album opens The Quiet Hours at Low Orbit"
-stop
+quit
 echo "PASS (screenshots in $artefacts)"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The library's folders between starts, the album selection, the playing
-// song's picture and a save that fails, on the main state.
+// The library's folders between starts, the playing song's picture and a
+// save that fails, on the main state.
 import QtQuick
 import QtTest
 import Tarnwell
@@ -41,21 +41,6 @@ TestCase {
         verify(Fixtures.songAt(next.library, kept + "/one.wav") !== "")
         AppState.forgetLibraryFolder(kept)
         compare(AppState.library.trackCount, 0)
-    }
-
-    function test_anotherArtistClearsTheAlbum_data() {
-        return [
-            { tag: "another artist", artist: "Lumen Vale", album: "" },
-            { tag: "the same artist", artist: "Ash Harbor", album: "Winter Letters" },
-        ]
-    }
-    function test_anotherArtistClearsTheAlbum(data) {
-        const navigation = AppState.navigation
-        navigation.openAlbum("Ash Harbor", "Winter Letters")
-        compare(navigation.selectedArtistAlbum, "Winter Letters")
-        navigation.selectedArtistName = data.artist
-        compare(navigation.selectedArtistAlbum, data.album)
-        navigation.goHome()
     }
 
     function test_aSongWithoutAPictureShowsNone() {

@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 #include "artwork/ArtworkImageProvider.h"
-#include "browse/ArtistDetail.h"
-#include "browse/ArtistListModel.h"
 #include "browse/SongListModel.h"
 #include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QImage>
-#include <QHash>
-#include <QMutex>
 #include <QQmlEngine>
 #include <QQmlEngineExtensionPlugin>
 #include <QSettings>
@@ -23,8 +18,7 @@
 
 Q_IMPORT_QML_PLUGIN(TarnwellPlugin)
 
-// The models the screens take, filled from the tests: songs and artists of
-// files that don't exist, whose tags the tests give (import TarnwellTest).
+// Songs and folders for the screens under test (import TarnwellTest).
 class Fixtures : public QObject
 {
     Q_OBJECT
@@ -48,31 +42,7 @@ public:
         return model;
     }
 
-    // An artists grid whose songs' tags come from load().
-    Q_INVOKABLE ArtistListModel *artists() { return kept(new ArtistListModel(reader(), this)); }
-    // Groups [[name, songs], ...]: that many songs by each artist. The model
-    // is loading until the next turn of the event loop.
-    Q_INVOKABLE void load(ArtistListModel *model, const QVariantList &artists)
-    {
-        QList<Track> tracks;
-        for (const QVariant &artist : artists) {
-            const QVariantList pair = artist.toList();
-            for (int i = 0; i < pair.value(1).toInt(); ++i) {
-                const Track track = Track::create(
-                    localpath::fileUrl(QStringLiteral("/nowhere/%1 %2.flac").arg(m_tags->size()).arg(i)));
-                TrackMetadata meta;
-                meta.artist = pair.value(0).toString();
-                QMutexLocker lock(&m_tags->mutex);
-                m_tags->byPath.insert(track.path(), meta);
-                tracks.append(track);
-            }
-        }
-        model->load(tracks);
-    }
-    Q_INVOKABLE ArtistDetail *detail() { return kept(new ArtistDetail(reader(), this)); }
-
-    // Writes [[artist, songs], ...] as short songs with that artist tag into one
-    // folder of this test file, next to what earlier calls wrote; answers the folder.
+    // Short songs, [[artist, count], ...], added to one folder; its URL.
     Q_INVOKABLE QUrl writeSongs(const QVariantList &artists)
     {
         for (const QVariant &artist : artists) {
@@ -86,8 +56,7 @@ public:
         }
         return localpath::fileUrl(m_folder.path());
     }
-    // A new folder holding short silent songs of these names, and a
-    // folder.jpg when asked; its file URL.
+    // A new folder of silent songs of these names, with a folder.jpg when asked.
     Q_INVOKABLE QUrl folderOfSongs(const QStringList &names, bool withFolderImage = false)
     {
         auto *dir = new QTemporaryDir;
@@ -133,25 +102,6 @@ private:
         return object;
     }
 
-    struct Tags
-    {
-        QMutex mutex;
-        QHash<QString, TrackMetadata> byPath;
-        qsizetype size()
-        {
-            QMutexLocker lock(&mutex);
-            return byPath.size();
-        }
-    };
-    MetadataReader reader() const
-    {
-        return [tags = m_tags](const QString &path) {
-            QMutexLocker lock(&tags->mutex);
-            return tags->byPath.value(path);
-        };
-    }
-
-    std::shared_ptr<Tags> m_tags = std::make_shared<Tags>();
     std::vector<std::unique_ptr<QTemporaryDir>> m_folders;
     QTemporaryDir m_playlists;
 };
@@ -163,8 +113,6 @@ class Setup : public QObject
 public Q_SLOTS:
     void applicationAvailable()
     {
-        QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
-        QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
         QSettings settings;
         settings.clear();
         settings.setValue(QStringLiteral("didCompleteOnboarding"), true);

@@ -17,7 +17,6 @@ Item {
         name: "TagEditor"
         when: windowShown
 
-
         function makePanel(props) {
             const panel = createTemporaryObject(panelComponent, root, props)
             const cancels = createTemporaryObject(spyComponent, root, { target: panel, signalName: "cancelRequested" })
