@@ -103,24 +103,24 @@ private Q_SLOTS:
     void imagesInQml()
     {
         const QString root = qEnvironmentVariable("TARNWELL_TEST_ROOT");
-        const QString song = writeFile(root, QStringLiteral("Se\u00f1or #1 100%/one two.mp3"), "x");
-        writeFile(root, QStringLiteral("Se\u00f1or #1 100%/cover.png"), pngOf(Qt::red, QSize(100, 50)));
+        const QString song = writeFile(root, u"Se\u00f1or #1 100%/one two.mp3"_s, "x");
+        writeFile(root, u"Se\u00f1or #1 100%/cover.png"_s, pngOf(Qt::red, QSize(100, 50)));
         const QString latin1 = writeFile(root, localpath::fromBytes("Bj\xf6rk/caf\xe9.mp3"), "x");
         writeFile(root, localpath::fromBytes("Bj\xf6rk/cov\xe9r.png"), pngOf(Qt::red));
-        const QString bare = writeFile(root, QStringLiteral("bare/song.mp3"), "x");
-        writeFile(musicFolder(), QStringLiteral("A & B/C%D\uff1f/folder.jpg"), jpegOf(Qt::green));
-        writeFile(musicFolder(), QStringLiteral("Sigur R\u00f3s/artist.jpg"), jpegOf(Qt::blue));
+        const QString bare = writeFile(root, u"bare/song.mp3"_s, "x");
+        writeFile(musicFolder(), u"A & B/C%D\uff1f/folder.jpg"_s, jpegOf(Qt::green));
+        writeFile(musicFolder(), u"Sigur R\u00f3s/artist.jpg"_s, jpegOf(Qt::blue));
         const QString inside = root + localpath::fromBytes("/J\xf3ga/na\xefve.flac");
-        const QString picture = writeFile(root, QStringLiteral("picture.png"), pngOf(Qt::blue, QSize(30, 20)));
+        const QString picture = writeFile(root, u"picture.png"_s, pngOf(Qt::blue, QSize(30, 20)));
         QVERIFY(testsupport::makeAudio(inside));
-        QCOMPARE(testsupport::run(QStringLiteral("metaflac"), {"--import-picture-from=" + picture, inside}).exitCode, 0);
+        QCOMPARE(testsupport::run(u"metaflac"_s, {"--import-picture-from=" + picture, inside}).exitCode, 0);
 
         QCOMPARE(show(artworksource::track(song)), std::pair(int(Ready), QSizeF(64, 32))); // 100x50 covering 32x32
         QCOMPARE(show(artworksource::track(latin1)).first, int(Ready));
-        QCOMPARE(show(artworksource::album(QStringLiteral("A & B"), QStringLiteral("C%D?"))).first, int(Ready));
-        QCOMPARE(show(QUrl(QStringLiteral("image://artwork/artist/Sigur%20R%C3%B3s"))).first, int(Ready));
-        QCOMPARE(show(artworksource::track(bare, QStringLiteral("A & B"), QStringLiteral("C%D?"))).first, int(Ready));
-        for (const QUrl &source : {artworksource::track(bare), QUrl(QStringLiteral("image://artwork/nothing/here"))})
+        QCOMPARE(show(artworksource::album(u"A & B"_s, u"C%D?"_s)).first, int(Ready));
+        QCOMPARE(show(QUrl(u"image://artwork/artist/Sigur%20R%C3%B3s"_s)).first, int(Ready));
+        QCOMPARE(show(artworksource::track(bare, u"A & B"_s, u"C%D?"_s)).first, int(Ready));
+        for (const QUrl &source : {artworksource::track(bare), QUrl(u"image://artwork/nothing/here"_s)})
             QCOMPARE(show(source).first, int(Error));
         QCOMPARE(show(playing(song), QSize()), std::pair(int(Ready), QSizeF(100, 50)));
         QCOMPARE(show(playing(inside), QSize()), std::pair(int(Ready), QSizeF(30, 20)));

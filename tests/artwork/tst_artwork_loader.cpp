@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The artwork service: disk copies, shared lookups, misses, the throttle, the playing song.
+// The artwork service: disk copies, shared lookups, misses, the throttle, the
+// playing song, the library's own pictures.
 #include "ArtworkTestUtil.h"
+#include "artwork/AlbumPictures.h"
 #include "artwork/ArtworkLoader.h"
 #include "support/TestSupport.h"
 
@@ -15,6 +17,7 @@ using namespace artworktest;
 using namespace std::chrono_literals;
 using testsupport::writeFile;
 using S = FakeWebServer;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -50,14 +53,14 @@ class TestArtworkLoader : public QObject
     // release and Commons has a green picture for every album.
     void servicesHavePictures()
     {
-        const QString upload = m_server.serviceUrl(QStringLiteral("upload"));
-        m_server.on(QStringLiteral("wiki"), [upload](const S::Request &) { return S::json(pageImages(upload + "/red.png")); });
-        m_server.on(QStringLiteral("mb"), [](const S::Request &) { return S::json(releases({})); });
-        m_server.on(QStringLiteral("commons"), [upload](const S::Request &r) {
-            return S::json(r.pathAndQuery.contains("list=search") ? searchResults({QStringLiteral("File:Cover.png")})
+        const QString upload = m_server.serviceUrl(u"upload"_s);
+        m_server.on(u"wiki"_s, [upload](const S::Request &) { return S::json(pageImages(upload + "/red.png")); });
+        m_server.on(u"mb"_s, [](const S::Request &) { return S::json(releases()); });
+        m_server.on(u"commons"_s, [upload](const S::Request &r) {
+            return S::json(r.pathAndQuery.contains("list=search") ? searchResults(u"File:Cover.png"_s)
                                                                   : imageInfo(upload + "/green.png"));
         });
-        m_server.on(QStringLiteral("upload"), [](const S::Request &r) {
+        m_server.on(u"upload"_s, [](const S::Request &r) {
             return S::image(pngOf(r.pathAndQuery == "/red.png" ? red : green));
         });
     }
@@ -86,19 +89,19 @@ private Q_SLOTS:
     void diskCopies()
     {
         servicesHavePictures();
-        writeFile(musicFolder(), QStringLiteral("Low Tide/folder.jpg"), jpegOf(blue));
+        writeFile(musicFolder(), u"Low Tide/folder.jpg"_s, jpegOf(blue));
         {
             ArtworkLoader loader(options());
-            QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(QStringLiteral("Day/Night"))), red, 0));
-            QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(QStringLiteral("Q"), QStringLiteral("Low: Tide"))), green, 0));
-            QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(std::nullopt, QStringLiteral("Low Tide"))), green, 0));
+            QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Day/Night"_s)), red, 0));
+            QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(u"Q"_s, u"Low: Tide"_s)), green, 0));
+            QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(std::nullopt, u"Low Tide"_s)), green, 0));
         }
         QCOMPARE(filesBelow(musicFolder()),
                  (QStringList{"Day-Night/artist.jpg", "Low Tide/folder.jpg", "Q/Low- Tide/folder.jpg"}));
         m_server.stop();
         ArtworkLoader fresh(options());
-        QVERIFY(looksLike(QCoro::waitFor(fresh.artistImage(QStringLiteral("Day/Night"))), red));
-        QVERIFY(looksLike(QCoro::waitFor(fresh.albumArt(QStringLiteral("Q"), QStringLiteral("Low: Tide"))), green));
+        QVERIFY(looksLike(QCoro::waitFor(fresh.artistImage(u"Day/Night"_s)), red));
+        QVERIFY(looksLike(QCoro::waitFor(fresh.albumArt(u"Q"_s, u"Low: Tide"_s)), green));
         QCOMPARE(lookupsAsked().size(), 3);
     }
 
@@ -113,8 +116,8 @@ private Q_SLOTS:
         const double before = m_server.now();
         for (int i = 0; i < 2; ++i) {
             for (int n = 0; n < 5; ++n) {
-                QCoro::connect(loader.artistImage(QStringLiteral("Artist %1").arg(n)), this, count);
-                QCoro::connect(loader.albumArt(QStringLiteral("Artist %1").arg(n), QStringLiteral("Album")), this, count);
+                QCoro::connect(loader.artistImage(u"Artist %1"_s.arg(n)), this, count);
+                QCoro::connect(loader.albumArt(u"Artist %1"_s.arg(n), u"Album"_s), this, count);
             }
         }
         QTRY_COMPARE_WITH_TIMEOUT(found, 20, 60000);
@@ -136,10 +139,10 @@ private Q_SLOTS:
         int cancelled = 0;
         std::optional<QImage> stayed;
         const auto gone = [&cancelled](const std::optional<QImage> &image) { cancelled += !image; };
-        QCoro::connect(loader.artistImage(QStringLiteral("Gone"), a), this, gone);
-        QCoro::connect(loader.artistImage(QStringLiteral("Gone"), b), this, gone);
-        QCoro::connect(loader.artistImage(QStringLiteral("Kept"), c), this, gone);
-        QCoro::connect(loader.artistImage(QStringLiteral("Kept")), this, [&stayed](const auto &i) { stayed = i; });
+        QCoro::connect(loader.artistImage(u"Gone"_s, a), this, gone);
+        QCoro::connect(loader.artistImage(u"Gone"_s, b), this, gone);
+        QCoro::connect(loader.artistImage(u"Kept"_s, c), this, gone);
+        QCoro::connect(loader.artistImage(u"Kept"_s), this, [&stayed](const auto &i) { stayed = i; });
         for (const CancelToken &t : {a, b, c})
             t.cancel();
         QCOMPARE(cancelled, 3);
@@ -147,7 +150,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(loader.lookupsInFlight(), 0, 60000);
         QCOMPARE(lookupsAsked().size(), 1);
         QCOMPARE(filesBelow(musicFolder()), QStringList{"Kept/artist.jpg"});
-        QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(QStringLiteral("Gone"))), red, 0));
+        QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Gone"_s)), red, 0));
     }
 
     // A name the services had nothing for is not asked again; one they could
@@ -155,18 +158,15 @@ private Q_SLOTS:
     void missesRemembered()
     {
         ArtworkLoader loader(options());
-        QVERIFY(!QCoro::waitFor(loader.artistImage(QStringLiteral("Nobody"))));
-        QVERIFY(!QCoro::waitFor(loader.albumArt(QStringLiteral("Nobody"), QStringLiteral("Nothing"))));
+        QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
         const qsizetype asked = m_server.requests().size();
         servicesHavePictures();
-        QVERIFY(!QCoro::waitFor(loader.artistImage(QStringLiteral("Nobody"))));
-        QVERIFY(!QCoro::waitFor(loader.albumArt(QStringLiteral("Nobody"), QStringLiteral("Nothing"))));
+        QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
         QCOMPARE(m_server.requests().size(), asked);
-
         m_server.stop();
-        QVERIFY(!QCoro::waitFor(loader.artistImage(QStringLiteral("Offline"))));
+        QVERIFY(!QCoro::waitFor(loader.artistImage(u"Offline"_s)));
         QVERIFY(m_server.start());
-        QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(QStringLiteral("Offline"))), red, 0));
+        QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Offline"_s)), red, 0));
     }
 
     // A newer song cancels a lookup waiting for its slot; a song without tags
@@ -177,7 +177,7 @@ private Q_SLOTS:
         const auto track = [this](const char *path) {
             return Track::create(QUrl::fromLocalFile(writeFile(m_songs.path(), QString::fromUtf8(path), "x")));
         };
-        writeFile(m_songs.path(), QStringLiteral("one/cover.jpg"), jpegOf(blue));
+        writeFile(m_songs.path(), u"one/cover.jpg"_s, jpegOf(blue));
         ArtworkLoader loader(options(1s));
         QSignalSpy finished(&loader, &ArtworkLoader::loadFinished);
         loader.throttler().reserveSlot();
@@ -193,6 +193,29 @@ private Q_SLOTS:
         QCOMPARE(trail(m_server).value(0),
                  QStringLiteral("mb /ws/2/release/?query=artist:%22Quiet%20Song%22%20AND%20release:%22Quiet%20Song%22"
                                 "&fmt=json&limit=5"));
+    }
+
+    // An album without a copy on disk shows the picture of its first song that
+    // has one, names compared ignoring case; an artist, that of its albums. Songs
+    // added later give an album that had none a picture.
+    void picturesOfTheLibrarysSongs()
+    {
+        const auto song = [this](const char *path, const char *artist, const char *album) {
+            const QString file = writeFile(m_songs.path(), QString::fromUtf8(path), "x");
+            return AlbumPictures::Song{QUrl::fromLocalFile(file), QString::fromUtf8(artist), QString::fromUtf8(album)};
+        };
+        writeFile(m_songs.path(), u"b/cover.png"_s, pngOf(blue));
+        writeFile(m_songs.path(), u"d/cover.png"_s, pngOf(red));
+        ArtworkLoader loader(options());
+        AlbumPictures pictures(loader);
+        pictures.setIndex(AlbumPictures::makeIndex(
+            {song("c/3.mp3", "Low", "Bare"), song("a/1.mp3", "Low", "Tide"), song("b/2.mp3", "LOW", "tide")}));
+        QVERIFY(looksLike(QCoro::waitFor(pictures.album(u"low"_s, u"TIDE"_s)), blue, 0));
+        QVERIFY(looksLike(QCoro::waitFor(pictures.artist(u"Low"_s)), blue, 0));
+        QVERIFY(!QCoro::waitFor(pictures.album(u"Low"_s, u"Bare"_s)));
+        pictures.add(AlbumPictures::makeIndex({song("d/4.mp3", "low", "BARE")}));
+        QVERIFY(looksLike(QCoro::waitFor(pictures.album(u"Low"_s, u"Bare"_s)), red, 0));
+        QVERIFY(looksLike(QCoro::waitFor(pictures.artist(u"Low"_s)), red, 0)); // its first album now has one
     }
 };
 

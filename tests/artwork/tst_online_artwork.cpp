@@ -19,23 +19,19 @@ namespace {
 
 const QColor coverRed(220, 20, 20), commonsGreen(20, 200, 40), thumbBlue(30, 40, 230);
 
-const QString mbQuery = QStringLiteral(
-    "mb /ws/2/release/?query=artist:%22The%20Quiet%20Hours%22%20AND%20release:%22Low%20Tide%22&fmt=json&limit=5");
-const QString caaFront = QStringLiteral("caa /release/rel-1/front");
-const QString commonsInfo = QStringLiteral(
-    "commons /w/api.php?action=query&titles=File:Hours.jpg&prop=imageinfo&iiprop=url&format=json");
-const QString wikiQuery = QStringLiteral(
-    "wiki /w/api.php?action=query&titles=The%20Quiet%20Hours&prop=pageimages&pithumbsize=500"
-    "&piprop=thumbnail&format=json");
-const QStringList toCommons{
-    QStringLiteral("commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours%20Low%20Tide"
-                   "%20album%20cover&srnamespace=6&format=json&srlimit=3"),
-    commonsInfo, QStringLiteral("upload /commons.png")};
-const QString commonsArtistSearch = QStringLiteral(
-    "commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours&srnamespace=6&format=json&srlimit=5");
+const QString mbQuery = u"mb /ws/2/release/?query=artist:%22The%20Quiet%20Hours%22%20AND%20release:%22Low%20Tide%22"
+                        "&fmt=json&limit=5"_s;
+const QString caaFront = u"caa /release/rel-1/front"_s;
+const QString commonsInfo = u"commons /w/api.php?action=query&titles=File:Hours.jpg&prop=imageinfo&iiprop=url&format=json"_s;
+const QString wikiQuery = u"wiki /w/api.php?action=query&titles=The%20Quiet%20Hours&prop=pageimages&pithumbsize=500"
+                          "&piprop=thumbnail&format=json"_s;
+const QStringList toCommons{u"commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours%20Low%20Tide"
+                            "%20album%20cover&srnamespace=6&format=json&srlimit=3"_s, commonsInfo, u"upload /commons.png"_s};
+const QString commonsArtistSearch = u"commons /w/api.php?action=query&list=search&srsearch=The%20Quiet%20Hours"
+                                    "&srnamespace=6&format=json&srlimit=5"_s;
 
 S::Reply picture(const QColor &c) { return S::image(pngOf(c)); }
-S::Reply found(const QStringList &titles) { return S::json(searchResults(titles)); }
+S::Reply found(const QString &title = {}) { return S::json(searchResults(title)); }
 
 } // namespace
 
@@ -56,10 +52,10 @@ private Q_SLOTS:
     void init()
     {
         m_server.reset();
-        m_server.script(QStringLiteral("commons"),
-                        {found({QStringLiteral("File:Hours.jpg")}),
-                         S::json(imageInfo(m_server.serviceUrl(QStringLiteral("upload")) + "/commons.png"))});
-        m_server.on(QStringLiteral("upload"), [](const S::Request &r) {
+        m_server.script(u"commons"_s,
+                        {found(u"File:Hours.jpg"_s),
+                         S::json(imageInfo(m_server.serviceUrl(u"upload"_s) + "/commons.png"))});
+        m_server.on(u"upload"_s, [](const S::Request &r) {
             return picture(r.pathAndQuery == "/thumb.png" ? thumbBlue : commonsGreen);
         });
     }
@@ -75,8 +71,8 @@ private Q_SLOTS:
                             const QColor &color, bool answered = true) {
             QTest::newRow(name) << album << scripts << expected << color << answered;
         };
-        const S::Reply release = S::json(releases({QStringLiteral("rel-1")})), none = S::json(releases({}));
-        const QString thumb = m_server.serviceUrl(QStringLiteral("upload")) + "/thumb.png";
+        const S::Reply release = S::json(releases(u"rel-1"_s)), none = S::json(releases());
+        const QString thumb = m_server.serviceUrl(u"upload"_s) + "/thumb.png";
         row("release found, cover present", true, {{"mb", {release}}, {"caa", {picture(coverRed)}}},
             {mbQuery, caaFront}, coverRed);
         row("release found, no cover", true, {{"mb", {release}}}, QStringList{mbQuery, caaFront} + toCommons, commonsGreen);
@@ -84,15 +80,15 @@ private Q_SLOTS:
         row("rate limited: only a 200 counts", true, {{"mb", {S::json(release.body, 503)}}},
             QStringList{mbQuery} + toCommons, commonsGreen, false);
         row("Commons page without imageinfo", true,
-            {{"mb", {none}}, {"commons", {found({QStringLiteral("File:Hours.jpg")}), S::json(imageInfo({}))}}},
+            {{"mb", {none}}, {"commons", {found(u"File:Hours.jpg"_s), S::json(imageInfo())}}},
             {mbQuery, toCommons[0], commonsInfo}, QColor());
         row("release whose cover is a bomb", true, {{"mb", {release}}, {"caa", {S::image(S::imageBomb(60000, 60000))}}},
             QStringList{mbQuery, caaFront} + toCommons, commonsGreen);
         row("artist: thumbnail, whatever the status", false, {{"wiki", {S::json(pageImages(thumb), 404)}}},
-            {wikiQuery, QStringLiteral("upload /thumb.png")}, thumbBlue);
-        row("artist: missing page", false, {{"wiki", {S::json(pageImages({}))}}},
+            {wikiQuery, u"upload /thumb.png"_s}, thumbBlue);
+        row("artist: missing page", false, {{"wiki", {S::json(pageImages())}}},
             {wikiQuery, commonsArtistSearch, commonsInfo, toCommons[2]}, commonsGreen);
-        row("artist: Wikipedia down, Commons empty", false, {{"wiki", {S::status(503)}}, {"commons", {found({})}}},
+        row("artist: Wikipedia down, Commons empty", false, {{"wiki", {S::status(503)}}, {"commons", {found()}}},
             {wikiQuery, commonsArtistSearch}, QColor());
     }
 
@@ -104,9 +100,9 @@ private Q_SLOTS:
         for (const auto &[service, replies] : scripts)
             m_server.script(service, replies);
         const online::Lookup l = lookup();
-        const QString artist = QStringLiteral("The Quiet Hours");
+        const QString artist = u"The Quiet Hours"_s;
         const std::optional<QImage> image = QCoro::waitFor(
-            album ? online::onlineAlbumArt(l, artist, QStringLiteral("Low Tide")) : online::onlineArtistImage(l, artist));
+            album ? online::onlineAlbumArt(l, artist, u"Low Tide"_s) : online::onlineArtistImage(l, artist));
         QVERIFY(color.isValid() ? looksLike(image, color, 0) : !image);
         QTEST(trail(m_server), "expected");
         if (album)
@@ -121,31 +117,14 @@ private Q_SLOTS:
     }
 
     // A name stays one query value; a release id can't climb out of its path segment.
-    void encoding_data()
-    {
-        QTest::addColumn<QString>("artist");
-        QTest::addColumn<QString>("releaseID");
-        QTest::addColumn<QStringList>("expected");
-        QTest::newRow("query values and a path segment")
-            << QStringLiteral("Salt & Cedar = M\u00fcller + \"Co\"") << QStringLiteral("../../admin?x=1#y")
-            << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22Salt%20%26%20Cedar%20%3D%20M%C3%BCller"
-                                          "%20%2B%20%22Co%22%22&fmt=json&limit=5"),
-                           QStringLiteral("caa /release/..%2F..%2Fadmin%3Fx%3D1%23y/front")};
-        QTest::newRow("everything else")
-            << QStringLiteral("#%[]{}<>\\^`|\t") << QStringLiteral("-._~")
-            << QStringList{QStringLiteral("mb /ws/2/release/?query=artist:%22%23%25%5B%5D%7B%7D%3C%3E%5C%5E%60%7C%09%22"
-                                          "&fmt=json&limit=5"),
-                           QStringLiteral("caa /release/-._~/front")};
-    }
-
     void encoding()
     {
-        QFETCH(QString, artist);
-        QFETCH(QString, releaseID);
-        m_server.script(QStringLiteral("mb"), {S::json(releases({releaseID}))});
-        m_server.script(QStringLiteral("caa"), {picture(coverRed)});
-        QVERIFY(QCoro::waitFor(online::onlineAlbumArt(lookup(), artist, std::nullopt)));
-        QTEST(trail(m_server), "expected");
+        m_server.script(u"mb"_s, {S::json(releases(u"../../admin?x=1#y-._~"_s))});
+        m_server.script(u"caa"_s, {picture(coverRed)});
+        QVERIFY(QCoro::waitFor(online::onlineAlbumArt(lookup(), u"Salt & Cedar = M\u00fcller + \"Co\" #%[]{}<>\\^`|\t"_s, {})));
+        QCOMPARE(trail(m_server), (QStringList{u"mb /ws/2/release/?query=artist:%22Salt%20%26%20Cedar%20%3D%20M%C3%BCller"
+                                               "%20%2B%20%22Co%22%20%23%25%5B%5D%7B%7D%3C%3E%5C%5E%60%7C%09%22&fmt=json&limit=5"_s,
+                                               u"caa /release/..%2F..%2Fadmin%3Fx%3D1%23y-._~/front"_s}));
     }
 
     // Whatever a server sends, a request ends within its deadline and the cap
@@ -170,10 +149,10 @@ private Q_SLOTS:
         QFETCH(S::Reply, reply);
         QFETCH(bool, json);
         QFETCH(bool, arrives);
-        m_server.on(QStringLiteral("caa"), [reply](const S::Request &) { return reply; }); // a retry too
+        m_server.on(u"caa"_s, [reply](const S::Request &) { return reply; }); // a retry too
         ArtworkSession session(servicesOf(m_server), {5s, 5s, 5s, 64 * 1024, 256 * 1024});
         const auto kind = json ? ArtworkSession::Kind::Json : ArtworkSession::Kind::Picture;
-        const auto response = QCoro::waitFor(session.get(QUrl(m_server.serviceUrl(QStringLiteral("caa")) + "/x"), kind, {}));
+        const auto response = QCoro::waitFor(session.get(QUrl(m_server.serviceUrl(u"caa"_s) + "/x"), kind, {}));
         QCOMPARE(response.has_value(), arrives);
         if (reply.streamBytes > 0 && !arrives)
             QTRY_VERIFY_WITH_TIMEOUT(m_server.cutStreams() >= 1, 60000);
@@ -182,11 +161,11 @@ private Q_SLOTS:
     // Cancelled during a request, the chain ends at once without sending the rest.
     void cancelledDuringARequest()
     {
-        m_server.script(QStringLiteral("wiki"), {S::silence()});
+        m_server.script(u"wiki"_s, {S::silence()});
         const CancelToken cancel = CancelToken::create();
         QTimer::singleShot(200, [cancel] { cancel.cancel(); });
         const online::Lookup l = lookup(cancel);
-        QVERIFY(!QCoro::waitFor(online::onlineArtistImage(l, QStringLiteral("The Quiet Hours"))));
+        QVERIFY(!QCoro::waitFor(online::onlineArtistImage(l, u"The Quiet Hours"_s)));
         QCOMPARE(trail(m_server), QStringList{wikiQuery});
         QVERIFY(!l.wasAnswered());
     }
