@@ -41,8 +41,8 @@ inline bool looksLike(const std::optional<QImage> &image, const QColor &color, i
     if (!image || image->isNull())
         return false;
     const QColor c = image->pixelColor(image->width() / 2, image->height() / 2);
-    return std::abs(c.red() - color.red()) <= tolerance && std::abs(c.green() - color.green()) <= tolerance
-        && std::abs(c.blue() - color.blue()) <= tolerance;
+    const auto near = [tolerance](int a, int b) { return std::abs(a - b) <= tolerance; };
+    return near(c.red(), color.red()) && near(c.green(), color.green()) && near(c.blue(), color.blue());
 }
 
 // The services' answers; an empty argument: nothing found.

@@ -43,10 +43,7 @@ class TestArtworkLoader : public QObject
 
     ArtworkLoader::Options options(std::chrono::nanoseconds interval = 10ms)
     {
-        ArtworkLoader::Options o;
-        o.services = servicesOf(m_server);
-        o.throttleInterval = interval;
-        return o;
+        return {.musicFolder = {}, .services = servicesOf(m_server), .limits = {}, .throttleInterval = interval};
     }
 
     // Wikipedia has a red thumbnail for every artist; MusicBrainz knows no
@@ -85,13 +82,18 @@ private Q_SLOTS:
     }
 
     // Found online, written as JPEG under Music, found there by a new loader
-    // without the network. Without an artist an album has no copy at all.
+    // without the network. Without an artist an album has no copy at all. A
+    // name the services had nothing for is not asked again; one they could
+    // not be asked about is.
     void diskCopies()
     {
-        servicesHavePictures();
         writeFile(musicFolder(), u"Low Tide/folder.jpg"_s, jpegOf(blue));
         {
             ArtworkLoader loader(options());
+            QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
+            m_server.reset();
+            servicesHavePictures();
+            QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
             QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Day/Night"_s)), red, 0));
             QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(u"Q"_s, u"Low: Tide"_s)), green, 0));
             QVERIFY(looksLike(QCoro::waitFor(loader.albumArt(std::nullopt, u"Low Tide"_s)), green, 0));
@@ -102,7 +104,10 @@ private Q_SLOTS:
         ArtworkLoader fresh(options());
         QVERIFY(looksLike(QCoro::waitFor(fresh.artistImage(u"Day/Night"_s)), red));
         QVERIFY(looksLike(QCoro::waitFor(fresh.albumArt(u"Q"_s, u"Low: Tide"_s)), green));
+        QVERIFY(!QCoro::waitFor(fresh.artistImage(u"Offline"_s)));
         QCOMPARE(lookupsAsked().size(), 3);
+        QVERIFY(m_server.start());
+        QVERIFY(looksLike(QCoro::waitFor(fresh.artistImage(u"Offline"_s)), red, 0));
     }
 
     // The web hears of each name once, however many ask, and lookups start a
@@ -114,11 +119,9 @@ private Q_SLOTS:
         int found = 0;
         const auto count = [&found](const std::optional<QImage> &image) { found += image ? 1 : 0; };
         const double before = m_server.now();
-        for (int i = 0; i < 2; ++i) {
-            for (int n = 0; n < 5; ++n) {
-                QCoro::connect(loader.artistImage(u"Artist %1"_s.arg(n)), this, count);
-                QCoro::connect(loader.albumArt(u"Artist %1"_s.arg(n), u"Album"_s), this, count);
-            }
+        for (int n = 0; n < 10; ++n) {
+            QCoro::connect(loader.artistImage(u"Artist %1"_s.arg(n % 5)), this, count);
+            QCoro::connect(loader.albumArt(u"Artist %1"_s.arg(n % 5), u"Album"_s), this, count);
         }
         QTRY_COMPARE_WITH_TIMEOUT(found, 20, 60000);
         const QList<S::Request> asked = lookupsAsked();
@@ -153,22 +156,6 @@ private Q_SLOTS:
         QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Gone"_s)), red, 0));
     }
 
-    // A name the services had nothing for is not asked again; one they could
-    // not be asked about is.
-    void missesRemembered()
-    {
-        ArtworkLoader loader(options());
-        QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
-        const qsizetype asked = m_server.requests().size();
-        servicesHavePictures();
-        QVERIFY(!QCoro::waitFor(loader.albumArt(u"Nobody"_s, u"Nothing"_s)));
-        QCOMPARE(m_server.requests().size(), asked);
-        m_server.stop();
-        QVERIFY(!QCoro::waitFor(loader.artistImage(u"Offline"_s)));
-        QVERIFY(m_server.start());
-        QVERIFY(looksLike(QCoro::waitFor(loader.artistImage(u"Offline"_s)), red, 0));
-    }
-
     // A newer song cancels a lookup waiting for its slot; a song without tags
     // is looked up by its file name as artist and album.
     void playingPicture()
@@ -190,9 +177,7 @@ private Q_SLOTS:
         loader.load(track("two/Quiet Song.mp3"));
         QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 3, 60000);
         QVERIFY(looksLike(loader.image(), green, 0));
-        QCOMPARE(trail(m_server).value(0),
-                 QStringLiteral("mb /ws/2/release/?query=artist:%22Quiet%20Song%22%20AND%20release:%22Quiet%20Song%22"
-                                "&fmt=json&limit=5"));
+        QVERIFY(trail(m_server).value(0).contains(u"query=artist:%22Quiet%20Song%22%20AND%20release:%22Quiet%20Song%22"_s));
     }
 
     // An album without a copy on disk shows the picture of its first song that

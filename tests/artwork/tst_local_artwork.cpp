@@ -14,7 +14,6 @@
 
 using namespace Qt::StringLiterals;
 using testsupport::writeFile;
-using OptionalText = std::optional<QString>;
 
 class TestLocalArtwork : public QObject
 {
@@ -41,38 +40,24 @@ private Q_SLOTS:
 
     // Where copies go, and what becomes of a name on its way to a folder; a
     // name that can't be a folder of its own gets none.
-    void copyPaths_data()
-    {
-        QTest::addColumn<QString>("artist");
-        QTest::addColumn<OptionalText>("album"); // none: the artist's copy
-        QTest::addColumn<OptionalText>("expected");
-        const auto row = [](const char *name, const QString &artist, const char *album, const char *expected) {
-            const auto text = [](const char *t) { return t ? OptionalText(QString::fromUtf8(t)) : OptionalText(); };
-            QTest::newRow(name) << artist << text(album) << text(expected);
-        };
-        row("separators", u"a/b\\c:d|e"_s, nullptr, "a-b-c-d-e/artist.jpg");
-        row("others keep apart", u"*?\"<>"_s, nullptr, "\uff0a\uff1f\uff02\uff1c\uff1e/artist.jpg");
-        row("unicode spaces trimmed", u"\u00a0Low\u2003Tide\u3000"_s, nullptr, "Low\u2003Tide/artist.jpg");
-        row("controls, line breaks, bidi overrides and joiners dropped",
-            u"\tLow\nTi\u0000de\r\u2028 \u202eedit\u200d woL\u202c"_s, nullptr, "LowTide edit woL/artist.jpg");
-        row("broken surrogate dropped, pairs kept", u"a"_s + QChar(0xd800) + u"b\U0001F3B5"_s, nullptr,
-            "ab\U0001F3B5/artist.jpg");
-        row("album", u"AC/DC"_s, "Back: In Black", "AC-DC/Back- In Black/folder.jpg");
-        row("three dots are a name", u"..."_s, "x", ".../x/folder.jpg");
-        row("dot-dot artist", u".."_s, nullptr, nullptr);
-        row("dot-dot hidden by invisibles", u"\u202e.\n."_s, nullptr, nullptr);
-        row("nothing left", u" \u200b "_s, nullptr, nullptr);
-        row("dot-dot album", u"Low"_s, "..", nullptr);
-    }
-
     void copyPaths()
     {
-        QFETCH(QString, artist);
-        QFETCH(OptionalText, album);
-        QFETCH(OptionalText, expected);
+        const struct { QString artist; const char *album, *expected; } cases[] { // no album: the artist's copy
+            {u"a/b\\c:d|e"_s, nullptr, "a-b-c-d-e/artist.jpg"},
+            {u"*?\"<>"_s, nullptr, "\uff0a\uff1f\uff02\uff1c\uff1e/artist.jpg"}, // kept apart
+            {u"\u00a0Low\u2003Tide\u3000"_s, nullptr, "Low\u2003Tide/artist.jpg"}, // unicode spaces trimmed
+            // controls, line breaks, bidi overrides, joiners and broken surrogates dropped
+            {u"\tLow\nTi\u0000de\r\u2028 \u202eedit\u200d woL\u202c"_s, nullptr, "LowTide edit woL/artist.jpg"},
+            {u"a"_s + QChar(0xd800) + u"b\U0001F3B5"_s, nullptr, "ab\U0001F3B5/artist.jpg"},
+            {u"AC/DC"_s, "Back: In Black", "AC-DC/Back- In Black/folder.jpg"}, {u"..."_s, "x", ".../x/folder.jpg"},
+            {u".."_s, nullptr, nullptr}, {u"\u202e.\n."_s, nullptr, nullptr}, {u" \u200b "_s, nullptr, nullptr},
+            {u"Low"_s, "..", nullptr}};
         const QString music = u"/home/u/Music"_s;
-        const OptionalText path = album ? artwork::albumCopyPath(music, artist, *album) : artwork::artistCopyPath(music, artist);
-        QCOMPARE(path, expected ? OptionalText(music + u'/' + *expected) : OptionalText());
+        for (const auto &c : cases) {
+            const std::optional<QString> path = c.album ? artwork::albumCopyPath(music, c.artist, QString::fromUtf8(c.album))
+                                              : artwork::artistCopyPath(music, c.artist);
+            QCOMPARE(path.value_or(u"none"_s), c.expected ? music + u'/' + QString::fromUtf8(c.expected) : u"none"_s);
+        }
     }
 
     // Pictures in the formats of the web decode, at most at the kept size;
@@ -144,9 +129,8 @@ private Q_SLOTS:
         QTest::newRow("song") << QStringList{"--file", song, "--out", out} << 0 << QByteArray();
         QTest::newRow("artist") << QStringList{"--artist", "Low", "--out", out} << 0 << QByteArray();
         QTest::newRow("album") << QStringList{"--artist", "Low", "--album", "Tide/1", "--out", out} << 0 << QByteArray();
-        for (const QStringList &usage : {QStringList{"--artist", "A"}, QStringList{"--out", "x.jpg"},
-                                         QStringList{"--artist", "A", "--size", "3", "--out", "x.jpg"},
-                                         QStringList{"--out", "x.jpg", "--artist"}})
+        for (const QStringList &usage : {QStringList{"--artist", "A"}, QStringList{"--out", "x.jpg", "--artist"},
+                                         QStringList{"--artist", "A", "--size", "3", "--out", "x.jpg"}})
             QTest::newRow(qPrintable(usage.join(u' '))) << usage << 2 << QByteArray("usage");
         QTest::newRow("no such song") << QStringList{"--file", "/nonexistent.flac", "--out", "x.jpg"} << 1
                                       << QByteArray("/nonexistent.flac: there is no such file");
@@ -167,8 +151,8 @@ private Q_SLOTS:
         QCOMPARE(r.exitCode, exitCode);
         QVERIFY2(r.err.contains(says), r.err.constData());
         QVERIFY(!QFile::exists(u"x.jpg"_s));
-        QVERIFY(exitCode != 0 || artworktest::looksLike(artwork::loadImageFile(out), Qt::blue));
-        QVERIFY(exitCode != 0 || testsupport::readFile(out).startsWith("\xff\xd8\xff"));
+        QVERIFY(exitCode != 0
+                || (testsupport::readFile(out).startsWith("\xff\xd8\xff") && artworktest::looksLike(artwork::loadImageFile(out), Qt::blue)));
     }
 };
 
