@@ -4,15 +4,14 @@
 #include "artwork/ArtworkServices.h"
 #include "support/FakeWebServer.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QStandardPaths>
 
 #include <cstdlib>
 #include <optional>
 
 namespace artworktest {
+
+using namespace Qt::StringLiterals;
 
 inline constexpr char contactUrl[] = "http://contact.invalid/tarnwell-tests";
 
@@ -42,44 +41,34 @@ inline bool looksLike(const std::optional<QImage> &image, const QColor &color, i
     if (!image || image->isNull())
         return false;
     const QColor c = image->pixelColor(image->width() / 2, image->height() / 2);
-    return std::abs(c.red() - color.red()) <= tolerance && std::abs(c.green() - color.green()) <= tolerance
-        && std::abs(c.blue() - color.blue()) <= tolerance;
+    const auto near = [tolerance](int a, int b) { return std::abs(a - b) <= tolerance; };
+    return near(c.red(), color.red()) && near(c.green(), color.green()) && near(c.blue(), color.blue());
 }
 
-// The services' answers, as JSON.
-inline QByteArray json(const QJsonObject &o) { return QJsonDocument(o).toJson(QJsonDocument::Compact); }
-inline QByteArray query(const char *key, const QJsonValue &value) { return json({{"query", QJsonObject{{key, value}}}}); }
-
-inline QByteArray releases(const QStringList &ids)
+// The services' answers; an empty argument: nothing found.
+inline QByteArray releases(const QString &id = {})
 {
-    QJsonArray list;
-    for (const QString &id : ids)
-        list.append(QJsonObject{{"id", id}, {"score", 100}});
-    return json({{"count", int(ids.size())}, {"releases", list}});
+    return (id.isEmpty() ? uR"({"count":0,"releases":[]})"_s
+                         : uR"({"count":1,"releases":[{"id":"%1","score":100}]})"_s.arg(id)).toUtf8();
 }
 
-inline QByteArray pageImages(const std::optional<QString> &thumbnail) // none: no such page
+inline QByteArray pageImages(const QString &thumbnail = {})
 {
-    if (!thumbnail)
-        return query("pages", QJsonObject{{"-1", QJsonObject{{"ns", 0}, {"missing", ""}}}});
-    const QJsonObject thumb{{"source", *thumbnail}, {"width", 500}, {"height", 400}};
-    return query("pages", QJsonObject{{"123", QJsonObject{{"pageid", 123}, {"thumbnail", thumb}}}});
+    return (thumbnail.isEmpty() ? uR"({"query":{"pages":{"-1":{"ns":0,"missing":""}}}})"_s
+                                : uR"({"query":{"pages":{"123":{"pageid":123,"thumbnail":)"
+                                  uR"({"source":"%1","width":500,"height":400}}}}})"_s.arg(thumbnail)).toUtf8();
 }
 
-inline QByteArray searchResults(const QStringList &titles)
+inline QByteArray searchResults(const QString &title = {})
 {
-    QJsonArray list;
-    for (const QString &t : titles)
-        list.append(QJsonObject{{"ns", 6}, {"title", t}});
-    return query("search", list);
+    const QString hit = title.isEmpty() ? QString() : uR"({"ns":6,"title":"%1"})"_s.arg(title);
+    return uR"({"query":{"search":[%1]}})"_s.arg(hit).toUtf8();
 }
 
-inline QByteArray imageInfo(const std::optional<QString> &url)
+inline QByteArray imageInfo(const QString &url = {})
 {
-    QJsonObject page{{"title", "File:x.jpg"}};
-    if (url)
-        page.insert("imageinfo", QJsonArray{QJsonObject{{"url", *url}}});
-    return query("pages", QJsonObject{{"77", page}});
+    const QString info = url.isEmpty() ? QString() : uR"(,"imageinfo":[{"url":"%1"}])"_s.arg(url);
+    return uR"({"query":{"pages":{"77":{"title":"File:x.jpg"%1}}}})"_s.arg(info).toUtf8();
 }
 
 } // namespace artworktest

@@ -19,9 +19,7 @@ using namespace artworktest;
 using namespace std::chrono_literals;
 using testsupport::writeFile;
 
-namespace {
 enum Status { Null, Ready, Loading, Error }; // QQuickImageBase::Status
-}
 
 class TestArtworkImageProvider : public QObject
 {
@@ -53,77 +51,48 @@ class TestArtworkImageProvider : public QObject
     }
 
 private Q_SLOTS:
-    void initTestCase()
+    void init()
     {
         QVERIFY2(!qEnvironmentVariableIsEmpty("TARNWELL_TEST_ROOT"), "run me through tests/support/isolated.sh");
         QVERIFY(m_server.start());
-    }
-
-    void init()
-    {
         m_server.reset();
+        m_engine.reset(); // before the loader its provider uses
         QDir(musicFolder()).removeRecursively();
-        ArtworkLoader::Options o;
-        o.services = servicesOf(m_server);
-        o.throttleInterval = 1s;
-        m_loader = std::make_unique<ArtworkLoader>(o);
+        m_loader = std::make_unique<ArtworkLoader>(ArtworkLoader::Options{
+            .musicFolder = {}, .services = servicesOf(m_server), .limits = {}, .throttleInterval = 1s});
         m_engine = std::make_unique<QQmlEngine>();
         m_engine->addImageProvider(QLatin1StringView(artworksource::providerName),
                                    new ArtworkImageProvider(m_loader.get()));
     }
 
-    void cleanup()
-    {
-        m_engine.reset();
-        m_loader.reset();
-    }
-
-    void scaling_data()
-    {
-        QTest::addColumn<QSize>("original");
-        QTest::addColumn<QSize>("requested");
-        QTest::addColumn<QSize>("expected");
-        QTest::newRow("no size asked") << QSize(400, 200) << QSize() << QSize(400, 200);
-        QTest::newRow("covers the box") << QSize(400, 200) << QSize(100, 100) << QSize(200, 100);
-        QTest::newRow("height only") << QSize(400, 200) << QSize(0, 50) << QSize(100, 50);
-        QTest::newRow("never enlarged") << QSize(40, 20) << QSize(100, 100) << QSize(40, 20);
-    }
-
-    void scaling()
-    {
-        QFETCH(QSize, original);
-        QFETCH(QSize, requested);
-        QTEST(ArtworkImageProvider::scaledForRequest(FakeWebServer::solidImage(Qt::red, original), requested).size(),
-              "expected");
-    }
-
     // Addresses with characters that mean something in a URL, and names that
     // are not UTF-8, the folders' too: the picture beside the song, the one
-    // inside it, and the saved copies. None of it goes online.
+    // inside it, and the saved copies, scaled to cover the box an Image asks
+    // for (a side of 0: any), never enlarged. None of it goes online.
     void imagesInQml()
     {
         const QString root = qEnvironmentVariable("TARNWELL_TEST_ROOT");
-        const QString song = writeFile(root, QStringLiteral("Se\u00f1or #1 100%/one two.mp3"), "x");
-        writeFile(root, QStringLiteral("Se\u00f1or #1 100%/cover.png"), pngOf(Qt::red, QSize(100, 50)));
+        const QString song = writeFile(root, u"Se\u00f1or #1 100%/one two.mp3"_s, "x");
+        writeFile(root, u"Se\u00f1or #1 100%/cover.png"_s, pngOf(Qt::red, QSize(100, 50)));
         const QString latin1 = writeFile(root, localpath::fromBytes("Bj\xf6rk/caf\xe9.mp3"), "x");
         writeFile(root, localpath::fromBytes("Bj\xf6rk/cov\xe9r.png"), pngOf(Qt::red));
-        const QString bare = writeFile(root, QStringLiteral("bare/song.mp3"), "x");
-        writeFile(musicFolder(), QStringLiteral("A & B/C%D\uff1f/folder.jpg"), jpegOf(Qt::green));
-        writeFile(musicFolder(), QStringLiteral("Sigur R\u00f3s/artist.jpg"), jpegOf(Qt::blue));
+        const QString bare = writeFile(root, u"bare/song.mp3"_s, "x");
+        writeFile(musicFolder(), u"A & B/C%D\uff1f/folder.jpg"_s, jpegOf(Qt::green));
+        writeFile(musicFolder(), u"Sigur R\u00f3s/artist.jpg"_s, jpegOf(Qt::blue));
         const QString inside = root + localpath::fromBytes("/J\xf3ga/na\xefve.flac");
-        const QString picture = writeFile(root, QStringLiteral("picture.png"), pngOf(Qt::blue, QSize(30, 20)));
+        const QString picture = writeFile(root, u"picture.png"_s, pngOf(Qt::blue, QSize(30, 20)));
         QVERIFY(testsupport::makeAudio(inside));
-        QCOMPARE(testsupport::run(QStringLiteral("metaflac"), {"--import-picture-from=" + picture, inside}).exitCode, 0);
+        QCOMPARE(testsupport::run(u"metaflac"_s, {"--import-picture-from=" + picture, inside}).exitCode, 0);
 
         QCOMPARE(show(artworksource::track(song)), std::pair(int(Ready), QSizeF(64, 32))); // 100x50 covering 32x32
-        QCOMPARE(show(artworksource::track(latin1)).first, int(Ready));
-        QCOMPARE(show(artworksource::album(QStringLiteral("A & B"), QStringLiteral("C%D?"))).first, int(Ready));
-        QCOMPARE(show(QUrl(QStringLiteral("image://artwork/artist/Sigur%20R%C3%B3s"))).first, int(Ready));
-        QCOMPARE(show(artworksource::track(bare, QStringLiteral("A & B"), QStringLiteral("C%D?"))).first, int(Ready));
-        for (const QUrl &source : {artworksource::track(bare), QUrl(QStringLiteral("image://artwork/nothing/here"))})
+        QCOMPARE(show(artworksource::track(latin1), QSize(0, 24)), std::pair(int(Ready), QSizeF(32, 24)));
+        QCOMPARE(show(artworksource::album(u"A & B"_s, u"C%D?"_s)).first, int(Ready));
+        QCOMPARE(show(QUrl(u"image://artwork/artist/Sigur%20R%C3%B3s"_s)).first, int(Ready));
+        QCOMPARE(show(artworksource::track(bare, u"A & B"_s, u"C%D?"_s)).first, int(Ready));
+        for (const QUrl &source : {artworksource::track(bare), QUrl(u"image://artwork/nothing/here"_s)})
             QCOMPARE(show(source).first, int(Error));
         QCOMPARE(show(playing(song), QSize()), std::pair(int(Ready), QSizeF(100, 50)));
-        QCOMPARE(show(playing(inside), QSize()), std::pair(int(Ready), QSizeF(30, 20)));
+        QCOMPARE(show(playing(inside), QSize(100, 100)), std::pair(int(Ready), QSizeF(30, 20)));
         QCOMPARE(m_server.requests().size(), 0);
     }
 

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace browsetest {
@@ -35,9 +36,14 @@ struct Library
         m.album = f.size() > 2 ? std::optional(f.at(2)) : std::nullopt;
     }
 
-    MetadataReader reader() const
+    // Reads the tags in memory, after calling `before` (to count or hold reads) on the reading thread.
+    MetadataReader reader(std::function<void(const QString &)> before = {}) const
     {
-        return [tags = tags](const QString &path) { return tags->value(path); };
+        return [tags = tags, before](const QString &path) {
+            if (before)
+                before(path);
+            return tags->value(path);
+        };
     }
 
     // The file names (without folder) of some songs.

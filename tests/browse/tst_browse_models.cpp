@@ -56,7 +56,6 @@ private Q_SLOTS:
         QTest::newRow("grew in front") << QList<int>{1, 2} << QList<int>{0, 1, 2} << "insert 0-0";
         QTest::newRow("grew between and after") << QList<int>{0, 2} << QList<int>{0, 1, 2, 3} << "insert 1-1,insert 3-3";
         QTest::newRow("reordered") << QList<int>{0, 1} << QList<int>{1, 0, 2} << "reset";
-        QTest::newRow("emptied") << QList<int>{0} << QList<int>{} << "reset";
     }
 
     void songListGrowsOrResets()
@@ -127,8 +126,7 @@ private Q_SLOTS:
         QSignalSpy loaded(&model, &ArtistListModel::loaded);
         model.load(lib.tracks);
         QVERIFY(model.isLoading());
-        QVERIFY(loaded.wait());
-        QVERIFY(!model.isLoading());
+        QVERIFY(loaded.wait() && !model.isLoading());
         QCOMPARE(column(model, "name"), (QStringList { "Echo", "Nova" }));
         QCOMPARE(column(model, "trackCount"), (QStringList { "1", "2" }));
         QCOMPARE(Library::files(model.tracksOf(QStringLiteral("Nova"))), QStringLiteral("1.mp3,3.mp3"));
@@ -154,11 +152,7 @@ private Q_SLOTS:
     {
         Library lib = Library::from({ "1.mp3|Nova|Blue", "2.mp3|Nova|Blue", "3.mp3|Echo" });
         auto reads = std::make_shared<QAtomicInt>();
-        const MetadataReader inner = lib.reader();
-        TagMemo memo([inner, reads](const QString &path) {
-            reads->ref();
-            return inner(path);
-        });
+        TagMemo memo(lib.reader([reads](const QString &) { reads->ref(); }));
         SearchIndex index(memo.reader());
         QSignalSpy indexed(&index, &SearchIndex::songsIndexed);
         index.add(lib.tracks);
@@ -211,11 +205,10 @@ private Q_SLOTS:
     {
         Library lib = Library::from({ "held.mp3|A|First", "free.mp3|B|Second" });
         auto gate = std::make_shared<QSemaphore>();
-        const MetadataReader held = [inner = lib.reader(), gate](const QString &path) {
+        const MetadataReader held = lib.reader([gate](const QString &path) {
             if (path.contains(QStringLiteral("held")))
                 gate->acquire();
-            return inner(path);
-        };
+        });
         ArtistListModel grid(held);
         ArtistDetail detail(held);
         QAbstractItemModelTester tester(&grid, QAbstractItemModelTester::FailureReportingMode::QtTest);

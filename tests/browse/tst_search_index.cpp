@@ -42,11 +42,10 @@ private Q_SLOTS:
             lib.add(QStringLiteral("%1.mp3|%2Artist %3").arg(i).arg(i == 1 ? " " : "").arg(i % 7));
         const Qt::HANDLE gui = QThread::currentThreadId();
         std::atomic_int readsOnGui = 0;
-        SearchIndex index([&, inner = lib.reader()](const QString &path) {
+        SearchIndex index(lib.reader([&](const QString &) {
             readsOnGui += QThread::currentThreadId() == gui;
             QThread::yieldCurrentThread();
-            return inner(path);
-        });
+        }));
         QSignalSpy building(&index, &SearchIndex::isBuildingChanged);
         index.add(lib.tracks.mid(0, 1000));
         QVERIFY(index.isBuilding() && index.count() == 0);
@@ -68,13 +67,11 @@ private Q_SLOTS:
         Library lib = Library::from({ "old song.mp3", "new song.mp3", "newer song.mp3" });
         auto gate = std::make_shared<QSemaphore>();
         auto reads = std::make_shared<QStringList>();
-        const MetadataReader inner = lib.reader();
-        SearchIndex index([inner, gate, reads](const QString &path) {
+        SearchIndex index(lib.reader([gate, reads](const QString &path) {
             if (path.contains(QStringLiteral("/new ")))
                 gate->acquire();
             reads->append(QFileInfo(path).fileName()); // one read at a time: the others wait above or are done
-            return inner(path);
-        });
+        }));
         QSignalSpy indexed(&index, &SearchIndex::songsIndexed);
         index.add({ lib.tracks.at(0) });
         QVERIFY(indexed.wait());
@@ -99,10 +96,9 @@ private Q_SLOTS:
         QTest::addColumn<int>("indexedFirst"); // songs indexed before the removal
         QTest::addColumn<bool>("whileBuilding"); // the rest held in a build meanwhile
         QTest::addColumn<int>("reads");
+        // A dropped song that waited is never read.
         QTest::newRow("all indexed") << 4 << false << 4;
-        // The dropped song that waited is never read.
         QTest::newRow("one being indexed, one waiting") << 2 << true << 3;
-        // Neither dropped song is read.
         QTest::newRow("none indexed yet") << 0 << true << 2;
     }
     void retainDropsSongsThatLeftTheLibrary()
@@ -113,13 +109,11 @@ private Q_SLOTS:
         Library lib = Library::from({ "keep 1.mp3|A", "drop 1.mp3|B", "keep 2.mp3|A", "drop 2.mp3|B" });
         auto gate = std::make_shared<QSemaphore>();
         auto readCount = std::make_shared<std::atomic_int>(0);
-        const MetadataReader inner = lib.reader();
-        SearchIndex index([inner, gate, readCount, whileBuilding](const QString &path) {
+        SearchIndex index(lib.reader([gate, readCount, whileBuilding](const QString &) {
             if (whileBuilding)
                 gate->acquire();
             ++*readCount;
-            return inner(path);
-        });
+        }));
         QSignalSpy removed(&index, &SearchIndex::songsRemoved);
         if (indexedFirst > 0) {
             gate->release(indexedFirst);

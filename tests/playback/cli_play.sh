@@ -12,10 +12,8 @@ trap '[ -n "$player_pid" ] && kill "$player_pid" 2>/dev/null; rm -rf "$dir"' EXI
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 tone() { ffmpeg -nostdin -v error -y -f lavfi -i "sine=frequency=440:duration=$2" -ac 2 "$1"; }
-tone "$dir/one.wav" 1.5
-tone "$dir/two.flac" 1.5
-tone "$dir/long A.wav" 30
-tone "$dir/long B.wav" 30
+for f in one.wav two.flac; do tone "$dir/$f" 1.5; done
+for f in "long A.wav" "long B.wav"; do tone "$dir/$f" 30; done
 printf 'not audio\n' > "$dir/notes.mp3"
 
 out=$("$cli" play "$dir/one.wav" "$dir/two.flac" 2>/dev/null) || fail "play of two files exited with $?"
@@ -43,13 +41,8 @@ player_pid=$!
 pc() { playerctl --player=tarnwell "$@" 2>/dev/null; }
 # wait_for EXPECTED COMMAND...: polls until it answers that (or 30 s pass).
 wait_for() {
-  local want=$1 got=
-  shift
-  for _ in $(seq 300); do
-    got=$("$@")
-    [ "$got" = "$want" ] && return 0
-    sleep 0.1
-  done
+  local want=$1 got=; shift
+  for _ in $(seq 300); do got=$("$@"); [ "$got" = "$want" ] && return 0; sleep 0.1; done
   fail "$* gave '$got', expected '$want'"
 }
 last_state() { tail -n 1 "$dir/out.txt" | awk '{ print $NF }'; }
@@ -59,13 +52,8 @@ wait_for paused last_state
 pc next
 wait_for "long B" pc metadata title
 kill -INT "$player_pid"
-for _ in $(seq 300); do kill -0 "$player_pid" 2>/dev/null || break; sleep 0.1; done
-if kill -0 "$player_pid" 2>/dev/null; then
-  fail "Ctrl+C did not stop playback"
-else
-  wait "$player_pid" || fail "stopping with Ctrl+C exited with $?"
-  tail -n 1 "$dir/out.txt" | grep -qx stopped || fail "no 'stopped' line"
-fi
+wait_for stopped last_state
+wait "$player_pid" || fail "stopping with Ctrl+C exited with $?"
 player_pid=
 wait_for "" pc status
 

@@ -22,12 +22,13 @@ struct Format
 };
 Q_DECLARE_METATYPE(Format)
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 const Format wav{"wav", "-c:a pcm_s16le"}, flac{"flac", "-c:a flac"}, mp3{"mp3", "-c:a libmp3lame -b:a 128k"},
     aac{"m4a", "-c:a aac -b:a 128k"}, alac{"m4a", "-c:a alac"}, caf{"caf", "-c:a pcm_s16be"};
 
-// Every wait is for a condition; this only ends a test that hangs.
 constexpr int patience = 60000;
 
 // The file decoded by ffmpeg to interleaved 16-bit stereo at 44.1 kHz.
@@ -70,12 +71,11 @@ void recordTo(const QString &file, bool realTime)
 
 std::span<const qint16> samples(const QByteArray &pcm)
 {
-    return { reinterpret_cast<const qint16 *>(pcm.constData()), size_t(pcm.size()) / 2 };
+    return {reinterpret_cast<const qint16 *>(pcm.constData()), size_t(pcm.size()) / 2};
 }
-
 int peak(std::span<const qint16> s)
 {
-    return s.empty() ? 0 : std::abs(int(*std::max_element(s.begin(), s.end(), [](qint16 a, qint16 b) { return std::abs(a) < std::abs(b); })));
+    return s.empty() ? 0 : std::abs(int(*std::ranges::max_element(s, {}, [](qint16 a) { return std::abs(a); })));
 }
 
 // The player and controller wired as the program wires them, over a list of
@@ -124,12 +124,6 @@ class TestAudioPlayer : public QObject
                                                 "duration=%2 -ac 2 ").arg(frequency).arg(seconds).split(u' ', Qt::SkipEmptyParts)
             + format.codec.split(u' ') + QStringList{file};
         return testsupport::run(QStringLiteral("ffmpeg"), args).exitCode == 0 ? file : QString();
-    }
-
-    // Waits until the player has played that far: time measured by audio, not by a sleep.
-    static void playUntil(AudioPlayer &player, double seconds)
-    {
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() >= seconds, patience);
     }
 
 private Q_SLOTS:
@@ -200,48 +194,42 @@ private Q_SLOTS:
         QVERIFY(player.finishTick() == 1 && !player.isPlaying() && player.currentTime() == 0);
         // Played again it starts over, and the end was counted once.
         player.play();
-        playUntil(player, 0.2);
+        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() >= 0.2, patience);
         QVERIFY(player.currentTime() < length - 0.5);
         QCOMPARE(finished.size(), 1);
     }
 
-    void loadStopsTheOldSound_data()
-    {
-        QTest::addColumn<QString>("file"); // another song, or one that can't be opened
-        QTest::newRow("text named .mp3") << QStringLiteral("notes.mp3");
-        QTest::newRow("missing file") << QStringLiteral("missing.wav");
-        QTest::newRow("another song") << QStringLiteral("other.flac");
-    }
-
-    // A file that can't be opened leaves what was published as it was; either
-    // way the old sound stops at once, and what is loaded plays on from there.
+    // A file that can't be opened (text named .mp3, a missing file) leaves what
+    // was published as it was; either way the old sound stops at once, and what
+    // is loaded plays on from there.
     void loadStopsTheOldSound()
     {
-        QFETCH(QString, file);
-        const bool audio = file.endsWith(u"flac");
         testsupport::writeFile(m_dir.path(), QStringLiteral("notes.mp3"), "just some text\n");
         QVERIFY(!make(flac, QStringLiteral("other"), 2.0).isEmpty());
-        AudioPlayer player;
-        QVERIFY(player.load(QUrl::fromLocalFile(m_long)));
-        player.play();
-        playUntil(player, 0.3);
-        const double position = player.currentTime();
-        QSignalSpy length(&player, &AudioPlayer::durationChanged);
-        QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
+        for (const QString &file : {u"notes.mp3"_s, u"missing.wav"_s, u"other.flac"_s}) {
+            const bool audio = file.endsWith(u"flac");
+            AudioPlayer player;
+            QVERIFY(player.load(QUrl::fromLocalFile(m_long)));
+            player.play();
+            QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() >= 0.3, patience);
+            const double position = player.currentTime();
+            QSignalSpy length(&player, &AudioPlayer::durationChanged);
+            QSignalSpy moved(&player, &AudioPlayer::currentTimeChanged);
 
-        QCOMPARE(player.load(QUrl::fromLocalFile(path(file))), audio);
-        QCOMPARE(player.isPlaying(), true); // until the caller plays or pauses
-        QCOMPARE(player.duration(), audio ? 2.0 : 30.0);
-        QCOMPARE(player.currentTime(), audio ? 0.0 : position);
-        const double stoppedAt = player.livePosition();
-        const qsizetype changes = length.size() + moved.size();
-        AudioPlayer clock; // half a second of audio time passes
-        QVERIFY(clock.load(QUrl::fromLocalFile(m_long)));
-        clock.play();
-        playUntil(clock, 0.5);
-        QVERIFY(player.livePosition() == stoppedAt && length.size() + moved.size() == changes);
-        player.play();
-        QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > stoppedAt + 0.1, patience);
+            QCOMPARE(player.load(QUrl::fromLocalFile(path(file))), audio);
+            QCOMPARE(player.isPlaying(), true); // until the caller plays or pauses
+            QCOMPARE(player.duration(), audio ? 2.0 : 30.0);
+            QCOMPARE(player.currentTime(), audio ? 0.0 : position);
+            const double stoppedAt = player.livePosition();
+            const qsizetype changes = length.size() + moved.size();
+            AudioPlayer clock; // half a second of audio time passes
+            QVERIFY(clock.load(QUrl::fromLocalFile(m_long)));
+            clock.play();
+            QTRY_VERIFY_WITH_TIMEOUT(clock.currentTime() >= 0.5, patience);
+            QVERIFY(player.livePosition() == stoppedAt && length.size() + moved.size() == changes);
+            player.play();
+            QTRY_VERIFY_WITH_TIMEOUT(player.currentTime() > stoppedAt + 0.1, patience);
+        }
     }
 
     // Three formats end to end: the recording holds exactly their samples, none
@@ -312,22 +300,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<Format>("format");
         QTest::addColumn<bool>("taggedFirst");
-        QTest::addColumn<bool>("levelling");
         QTest::addColumn<double>("firstLevel"); // of the untagged file's own level
         QTest::addColumn<double>("secondToFirst");
         // Each format keeps the gain its own way; a joined song has its own level from its first sample.
-        QTest::newRow("flac, tagged second") << flac << false << true << 1.0 << 0.5;
-        QTest::newRow("mp3, tagged second") << mp3 << false << true << 1.0 << 0.5;
-        QTest::newRow("m4a, tagged second") << aac << false << true << 1.0 << 0.5;
-        QTest::newRow("wav, tagged second") << wav << false << true << 1.0 << 0.5;
-        QTest::newRow("an untagged second song drops the gain") << flac << true << true << 0.5 << 2.0;
+        QTest::newRow("flac, tagged second") << flac << false << 1.0 << 0.5;
+        QTest::newRow("mp3, tagged second") << mp3 << false << 1.0 << 0.5;
+        QTest::newRow("m4a, tagged second") << aac << false << 1.0 << 0.5;
+        QTest::newRow("wav, tagged second") << wav << false << 1.0 << 0.5;
+        QTest::newRow("an untagged second song drops the gain") << flac << true << 0.5 << 2.0;
     }
 
     void levellingFollowsEachSong()
     {
         QFETCH(Format, format);
         QFETCH(bool, taggedFirst);
-        QFETCH(bool, levelling);
         QFETCH(double, firstLevel);
         QFETCH(double, secondToFirst);
         const QString plain = make(format, QStringLiteral("plain"), 1.5);
@@ -338,7 +324,6 @@ private Q_SLOTS:
         const QString recording = path(QStringLiteral("levels.raw"));
         recordTo(recording, false);
         Chain chain(taggedFirst ? QStringList { tagged, plain } : QStringList { plain, tagged });
-        chain.player.overrideVolumeLevelling(levelling);
         chain.controller.playTrack(chain.songs.first());
         QTRY_COMPARE_WITH_TIMEOUT(chain.player.finishTick(), 2, patience);
 
@@ -356,29 +341,20 @@ private Q_SLOTS:
         }
     }
 
-    void gainTags_data()
-    {
-        QTest::addColumn<QString>("gain");
-        QTest::addColumn<QString>("peak");
-        QTest::addColumn<double>("factor");
-        const double minus6 = std::pow(10.0, -6.02 / 20);
-        QTest::newRow("the usual form") << "-6.02 dB" << "0.5" << minus6;
-        QTest::newRow("no unit, spaces around") << " -6.02 " << "" << minus6;
-        QTest::newRow("a boost kept below full scale by the peak") << "+6 dB" << "0.8" << 1 / 0.8;
-        QTest::newRow("a boost with the peak unknown is not taken") << "+6 dB" << "" << 1.0;
-        QTest::newRow("a peak of zero is no peak") << "+6 dB" << "0" << 1.0;
-        QTest::newRow("no tag: the pre-amp") << "" << "" << 1.0;
-        QTest::newRow("not a number") << "loud" << "0.5" << 1.0;
-        QTest::newRow("beyond any real gain") << "-99 dB" << "" << 1.0;
-    }
-
     void gainTags()
     {
-        QFETCH(QString, gain);
-        QFETCH(QString, peak);
-        QFETCH(double, factor);
-        const double got = replaygain::levellingFactor({replaygain::parseGain(gain), replaygain::parsePeak(peak)});
-        QVERIFY2(qAbs(got - factor) < 1e-9, qPrintable(QString::number(got)));
+        const double minus6 = std::pow(10.0, -6.02 / 20);
+        const struct { const char *gain, *peak; double factor; } cases[] {
+            {"-6.02 dB", "0.5", minus6}, {" -6.02 ", "", minus6}, // no unit, spaces around
+            {"+6 dB", "0.8", 1 / 0.8}, // a boost kept below full scale by the peak
+            {"+6 dB", "", 1.0}, {"+6 dB", "0", 1.0}, // not taken with the peak unknown or zero
+            {"", "", 1.0}, {"loud", "0.5", 1.0}, {"-99 dB", "", 1.0}, // none, not a number, beyond any real gain
+        };
+        for (const auto &c : cases) {
+            const double got = replaygain::levellingFactor(
+                {replaygain::parseGain(QString::fromUtf8(c.gain)), replaygain::parsePeak(QString::fromUtf8(c.peak))});
+            QVERIFY2(qAbs(got - c.factor) < 1e-9, qPrintable(QStringLiteral("%1 %2: %3").arg(c.gain, c.peak).arg(got)));
+        }
     }
 
     // The preference is read by each new player; the command line's choice is not kept.
