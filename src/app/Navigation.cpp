@@ -44,7 +44,8 @@ void Navigation::setShowThemePicker(bool on)
 
 void Navigation::setSearchText(const QString &text)
 {
-    assign(this, m_searchText, text, &Navigation::searchTextChanged);
+    if (assign(this, m_searchText, text, &Navigation::searchTextChanged))
+        qCDebug(lcApp) << "search:" << text;
 }
 
 void Navigation::setSearchActive(bool on)

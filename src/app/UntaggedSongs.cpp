@@ -91,6 +91,7 @@ void UntaggedSongs::load(const QList<Track> &tracks)
             self->m_loading = false;
             self->rebuildRows();
             Q_EMIT self->isLoadingChanged();
+            qCDebug(lcApp).nospace() << "untagged: " << self->m_rows.size() << " songs missing tags";
         });
 }
 
@@ -150,9 +151,15 @@ void UntaggedSongs::editSelected()
         if (m_selected.contains(t.id))
             m_editing.append(t);
     }
+    openEditor();
+}
+
+void UntaggedSongs::openEditor()
+{
     m_showEditor = true;
     m_saveError.clear();
     Q_EMIT editorChanged();
+    qCDebug(lcApp).nospace() << "untagged: editing " << m_editing.size() << " songs";
 }
 
 void UntaggedSongs::editOne(const QString &trackId)
@@ -161,9 +168,7 @@ void UntaggedSongs::editOne(const QString &trackId)
     for (const Track &t : std::as_const(m_rows)) {
         if (id && t.id == *id) {
             m_editing = {t};
-            m_showEditor = true;
-            m_saveError.clear();
-            Q_EMIT editorChanged();
+            openEditor();
             return;
         }
     }

@@ -90,6 +90,7 @@ Q_SIGNALS:
 
 private:
     void rebuildRows();
+    void openEditor();
     struct Outcome
     {
         QList<QUuid> saved;

@@ -57,8 +57,8 @@ keys space
 got=$(expect Paused mpris status) || fail "Space left playback \"$got\""
 # The arrows seek once the list has let go of the focus (Tab goes on to the bar).
 keys Tab Right Right
-position=$(mpris position)
-awk -v p="$position" 'BEGIN { exit !(p >= 9.5 && p < 20) }' || fail "→ → moved to $position s, not 10 s"
+seeked() { position=$(mpris position); awk -v p="$position" 'BEGIN { exit !(p >= 9.5 && p < 20) }'; }
+wait_until seeked || fail "→ → moved to $position s, not 10 s"
 keys space
 got=$(expect Playing mpris status) || fail "a second Space left playback \"$got\""
 ok "Space pauses and plays; → seeks 5 s ($position s after two)"
@@ -85,8 +85,10 @@ quit
 # ---- Tags: the untagged song edited with the keyboard ------------------------
 launch # the library's folder is imported again at start
 wait_for_log "imported .*: 4 audio files" || fail "the folder was not imported"
-keys ctrl+4 Return
-sleep 0.5
+keys ctrl+4
+wait_for_log "untagged: 1 songs missing tags" || fail "the untagged screen did not list the song"
+keys Return
+wait_for_log "untagged: editing 1 songs" || fail "Enter did not open the editor"
 xdotool type --delay 30 "Demo"
 keys Tab
 xdotool type --delay 30 "Nadia Lund"
@@ -103,7 +105,7 @@ ok "Ctrl+4, Enter, the fields and Enter saved the tags"
 # ---- Search: ↓ and Enter from the field --------------------------------------
 keys ctrl+f
 xdotool type --delay 60 "low orb"
-sleep 0.5
+wait_for_log 'search: "low orb"' || fail "the search field did not take \"low orb\""
 keys Down Return
 wait_for_log 'artist: "The Quiet Hours", album: "Low Orbit"' || fail "the album did not open"
 ok "Ctrl+F, \"low orb\", ↓ and Enter open The Quiet Hours at Low Orbit"
