@@ -57,7 +57,7 @@ Item {
             const overlay = show(Qt.resolvedUrl("../../data/icons/org.tarnwell.tarnwell.svg"))
             tryVerify(() => overlay.bgImageVisible, 30000)
             const backdrop = findChild(overlay, "onboardingBackdrop")
-            verify(backdrop.visible)
+            tryVerify(() => backdrop.visible, 30000)
             tryCompare(backdrop, "opacity", 0.38, 30000)
         }
 
