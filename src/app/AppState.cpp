@@ -101,12 +101,8 @@ void AppState::connectRooms()
 
     // Song lists show tags read from the files: after a save they read again.
     const auto tagsWritten = [this](const QList<Track> &songs) {
-        for (const Track &song : songs) {
-            m_indexing.forget(song.path());
-            // Search finds the song by its new tags (a playlist's own copy is not indexed).
-            if (m_library.find(song.id))
-                m_indexing.reindex(song);
-        }
+        for (const Track &song : songs)
+            m_indexing.rewritten(song, m_library.find(song.id).has_value());
         m_queue.model()->forgetFileInfo();
         m_artistBrowser.detail()->tracks()->forgetFileInfo();
     };

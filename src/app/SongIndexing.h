@@ -19,8 +19,8 @@ class ArtworkLoader;
 //       └─► album pictures: which songs hold each album's own picture
 //   retain(the library) ─► tags of songs gone are dropped, the index
 //       shrinks, the album pictures' songs are laid out anew
-//   forget(path), reindex(song) ─► a file whose tags were written is read
-//       again, and search finds the song by its new tags
+//   rewritten(song) ─► a file whose tags were written is read again, and
+//       search finds a library song by its new tags
 class SongIndexing : public QObject
 {
     Q_OBJECT
@@ -34,8 +34,14 @@ public:
 
     void add(const QList<Track> &songs) { m_searchIndex.add(songs); }
     void retain(const QList<Track> &library);
-    void forget(const QString &path) { m_tags.forget(path); }
-    void reindex(const Track &song) { m_searchIndex.reindex(song); }
+    // The song's file has new tags; a playlist's own copy of a song that is
+    // not in the library is not indexed.
+    void rewritten(const Track &song, bool inLibrary)
+    {
+        m_tags.forget(song.path());
+        if (inLibrary)
+            m_searchIndex.reindex(song);
+    }
 
 Q_SIGNALS:
     // New songs' tags are in memory: grouping them reads no file.
