@@ -46,7 +46,11 @@ bench_session memory
 
 field() { awk -v k="$1" '$1 == k { print $2 }' <<< "$2"; }
 run_probe() { timeout 600 "$probe" memory "$@" 2> /dev/null || true; }
-fresh_home() { rm -rf "$XDG_DATA_HOME/Tarnwell" "$HOME/.cache/Tarnwell"; }
+# Each run starts as a first start after the welcome: no songs, no folders remembered.
+fresh_home() {
+  rm -rf "$XDG_DATA_HOME/Tarnwell" "$HOME/.cache/Tarnwell"
+  printf '[General]\ndidCompleteOnboarding=true\n' > "$XDG_CONFIG_HOME/Tarnwell/Tarnwell.conf"
+}
 
 fresh_home
 empty=$(run_probe)

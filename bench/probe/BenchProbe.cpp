@@ -281,6 +281,8 @@ void BenchProbe::startMemory(QQuickWindow *window, AppState *state)
             *copy = QFileInfo(first).absolutePath() + QStringLiteral("/probe-added.flac");
             QFile::remove(*copy);
             *cpuBefore = cpuMs();
+            std::fprintf(stderr, "one file added at %.3f\n",
+                         std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count());
             QFile::copy(first, *copy);
         });
     });
@@ -290,6 +292,12 @@ void BenchProbe::tick()
 {
     const qint64 gap = m_sinceTick.restart();
     m_longestStallMs = std::max(m_longestStallMs, gap);
+    // Where each long stall lies on the monotonic clock, to find it in a
+    // profile (perf record -k CLOCK_MONOTONIC).
+    if (gap >= 50) {
+        const double end = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+        std::fprintf(stderr, "stall %lld ms, %.3f to %.3f\n", gap, end - double(gap) / 1e3, end);
+    }
 }
 
 void BenchProbe::finishStallMeasure()

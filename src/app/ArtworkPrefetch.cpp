@@ -24,7 +24,7 @@ ArtworkPrefetch::~ArtworkPrefetch()
     m_pool.waitForDone();
 }
 
-void ArtworkPrefetch::start(const QList<TrackSearchEntry> &songs)
+void ArtworkPrefetch::start(const QList<TrackSearchEntry> &songs, qsizetype from)
 {
     // A watcher rather than QFuture::then(): its signal does not outlive this object.
     auto *watcher = new QFutureWatcher<import::PrefetchPlan>(this);
@@ -32,10 +32,10 @@ void ArtworkPrefetch::start(const QList<TrackSearchEntry> &songs)
         watcher->deleteLater();
         ask(watcher->result());
     });
-    watcher->setFuture(QtConcurrent::run(&m_pool, [songs] {
+    watcher->setFuture(QtConcurrent::run(&m_pool, [songs, from] {
         import::PrefetchPlan plan;
-        for (const TrackSearchEntry &song : songs)
-            plan.add(song.artist, song.album);
+        for (qsizetype i = from; i < songs.size(); ++i)
+            plan.add(songs.at(i).artist, songs.at(i).album);
         return plan;
     }));
 }

@@ -31,7 +31,9 @@ public:
     explicit ArtworkPrefetch(ArtworkLoader &loader, QObject *parent = nullptr);
     ~ArtworkPrefetch() override;
 
-    void start(const QList<TrackSearchEntry> &songs);
+    // The pictures of songs[from] and the songs after it (the list is shared,
+    // not copied: the new songs of a large import stay where they are).
+    void start(const QList<TrackSearchEntry> &songs, qsizetype from = 0);
 
 Q_SIGNALS:
     // These pictures are asked for.

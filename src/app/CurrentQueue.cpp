@@ -14,15 +14,28 @@ CurrentQueue::CurrentQueue(const Library &library, const Navigation &navigation,
     , m_navigation(navigation)
     , m_playlists(playlists)
 {
-    connect(&library, &Library::tracksChanged, this, &CurrentQueue::changed);
+    // Songs new to the library join the end of the list; a playlist's list
+    // does not change.
+    connect(&library, &Library::tracksAppended, this, [this](int first, int count) {
+        if (isPlaylist())
+            return;
+        m_model.appendTracks(m_library.tracks().mid(first, count));
+        Q_EMIT changed();
+    });
+    connect(&library, &Library::folderForgotten, this, &CurrentQueue::refresh);
     connect(&navigation, &Navigation::selectedPlaylistIDChanged, this, [this] {
         const std::optional<QUuid> id = m_navigation.selectedPlaylist();
         if (const Playlist *playlist = id ? m_playlists.playlist(*id) : nullptr)
             qCDebug(lcApp).nospace() << "playlist: " << playlist->name << ", " << playlist->tracks.size() << " songs";
-        Q_EMIT changed();
+        refresh();
     });
-    connect(&playlists, &PlaylistStore::playlistsChanged, this, &CurrentQueue::changed);
-    connect(this, &CurrentQueue::changed, this, [this] { m_model.setTracks(tracks()); });
+    connect(&playlists, &PlaylistStore::playlistsChanged, this, &CurrentQueue::refresh);
+}
+
+void CurrentQueue::refresh()
+{
+    m_model.setTracks(tracks());
+    Q_EMIT changed();
 }
 
 QList<Track> CurrentQueue::tracks() const

@@ -37,6 +37,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void refresh();
+
     const Library &m_library;
     const Navigation &m_navigation;
     const PlaylistStore &m_playlists;

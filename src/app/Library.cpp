@@ -6,6 +6,7 @@
 #include "model/LocalPath.h"
 #include "model/Log.h"
 
+#include <QTimer>
 #include <QtConcurrent>
 
 Library::Library(FolderMonitor &monitor, QObject *parent)
@@ -18,8 +19,11 @@ Library::Library(FolderMonitor &monitor, QObject *parent)
 
 std::optional<Track> Library::find(const QUuid &id) const
 {
+    // Songs of a running import are in the lookups before they are appended.
     const auto it = m_trackPositions.constFind(id);
-    return it == m_trackPositions.cend() ? std::nullopt : std::optional<Track>(m_tracks.at(*it));
+    if (it == m_trackPositions.cend() || *it >= m_tracks.size())
+        return std::nullopt;
+    return m_tracks.at(*it);
 }
 
 void Library::append(QList<Track> tracks)
@@ -27,20 +31,21 @@ void Library::append(QList<Track> tracks)
     if (tracks.isEmpty())
         return;
     const auto first = int(m_tracks.size());
-    const qsizetype total = m_tracks.size() + tracks.size();
-    m_tracks.reserve(total);
+    const auto count = int(tracks.size());
+    const qsizetype total = m_tracks.size() + count;
     ++m_trackUrlsGeneration;
-    // An import brings its lookups made already; files found by the monitor come few at a time.
-    if (m_trackPositions.size() < total) {
+    // An import brings its lookups made already (so these find their room);
+    // a file the monitor found between two slices moves the rest by one.
+    if (m_trackPositions.capacity() < total)
         m_trackPositions.reserve(total);
+    if (m_trackUrls.capacity() < total)
         m_trackUrls.reserve(total);
-        for (qsizetype i = 0; i < tracks.size(); ++i) {
-            m_trackPositions.insert(tracks.at(i).id, first + i);
-            m_trackUrls.insert(tracks.at(i).url);
-        }
+    for (qsizetype i = 0; i < tracks.size(); ++i) {
+        m_trackPositions.insert(tracks.at(i).id, first + i);
+        m_trackUrls.insert(tracks.at(i).url);
     }
     m_tracks.append(std::move(tracks));
-    Q_EMIT tracksAppended(first, int(tracks.size()));
+    Q_EMIT tracksAppended(first, count);
     Q_EMIT tracksChanged();
 }
 
@@ -88,28 +93,47 @@ void Library::startNextImport()
         scanned.urls = std::move(urls);
         scanned.positions = std::move(positions);
         return scanned;
-    }).then(this, [this, folder, knownGeneration](ScannedFolder scanned) {
-        if (knownGeneration == m_trackUrlsGeneration && !scanned.fresh.isEmpty()) {
+    }).then(this, [this, knownGeneration](ScannedFolder scanned) {
+        if (m_runningForgotten) {
+            scanned.fresh.clear();
+        } else if (knownGeneration == m_trackUrlsGeneration && !scanned.fresh.isEmpty()) {
             m_trackUrls = std::move(scanned.urls);
             m_trackPositions = std::move(scanned.positions);
         } else if (knownGeneration != m_trackUrlsGeneration) {
             // Songs the folder monitor added meanwhile are not added twice.
             scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
         }
-        finishImport(folder, scanned.found.size(), std::move(scanned.fresh));
+        m_scannedFiles = scanned.found.size();
+        m_scanned = std::move(scanned.fresh);
+        m_tracks.reserve(m_tracks.size() + m_scanned.size());
+        appendScanned();
     });
 }
 
-void Library::finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh)
+void Library::appendScanned()
 {
-    if (m_runningForgotten)
-        fresh.clear();
-    const auto added = fresh.size();
-    append(std::move(fresh));
+    // A slice costs its listeners (song list, search index) a few milliseconds.
+    constexpr qsizetype slice = 4096;
+    if (m_scannedNext < m_scanned.size()) {
+        const qsizetype count = std::min(slice, m_scanned.size() - m_scannedNext);
+        append(m_scanned.mid(m_scannedNext, count));
+        m_scannedNext += count;
+    }
+    if (m_scannedNext < m_scanned.size())
+        QTimer::singleShot(0, this, &Library::appendScanned);
+    else
+        finishImport();
+}
+
+void Library::finishImport()
+{
+    const QUrl folder = m_runningImport;
+    const qsizetype added = std::exchange(m_scannedNext, 0);
+    m_scanned.clear();
     if (!m_runningForgotten)
         m_monitor.watch(folder, m_trackUrls);
-    qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << found << " audio files, " << added
-                            << " new";
+    qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << m_scannedFiles << " audio files, "
+                            << added << " new";
     m_importRunning = false;
     Q_EMIT folderImported(folder, int(added));
     if (m_importQueue.isEmpty())
@@ -139,8 +163,12 @@ void Library::addDiscoveredFiles(const QList<QUrl> &urls)
 void Library::forgetFolder(const QUrl &folder)
 {
     m_importQueue.removeAll(folder);
-    if (m_importRunning && m_runningImport == folder)
+    bool pendingDropped = false;
+    if (m_importRunning && m_runningImport == folder) {
         m_runningForgotten = true;
+        pendingDropped = m_scannedNext < m_scanned.size();
+        m_scanned.clear();
+    }
     m_monitor.unwatch(folder);
     const QString root = localpath::pathOf(folder);
     const QList<QUrl> &kept = m_monitor.watchedFolders();
@@ -152,7 +180,7 @@ void Library::forgetFolder(const QUrl &folder)
         const QString path = t.path();
         return isInside(path, root) && !stillImported(path);
     });
-    if (removed > 0) {
+    if (removed > 0 || pendingDropped) {
         m_trackUrls.clear();
         m_trackPositions.clear();
         for (qsizetype i = 0; i < m_tracks.size(); ++i) {

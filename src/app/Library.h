@@ -18,7 +18,8 @@ class FolderMonitor;
 // The songs of the library, in import order; new songs join at its end.
 //
 //   importFolder ─► queue of folders, one import at a time:
-//     scanFolder + new Tracks on the pool ─► appended ─► folder watched ─► folderImported
+//     scanFolder + new Tracks on the pool ─► appended in slices (a few thousand
+//     per turn of the event loop) ─► folder watched ─► folderImported
 //   FolderMonitor.discoveredURLs ─► addDiscoveredFiles ─► appended ─► filesDiscovered
 //   forgetFolder ─► not watched, its songs dropped ─► folderForgotten
 //
@@ -52,7 +53,7 @@ public:
 
 Q_SIGNALS:
     void tracksChanged();
-    // Songs [first, first + count) were appended.
+    // Songs [first, first + count) were appended (an import appends a slice at a time).
     void tracksAppended(int first, int count);
     void importingChanged();
     // One import finished; `added` songs were new.
@@ -75,7 +76,11 @@ private:
     };
     void append(QList<Track> tracks);
     void startNextImport();
-    void finishImport(const QUrl &folder, qsizetype found, QList<Track> fresh);
+    // Appends the scanned songs a slice per turn of the event loop, so the
+    // window keeps drawing while a hundred thousand songs join; then the
+    // import is done.
+    void appendScanned();
+    void finishImport();
 
     FolderMonitor &m_monitor;
     QList<Track> m_tracks;
@@ -88,6 +93,10 @@ private:
     // The folder being imported, and whether it was forgotten meanwhile.
     QUrl m_runningImport;
     bool m_runningForgotten = false;
+    // Its songs not appended yet (already in the lookups), and how many files it had.
+    QList<Track> m_scanned;
+    qsizetype m_scannedNext = 0;
+    qsizetype m_scannedFiles = 0;
 };
 
 // Finds a song by the id the screens pass around: one of the library, or else

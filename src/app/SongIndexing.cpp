@@ -14,7 +14,7 @@ SongIndexing::SongIndexing(ArtworkLoader &loader, QObject *parent)
 {
     connect(&m_searchIndex, &SearchIndex::songsIndexed, this, &SongIndexing::afterIndexing);
     connect(&m_searchIndex, &SearchIndex::songsRemoved, this,
-            [this] { pictureSongs(m_searchIndex.trackIndex().entries(), true); });
+            [this] { pictureSongs(m_searchIndex.trackIndex().entries(), 0, true); });
 }
 
 void SongIndexing::retain(const QList<Track> &library)
@@ -31,28 +31,39 @@ void SongIndexing::retain(const QList<Track> &library)
     m_searchIndex.retain(library);
 }
 
-void SongIndexing::afterIndexing(int first, int count)
+void SongIndexing::afterIndexing(int first, int)
 {
-    const QList<TrackSearchEntry> added = m_searchIndex.trackIndex().entries().mid(first, count);
-    m_prefetch.start(added);
-    pictureSongs(added, false);
+    // The new entries are the index's last: the pool reads them in place.
+    const QList<TrackSearchEntry> &entries = m_searchIndex.trackIndex().entries();
+    m_prefetch.start(entries, first);
+    pictureSongs(entries, first, false);
     Q_EMIT songsIndexed();
 }
 
-void SongIndexing::pictureSongs(QList<TrackSearchEntry> entries, bool whole)
+void SongIndexing::pictureSongs(QList<TrackSearchEntry> entries, qsizetype from, bool whole)
 {
-    // One step after the other, so an album's songs keep library order.
-    m_albumIndexing = m_albumIndexing.then(QtFuture::Launch::Async, [entries = std::move(entries)](const AlbumPictures::Index &) {
+    // One step after the other, so an album's songs keep library order; each
+    // step extends the last one's index on the pool, and the GUI thread only
+    // takes it.
+    m_albumIndexing = m_albumIndexing.then(QtFuture::Launch::Async, [entries = std::move(entries), from, whole](const PictureStep &last) {
         QList<AlbumPictures::Song> songs;
-        songs.reserve(entries.size());
-        for (const TrackSearchEntry &entry : entries)
-            songs.append({entry.track.url, entry.artist, entry.album});
-        return AlbumPictures::makeIndex(songs);
+        songs.reserve(entries.size() - from);
+        for (qsizetype i = from; i < entries.size(); ++i)
+            songs.append({entries.at(i).track.url, entries.at(i).artist, entries.at(i).album});
+        PictureStep step;
+        step.whole = whole;
+        if (whole) {
+            step.index = AlbumPictures::makeIndex(songs);
+        } else {
+            step.index = last.index;
+            step.albums = AlbumPictures::extendIndex(step.index, AlbumPictures::makeIndex(songs));
+        }
+        return step;
     });
-    m_albumIndexing.then(this, [this, whole](const AlbumPictures::Index &index) {
-        if (whole)
-            m_loader.albumPictures().setIndex(index);
+    m_albumIndexing.then(this, [this](const PictureStep &step) {
+        if (step.whole)
+            m_loader.albumPictures().setIndex(step.index);
         else
-            m_loader.albumPictures().add(index);
+            m_loader.albumPictures().grown(step.index, step.albums);
     });
 }

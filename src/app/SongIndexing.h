@@ -8,6 +8,7 @@
 
 #include <QFuture>
 #include <QObject>
+#include <QSet>
 
 class ArtworkLoader;
 
@@ -49,13 +50,20 @@ Q_SIGNALS:
 
 private:
     void afterIndexing(int first, int count);
-    // The albums' songs of these entries, worked out on the pool in the order
-    // asked: all of them (whole) or the ones new to the library.
-    void pictureSongs(QList<TrackSearchEntry> entries, bool whole);
+    // The albums' songs of entries[from] on, worked out on the pool in the
+    // order asked: all of them (whole) or the ones new to the library.
+    void pictureSongs(QList<TrackSearchEntry> entries, qsizetype from, bool whole);
 
     ArtworkLoader &m_loader;
     TagMemo m_tags;
     SearchIndex m_searchIndex;
     ArtworkPrefetch m_prefetch;
-    QFuture<AlbumPictures::Index> m_albumIndexing = QtFuture::makeReadyFuture(AlbumPictures::Index());
+    // The album pictures' index as the last step on the pool left it.
+    struct PictureStep
+    {
+        AlbumPictures::Index index;
+        QSet<QString> albums; // grown by the step; all when `whole`
+        bool whole = false;
+    };
+    QFuture<PictureStep> m_albumIndexing = QtFuture::makeReadyFuture(PictureStep());
 };

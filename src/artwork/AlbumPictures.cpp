@@ -65,8 +65,16 @@ QSet<QString> AlbumPictures::extendIndex(Index &index, const Index &more)
 
 void AlbumPictures::add(const Index &more)
 {
+    Index index = m_index;
+    const QSet<QString> albums = extendIndex(index, more);
+    grown(std::move(index), albums);
+}
+
+void AlbumPictures::grown(Index index, const QSet<QString> &albums)
+{
+    m_index = std::move(index);
     // Albums none of whose songs had a picture of their own may have one now.
-    for (const QString &key : extendIndex(m_index, more)) {
+    for (const QString &key : albums) {
         if (const auto chosen = m_chosen.constFind(key); chosen != m_chosen.cend() && !*chosen)
             m_chosen.erase(chosen);
     }

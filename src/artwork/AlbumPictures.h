@@ -66,6 +66,9 @@ public:
     void setIndex(Index index);
     // New songs, after the library's: albums that had no picture of their own look again.
     void add(const Index &more);
+    // The same, with the index extended already (on the pool, by extendIndex),
+    // and the albums it added songs to.
+    void grown(Index index, const QSet<QString> &albums);
 
     QCoro::Task<std::optional<QImage>> album(std::optional<QString> artist, std::optional<QString> album,
                                              CancelToken cancel = {});

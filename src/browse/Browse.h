@@ -8,7 +8,7 @@
 //                                                      │     GUI thread; each build adds the songs that
 //                                                      │     came since the last
 //                                                      │       ├─ computeSearchResults(text) ── SearchResults
-//                                                      │       ├─ allArtistNames ── home screen
+//                                                      │       ├─ artists (model) ── home screen
 //                                                      │       └─ artistForTrack ── recent artists
 //                                                      ├─ loadArtists ── ArtistListModel (artists grid)
 //                                                      └─ loadArtistDetail ── ArtistDetail

@@ -33,6 +33,8 @@ struct TrackInfo
     Track track;
     std::optional<QString> album;
 };
+// Its members hold no pointer into themselves (see Track).
+Q_DECLARE_TYPEINFO(TrackInfo, Q_RELOCATABLE_TYPE);
 
 struct AlbumGroup
 {

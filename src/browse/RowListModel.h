@@ -70,6 +70,18 @@ public:
             Q_EMIT countChanged();
     }
 
+    // Rows that join at the end: views keep what they show.
+    void appendRows(QList<Row> rows)
+    {
+        if (rows.isEmpty())
+            return;
+        const qsizetype first = m_rows.size();
+        beginInsertRows({}, int(first), int(first + rows.size() - 1));
+        m_rows.append(std::move(rows));
+        endInsertRows();
+        Q_EMIT countChanged();
+    }
+
     // Tells the views to read `roles` again in the rows that `changed` picks,
     // one signal per run of neighbouring rows.
     template<typename Predicate>

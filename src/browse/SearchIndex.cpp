@@ -2,6 +2,7 @@
 #include "SearchIndex.h"
 
 #include "DeliverLater.h"
+#include "TrackIndexData.h"
 
 #include "model/Log.h"
 
@@ -16,7 +17,15 @@ SearchIndex::SearchIndex(QObject *parent)
 SearchIndex::SearchIndex(MetadataReader reader, QObject *parent)
     : QObject(parent)
     , m_reader(std::move(reader))
+    , m_artists({{"name", [](const QString &name) { return QVariant(name); }}}, std::equal_to<QString>())
 {
+}
+
+void SearchIndex::setIndex(const TrackIndex &index)
+{
+    m_index = index;
+    m_artists.setRows(allArtistNames());
+    Q_EMIT indexChanged();
 }
 
 void SearchIndex::add(const QList<Track> &songs)
@@ -76,8 +85,7 @@ void SearchIndex::startBuild()
                      this, [this, timer](const TrackIndex &index) {
                          qCDebug(lcBrowse) << "search index of" << index.size() << "songs," << m_index.size() - index.size()
                                            << "removed, in" << timer->elapsed() << "ms";
-                         m_index = index;
-                         Q_EMIT indexChanged();
+                         setIndex(index);
                          Q_EMIT songsRemoved();
                          finishBuild();
                      });
@@ -89,9 +97,8 @@ void SearchIndex::startBuild()
         const auto first = int(m_index.size());
         qCDebug(lcBrowse) << "search index of" << index.size() << "songs," << index.size() - first << "new, built in"
                           << timer->elapsed() << "ms";
-        m_index = index;
+        setIndex(index);
         m_inFlight.clear();
-        Q_EMIT indexChanged();
         Q_EMIT songsIndexed(first, int(m_index.size()) - first);
         finishBuild();
     });
@@ -115,6 +122,17 @@ SearchResults SearchIndex::results(const QString &searchText) const
 QStringList SearchIndex::allArtistNames() const
 {
     return ::allArtistNames(m_index);
+}
+
+QStringList SearchIndex::knownArtists(const QStringList &names) const
+{
+    const QStringList &artists = m_index.data().artistNames;
+    QStringList known;
+    for (const QString &name : names) {
+        if (artists.contains(name, Qt::CaseInsensitive))
+            known.append(name);
+    }
+    return known;
 }
 
 std::optional<QString> SearchIndex::artistForTrack(const QUuid &trackId) const

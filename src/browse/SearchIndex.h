@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "RowListModel.h"
 #include "TrackIndex.h"
 
 #include <QObject>
@@ -21,7 +22,9 @@ class SearchIndex : public QObject
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY indexChanged)
     Q_PROPERTY(bool isBuilding READ isBuilding NOTIFY isBuildingChanged)
-    Q_PROPERTY(QStringList allArtistNames READ allArtistNames NOTIFY indexChanged)
+    // Every artist name (role "name"), in the order allArtistNames() gives;
+    // new artists are inserted, so views keep the rows they show.
+    Q_PROPERTY(RowListModelBase *artists READ artists CONSTANT)
 
 public:
     explicit SearchIndex(QObject *parent = nullptr);
@@ -40,6 +43,10 @@ public:
 
     SearchResults results(const QString &searchText) const;
     QStringList allArtistNames() const;
+    RowListModelBase *artists() { return &m_artists; }
+    // The names of `names` that some song of the index has for artist
+    // (ignoring case), in their order.
+    Q_INVOKABLE QStringList knownArtists(const QStringList &names) const;
     std::optional<QString> artistForTrack(const QUuid &trackId) const;
 
     // The results as SearchResults::toVariantMap() gives them.
@@ -56,6 +63,7 @@ Q_SIGNALS:
 private:
     void startBuild();
     void finishBuild();
+    void setIndex(const TrackIndex &index);
 
     MetadataReader m_reader;
     TrackIndex m_index;
@@ -63,4 +71,5 @@ private:
     QList<Track> m_inFlight;
     QSet<QUuid> m_removed;
     bool m_building = false;
+    RowListModel<QString> m_artists;
 };

@@ -42,13 +42,27 @@ SongListModel::SongListModel(InfoReader reader, QObject *parent)
 {
 }
 
-void SongListModel::setTracks(const QList<Track> &tracks)
+namespace {
+
+QList<TrackInfo> rowsOf(const QList<Track> &tracks)
 {
     QList<TrackInfo> rows;
     rows.reserve(tracks.size());
     for (const Track &track : tracks)
         rows.append(TrackInfo{track, std::nullopt});
-    setRows(std::move(rows));
+    return rows;
+}
+
+} // namespace
+
+void SongListModel::setTracks(const QList<Track> &tracks)
+{
+    setRows(rowsOf(tracks));
+}
+
+void SongListModel::appendTracks(const QList<Track> &tracks)
+{
+    appendRows(rowsOf(tracks));
 }
 
 QList<Track> SongListModel::tracks() const

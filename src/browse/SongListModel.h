@@ -36,6 +36,7 @@ public:
 
     // Rows without album.
     void setTracks(const QList<Track> &tracks);
+    void appendTracks(const QList<Track> &tracks);
     QList<Track> tracks() const;
 
     // The files may have changed: shown rows read them again.

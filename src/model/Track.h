@@ -34,6 +34,8 @@ struct Track
 };
 
 Q_DECLARE_METATYPE(Track)
+// Lists of a hundred thousand songs grow by moving memory, not song by song.
+Q_DECLARE_TYPEINFO(Track, Q_RELOCATABLE_TYPE);
 
 namespace trackjson {
 

@@ -9,7 +9,8 @@ Item {
     id: home
 
     required property list<string> recentArtists
-    required property list<string> allArtists
+    // A model of names (one role, or a list of strings).
+    required property var allArtists
     // Whether the library holds songs (with an artist tag or not).
     property bool hasSongs: false
 
@@ -86,10 +87,10 @@ Item {
             }
         }
 
-        Item { width: 1; height: 14; visible: home.allArtists.length > 0 }
+        Item { width: 1; height: 14; visible: list.count > 0 }
         Text {
             objectName: "allArtistsHeading"
-            visible: home.allArtists.length > 0
+            visible: list.count > 0
             text: "All Artists"
             font.pixelSize: 15
             font.weight: Font.Medium
@@ -100,7 +101,7 @@ Item {
     Column {
         objectName: "homeEmpty"
         anchors.centerIn: parent
-        visible: home.recentArtists.length === 0 && home.allArtists.length === 0
+        visible: home.recentArtists.length === 0 && list.count === 0
         spacing: 12
         SymbolIcon {
             anchors.horizontalCenter: parent.horizontalCenter

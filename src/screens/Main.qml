@@ -192,11 +192,12 @@ ApplicationWindow {
         id: homeScreen
         HomeView {
             objectName: "homeView"
-            allArtists: AppState.searchIndex.allArtistNames
+            allArtists: AppState.searchIndex.artists
             // Only artists the library still has: a name must lead somewhere.
             recentArtists: {
-                const known = new Set(allArtists.map((name) => name.toLowerCase()))
-                return AppState.preferences.recentArtists.filter((name) => known.has(name.toLowerCase()))
+                const index = AppState.searchIndex
+                void index.count // read again when the index changes
+                return index.knownArtists(AppState.preferences.recentArtists)
             }
             hasSongs: AppState.library.trackCount > 0
             onArtistSelected: (name) => AppState.navigation.openArtist(name)
