@@ -163,10 +163,8 @@ void Library::addDiscoveredFiles(const QList<QUrl> &urls)
 void Library::forgetFolder(const QUrl &folder)
 {
     m_importQueue.removeAll(folder);
-    bool pendingDropped = false;
     if (m_importRunning && m_runningImport == folder) {
         m_runningForgotten = true;
-        pendingDropped = m_scannedNext < m_scanned.size();
         m_scanned.clear();
     }
     m_monitor.unwatch(folder);
@@ -180,7 +178,7 @@ void Library::forgetFolder(const QUrl &folder)
         const QString path = t.path();
         return isInside(path, root) && !stillImported(path);
     });
-    if (removed > 0 || pendingDropped) {
+    if (removed > 0) {
         m_trackUrls.clear();
         m_trackPositions.clear();
         for (qsizetype i = 0; i < m_tracks.size(); ++i) {

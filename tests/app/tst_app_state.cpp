@@ -169,6 +169,58 @@ private Q_SLOTS:
         QVERIFY(s.banner()->text().isEmpty());
     }
 
+    // More songs than one slice: the song list grows by insertions, never a
+    // reset; a folder forgotten while it is listed or while its songs arrive
+    // leaves none behind, not even in the lookups, so importing it again
+    // brings every song.
+    void aLargeImportJoinsInSlices_data()
+    {
+        QTest::addColumn<bool>("whileListed");
+        QTest::newRow("forgotten while listed") << true;
+        QTest::newRow("forgotten as its songs arrive") << false;
+    }
+
+    void aLargeImportJoinsInSlices()
+    {
+        QFETCH(bool, whileListed);
+        constexpr int count = 10000;
+        for (int i = 0; i < count; ++i)
+            writeFile(music(), QStringLiteral("many/%1.mp3").arg(i, 5, 10, QLatin1Char('0')));
+        AppState s(playlistFile());
+        Library &lib = *s.library();
+        SongListModel *rows = s.queue()->model();
+        QSignalSpy resets(rows, &QAbstractItemModel::modelReset);
+        QSignalSpy inserts(rows, &QAbstractItemModel::rowsInserted);
+        QSignalSpy imported(&lib, &Library::folderImported);
+        const QMetaObject::Connection forget = connect(&lib, &Library::tracksAppended, this, [&] {
+            QObject::disconnect(forget);
+            lib.forgetFolder(folder("many"));
+        });
+        lib.importFolder(folder("many"));
+        if (whileListed) {
+            QObject::disconnect(forget);
+            lib.forgetFolder(folder("many"));
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 1, 30000);
+        QCOMPARE(lib.trackCount(), 0);
+        QCOMPARE(rows->rowCount(), 0);
+
+        resets.clear();
+        inserts.clear();
+        lib.importFolder(folder("many"));
+        QTRY_COMPARE_WITH_TIMEOUT(imported.size(), 2, 30000);
+        QCOMPARE(lib.trackCount(), count);
+        QCOMPARE(rows->rowCount(), count);
+        QVERIFY2(inserts.size() > 1, "one insertion: the songs did not come in slices");
+        QCOMPARE(resets.size(), 0);
+        for (int i : {0, count / 2, count - 1}) {
+            const Track &song = lib.tracks().at(i);
+            QCOMPARE(QFileInfo(song.path()).fileName(), QStringLiteral("%1.mp3").arg(i, 5, 10, QLatin1Char('0')));
+            QCOMPARE(lib.find(song.id)->url, song.url);
+            QCOMPARE(rows->rows().at(i).track.id, song.id);
+        }
+    }
+
     void artworkIsPlannedOncePerArtistAndAlbum()
     {
         const QList<QStringList> songs = {{"ARTIST=Nadia", "ALBUM=Blue"}, {"ARTIST=Nadia", "ALBUM=Blue"},
