@@ -213,6 +213,12 @@ void printMemory()
     std::fflush(stdout);
 }
 
+// The monotonic clock in seconds, as `perf record -k CLOCK_MONOTONIC` stamps samples.
+double monotonicSeconds()
+{
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 double cpuMs()
 {
     rusage usage{};
@@ -281,8 +287,7 @@ void BenchProbe::startMemory(QQuickWindow *window, AppState *state)
             *copy = QFileInfo(first).absolutePath() + QStringLiteral("/probe-added.flac");
             QFile::remove(*copy);
             *cpuBefore = cpuMs();
-            std::fprintf(stderr, "one file added at %.3f\n",
-                         std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count());
+            std::fprintf(stderr, "one file added at %.3f\n", monotonicSeconds());
             QFile::copy(first, *copy);
         });
     });
@@ -295,7 +300,7 @@ void BenchProbe::tick()
     // Where each long stall lies on the monotonic clock, to find it in a
     // profile (perf record -k CLOCK_MONOTONIC).
     if (gap >= 50) {
-        const double end = std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+        const double end = monotonicSeconds();
         std::fprintf(stderr, "stall %lld ms, %.3f to %.3f\n", gap, end - double(gap) / 1e3, end);
     }
 }

@@ -19,11 +19,8 @@ Library::Library(FolderMonitor &monitor, QObject *parent)
 
 std::optional<Track> Library::find(const QUuid &id) const
 {
-    // Songs of a running import are in the lookups before they are appended.
     const auto it = m_trackPositions.constFind(id);
-    if (it == m_trackPositions.cend() || *it >= m_tracks.size())
-        return std::nullopt;
-    return m_tracks.at(*it);
+    return it == m_trackPositions.cend() ? std::nullopt : std::optional<Track>(m_tracks.at(*it));
 }
 
 void Library::append(QList<Track> tracks)
@@ -34,8 +31,7 @@ void Library::append(QList<Track> tracks)
     const auto count = int(tracks.size());
     const qsizetype total = m_tracks.size() + count;
     ++m_trackUrlsGeneration;
-    // An import brings its lookups made already (so these find their room);
-    // a file the monitor found between two slices moves the rest by one.
+    // An import has made room for all its songs already.
     if (m_trackPositions.capacity() < total)
         m_trackPositions.reserve(total);
     if (m_trackUrls.capacity() < total)
@@ -77,28 +73,23 @@ void Library::startNextImport()
     // A large folder takes a while to list, and ten thousand new songs take a
     // while to sort out and name: the window stays responsive meanwhile.
     const quint64 knownGeneration = m_trackUrlsGeneration;
-    QtConcurrent::run([folder, urls = m_trackUrls, positions = m_trackPositions, first = m_tracks.size()]() mutable {
+    QtConcurrent::run([folder, urls = m_trackUrls]() mutable {
         ScannedFolder scanned;
         scanned.found = scanFolder(folder);
         const QList<QUrl> fresh = import::freshFiles(scanned.found, urls);
         scanned.fresh.reserve(fresh.size());
         urls.reserve(urls.size() + fresh.size());
-        positions.reserve(positions.size() + fresh.size());
         for (const QUrl &url : fresh) {
-            Track track = Track::create(url);
             urls.insert(url);
-            positions.insert(track.id, first + scanned.fresh.size());
-            scanned.fresh.append(std::move(track));
+            scanned.fresh.append(Track::create(url));
         }
         scanned.urls = std::move(urls);
-        scanned.positions = std::move(positions);
         return scanned;
     }).then(this, [this, knownGeneration](ScannedFolder scanned) {
         if (m_runningForgotten) {
             scanned.fresh.clear();
         } else if (knownGeneration == m_trackUrlsGeneration && !scanned.fresh.isEmpty()) {
             m_trackUrls = std::move(scanned.urls);
-            m_trackPositions = std::move(scanned.positions);
         } else if (knownGeneration != m_trackUrlsGeneration) {
             // Songs the folder monitor added meanwhile are not added twice.
             scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
@@ -106,6 +97,7 @@ void Library::startNextImport()
         m_scannedFiles = scanned.found.size();
         m_scanned = std::move(scanned.fresh);
         m_tracks.reserve(m_tracks.size() + m_scanned.size());
+        m_trackPositions.reserve(m_tracks.capacity());
         appendScanned();
     });
 }

@@ -69,10 +69,9 @@ private:
         QList<QUrl> found;
         // The songs of `found` not in the library when the scan began.
         QList<Track> fresh;
-        // The library's lookups with `fresh` added, made on the pool: a
+        // The library's files with `fresh` added, made on the pool: a
         // hundred thousand new songs would hold up the GUI thread otherwise.
         QSet<QUrl> urls;
-        QHash<QUuid, qsizetype> positions;
     };
     void append(QList<Track> tracks);
     void startNextImport();

@@ -63,13 +63,6 @@ QSet<QString> AlbumPictures::extendIndex(Index &index, const Index &more)
     return added;
 }
 
-void AlbumPictures::add(const Index &more)
-{
-    Index index = m_index;
-    const QSet<QString> albums = extendIndex(index, more);
-    grown(std::move(index), albums);
-}
-
 void AlbumPictures::grown(Index index, const QSet<QString> &albums)
 {
     m_index = std::move(index);

@@ -5,7 +5,7 @@
 // lies on disk yet and the services have not answered (or can't be reached).
 //
 //   setIndex(index) ◄─ AlbumPictures::makeIndex(songs) on the pool
-//   add(index) ◄─ the same, for the songs new to the library
+//   grown(index) ◄─ the same, extended by the songs new to the library
 //   album(artist, album) ─ copy in memory or on disk
 //        └─ else the picture of the album's first song that has one of its
 //           own (folder image or embedded; trackArtwork), the choice kept
@@ -64,10 +64,9 @@ public:
 
     // The library changed: choices made for the old one are forgotten.
     void setIndex(Index index);
-    // New songs, after the library's: albums that had no picture of their own look again.
-    void add(const Index &more);
-    // The same, with the index extended already (on the pool, by extendIndex),
-    // and the albums it added songs to.
+    // New songs joined the library: `index` is the old one extended by them
+    // (extendIndex, on the pool) and `albums` the ones it added songs to,
+    // which look again if none of their songs had a picture of its own.
     void grown(Index index, const QSet<QString> &albums);
 
     QCoro::Task<std::optional<QImage>> album(std::optional<QString> artist, std::optional<QString> album,

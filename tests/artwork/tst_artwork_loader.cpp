@@ -193,12 +193,14 @@ private Q_SLOTS:
         writeFile(m_songs.path(), u"d/cover.png"_s, pngOf(red));
         ArtworkLoader loader(options());
         AlbumPictures pictures(loader);
-        pictures.setIndex(AlbumPictures::makeIndex(
-            {song("c/3.mp3", "Low", "Bare"), song("a/1.mp3", "Low", "Tide"), song("b/2.mp3", "LOW", "tide")}));
+        AlbumPictures::Index index = AlbumPictures::makeIndex(
+            {song("c/3.mp3", "Low", "Bare"), song("a/1.mp3", "Low", "Tide"), song("b/2.mp3", "LOW", "tide")});
+        pictures.setIndex(index);
         QVERIFY(looksLike(QCoro::waitFor(pictures.album(u"low"_s, u"TIDE"_s)), blue, 0));
         QVERIFY(looksLike(QCoro::waitFor(pictures.artist(u"Low"_s)), blue, 0));
         QVERIFY(!QCoro::waitFor(pictures.album(u"Low"_s, u"Bare"_s)));
-        pictures.add(AlbumPictures::makeIndex({song("d/4.mp3", "low", "BARE")}));
+        const QSet<QString> albums = AlbumPictures::extendIndex(index, AlbumPictures::makeIndex({song("d/4.mp3", "low", "BARE")}));
+        pictures.grown(index, albums);
         QVERIFY(looksLike(QCoro::waitFor(pictures.album(u"Low"_s, u"Bare"_s)), red, 0));
         QVERIFY(looksLike(QCoro::waitFor(pictures.artist(u"Low"_s)), red, 0)); // its first album now has one
     }
