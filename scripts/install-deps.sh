@@ -15,7 +15,7 @@ packages=(
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtquick-controls
   qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-dialogs
   qml6-module-qtquick-shapes qml6-module-qttest qml6-module-qt-labs-platform
-  qml6-module-qt5compat-graphicaleffects qml6-module-qt-labs-folderlistmodel
+  qml6-module-qt-labs-folderlistmodel
   # playback
   libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev gstreamer1.0-tools
   gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad

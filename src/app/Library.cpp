@@ -15,6 +15,7 @@ Library::Library(FolderMonitor &monitor, QObject *parent)
 {
     connect(&m_monitor, &FolderMonitor::discoveredURLsChanged, this,
             [this] { addDiscoveredFiles(m_monitor.discoveredURLs()); });
+    m_monitor.setKnownFiles([this](const QUrl &file) { return m_trackUrls.contains(file); });
 }
 
 std::optional<Track> Library::find(const QUuid &id) const
@@ -123,7 +124,7 @@ void Library::finishImport()
     const qsizetype added = std::exchange(m_scannedNext, 0);
     m_scanned.clear();
     if (!m_runningForgotten)
-        m_monitor.watch(folder, m_trackUrls);
+        m_monitor.watch(folder);
     qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << m_scannedFiles << " audio files, "
                             << added << " new";
     m_importRunning = false;
@@ -145,8 +146,6 @@ void Library::addDiscoveredFiles(const QList<QUrl> &urls)
     for (const QUrl &url : fresh)
         songs.append(Track::create(url));
     append(std::move(songs));
-    if (!fresh.isEmpty())
-        m_monitor.setKnownURLs(m_trackUrls);
     m_monitor.clearDiscoveredURLs();
     if (!fresh.isEmpty())
         Q_EMIT filesDiscovered(first, int(fresh.size()));
@@ -178,7 +177,6 @@ void Library::forgetFolder(const QUrl &folder)
             m_trackPositions.insert(m_tracks.at(i).id, i);
         }
         ++m_trackUrlsGeneration;
-        m_monitor.setKnownURLs(m_trackUrls);
         Q_EMIT tracksChanged();
     }
     qCInfo(lcApp).nospace() << "forgot " << root << ": " << removed << " songs removed";

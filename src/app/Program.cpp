@@ -4,11 +4,14 @@
 #include "AppState.h"
 #include "SingleInstance.h"
 #include "artwork/ArtworkImageProvider.h"
+#include "artwork/DrawnPictures.h"
 #include "model/LocalPath.h"
 #include "model/Log.h"
 #include "playback/MprisService.h"
 
 #include <QCommandLineParser>
+#include <QDir>
+#include <QFile>
 #include <QFont>
 #include <QGuiApplication>
 #include <QIcon>
@@ -16,9 +19,42 @@
 #include <QQuickStyle>
 #include <QQuickWindow>
 
+#include <algorithm>
 #include <cstdio>
 
+#include <unistd.h>
+
 namespace {
+
+// Whether this session can draw with a graphics card: a render node it may
+// open, and no request for software OpenGL.
+bool hasGraphicsCard()
+{
+    if (qEnvironmentVariableIntValue("LIBGL_ALWAYS_SOFTWARE") != 0)
+        return false;
+    const QDir dri(QStringLiteral("/dev/dri"));
+    const QStringList nodes = dri.entryList({QStringLiteral("renderD*")}, QDir::System);
+    return std::any_of(nodes.cbegin(), nodes.cend(), [&dri](const QString &node) {
+        return ::access(QFile::encodeName(dri.filePath(node)).constData(), R_OK | W_OK) == 0;
+    });
+}
+
+// Without a graphics card, OpenGL is a software rasterizer (Mesa's llvmpipe
+// under Xvfb, in virtual machines and remote sessions): some 60 MB of LLVM in
+// memory and the whole window redrawn each frame. Qt Quick's own software
+// renderer redraws only what changed, and everything Tarnwell shows is drawn
+// without shaders. A renderer the user asked for (QT_QUICK_BACKEND,
+// QSG_RHI_BACKEND) is kept. Before the application is made.
+void chooseRenderer()
+{
+    if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND")
+        || hasGraphicsCard())
+        return;
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // The X11 platform would otherwise load OpenGL when it starts.
+    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
+}
 
 void raiseOnRequest(QQuickWindow *window, MprisService &mpris)
 {
@@ -66,6 +102,7 @@ int run(int argc, char **argv, const WindowHook &onWindow)
         return 0;
     }
 
+    chooseRenderer();
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
@@ -98,6 +135,7 @@ int run(int argc, char **argv, const WindowHook &onWindow)
 
     QQmlApplicationEngine engine;
     engine.addImageProvider(QStringLiteral("artwork"), new ArtworkImageProvider(&state.artworkLoader()));
+    engine.addImageProvider(QStringLiteral("shadow"), new ShadowImageProvider);
     QObject::connect(&engine, &QQmlApplicationEngine::objectCreationFailed, &app,
                      [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     engine.load(QUrl(QStringLiteral("qrc:/Tarnwell/Main.qml")));

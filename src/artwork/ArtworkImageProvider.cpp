@@ -5,6 +5,7 @@
 #include "ArtworkLoader.h"
 #include "ArtworkSource.h"
 #include "Coro.h"
+#include "DrawnPictures.h"
 #include "model/LocalPath.h"
 
 #include <QMutex>
@@ -121,8 +122,11 @@ QCoro::Task<> serve(ArtworkLoader *loader, artworksource::Request request, QSize
         exchange->finish(QImage());
         co_return;
     }
-    auto job = QtConcurrent::run(
-        [picture = *image, size] { return ArtworkImageProvider::scaledForRequest(picture, size); });
+    auto job = QtConcurrent::run([picture = *image, size, backdrop = request.backdrop] {
+        if (backdrop)
+            return drawn::backdrop(picture, backdrop->top, backdrop->bottom, artworksource::backdropStrength);
+        return ArtworkImageProvider::scaledForRequest(picture, size);
+    });
     const QImage scaled = co_await artwork::whenDone(nullptr, job);
     exchange->finish(scaled);
 }

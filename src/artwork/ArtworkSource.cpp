@@ -86,8 +86,15 @@ std::optional<Request> parse(const QString &id)
         r.artist = decode(parts[1]);
         return r;
     }
-    if (kind == u"playing" && parts.size() == 2) {
+    if (kind == u"playing" && (parts.size() == 2 || parts.size() == 4)) {
         r.kind = Request::Playing;
+        if (parts.size() == 4) {
+            const QColor top(decode(parts[2]));
+            const QColor bottom(decode(parts[3]));
+            if (!top.isValid() || !bottom.isValid())
+                return std::nullopt;
+            r.backdrop = Request::Backdrop{top, bottom};
+        }
         return r;
     }
     return std::nullopt;

@@ -47,9 +47,8 @@ FolderMonitor::~FolderMonitor()
         ::close(fd);
 }
 
-void FolderMonitor::watch(const QUrl &folder, const QSet<QUrl> &knownURLs)
+void FolderMonitor::watch(const QUrl &folder)
 {
-    m_knownURLs = knownURLs;
     if (m_watchedFolders.contains(folder))
         return;
     m_watchedFolders.append(folder);
@@ -197,7 +196,7 @@ void FolderMonitor::finishRescan(const QList<FolderTree> &trees)
         for (const QString &path : tree.audioFiles) {
             QUrl url = localpath::fileUrl(path);
             // A folder forgotten while the scan ran reports nothing.
-            if (!m_knownURLs.contains(url) && isWatched(path) && !seen.contains(url)) {
+            if (!(m_isKnown && m_isKnown(url)) && isWatched(path) && !seen.contains(url)) {
                 seen.insert(url);
                 found.append(std::move(url));
             }

@@ -10,10 +10,10 @@
 //        │  any change below a watched folder arms a 1.5 s timer; when it fires,
 //        │  the folders that changed are scanned again on the thread pool
 //        │  (a folder whose name is not UTF-8 is watched through a descriptor)
-//        └─ discoveredURLs ── the files not in knownURLs, published when there are any
+//        └─ discoveredURLs ── the files not yet known, published when there are any
 //
-// The library import (app/) turns discovered files into Tracks, then updates
-// knownURLs and clears discoveredURLs.
+// The library (app/) says which files it knows (setKnownFiles), turns
+// discovered files into Tracks and clears discoveredURLs.
 
 #include "FolderScan.h"
 
@@ -25,6 +25,8 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <functional>
+
 class FolderMonitor : public QObject
 {
     Q_OBJECT
@@ -33,8 +35,13 @@ public:
     explicit FolderMonitor(QObject *parent = nullptr);
     ~FolderMonitor() override;
 
-    // Replaces knownURLs and starts watching the folder unless it is watched already.
-    void watch(const QUrl &folder, const QSet<QUrl> &knownURLs);
+    // Whether the library has a file already; asked on this object's thread
+    // when a rescan ends. Until it is set, every file is new.
+    using KnownFiles = std::function<bool(const QUrl &file)>;
+    void setKnownFiles(KnownFiles isKnown) { m_isKnown = std::move(isKnown); }
+
+    // Starts watching the folder unless it is watched already.
+    void watch(const QUrl &folder);
 
     // Stops watching a folder and the folders below it that no other watched
     // folder holds; a rescan running meanwhile reports nothing from them.
@@ -42,9 +49,6 @@ public:
 
     const QList<QUrl> &watchedFolders() const { return m_watchedFolders; }
     const QList<QUrl> &discoveredURLs() const { return m_discoveredURLs; }
-    const QSet<QUrl> &knownURLs() const { return m_knownURLs; }
-
-    void setKnownURLs(const QSet<QUrl> &urls) { m_knownURLs = urls; }
     // Set by the library once it has handled the discovered files (no signal).
     void clearDiscoveredURLs() { m_discoveredURLs.clear(); }
 
@@ -90,7 +94,7 @@ private:
 
     QList<QUrl> m_watchedFolders;
     QList<QUrl> m_discoveredURLs;
-    QSet<QUrl> m_knownURLs;
+    KnownFiles m_isKnown;
     QFileSystemWatcher m_watcher;
     QTimer m_timer;
     // Folders listed but not watched yet, and how many watching() signals wait for them.

@@ -3,7 +3,6 @@
 pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Controls
-import Qt5Compat.GraphicalEffects
 import Tarnwell
 
 Popup {
@@ -28,23 +27,16 @@ Popup {
 
     Overlay.modal: Rectangle { color: Qt.rgba(0, 0, 0, 0.35) }
 
-    background: Item {
-        DropShadow {
-            anchors.fill: card
-            source: card
-            color: Qt.rgba(0, 0, 0, 0.3)
-            radius: 24
-            samples: 49
-            verticalOffset: 10
-            transparentBorder: true
-        }
-        Rectangle {
-            id: card
-            anchors.fill: parent
+    background: Rectangle {
+        radius: 12
+        color: Theme.raisedBackground
+        border.color: Theme.border
+        border.width: 1
+        CardShadow {
             radius: 12
-            color: Theme.raisedBackground
-            border.color: Theme.border
-            border.width: 1
+            blur: 24
+            offset: 10
+            color: Qt.rgba(0, 0, 0, 0.3)
         }
     }
 

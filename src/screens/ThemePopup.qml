@@ -3,7 +3,6 @@
 // the stored one.
 pragma ComponentBehavior: Bound
 import QtQuick
-import Qt5Compat.GraphicalEffects
 import Tarnwell
 
 Item {
@@ -27,15 +26,6 @@ Item {
     Accessible.role: Accessible.PopupMenu
     Accessible.name: "Theme"
 
-    DropShadow {
-        anchors.fill: background
-        source: background
-        color: Qt.rgba(0, 0, 0, 0.24)
-        radius: 20
-        samples: 41
-        verticalOffset: 8
-        transparentBorder: true
-    }
     Rectangle {
         id: background
         anchors.fill: parent
@@ -43,6 +33,7 @@ Item {
         color: Theme.raisedBackground
         border.color: Theme.border
         border.width: 1
+        CardShadow { radius: 12 }
     }
     // Clicks on the popup stay on the popup.
     MouseArea { anchors.fill: parent }

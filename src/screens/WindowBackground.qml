@@ -3,18 +3,17 @@
 // over it, multiplied in, the playing song's picture blurred past recognition.
 pragma ComponentBehavior: Bound
 import QtQuick
-import Qt5Compat.GraphicalEffects
 import Tarnwell
 
 Item {
     id: background
 
+    // The playing song's picture (image://artwork/playing/<n>), or empty.
     required property url source
     // 0...1, the cross-fade of the picture.
     required property real pictureOpacity
 
     Rectangle {
-        id: gradient
         anchors.fill: parent
         gradient: Gradient {
             GradientStop { position: 0; color: Theme.raisedBackground }
@@ -22,33 +21,19 @@ Item {
         }
     }
 
+    // The gradient with the picture multiplied in, drawn small off the GUI
+    // thread and stretched: laid over the plain gradient at the fade's
+    // opacity, it is the multiply at that strength.
     Image {
-        id: picture
         anchors.fill: parent
-        visible: false
-        source: background.source
-        // A copy this small keeps the colours and loses all lettering, which
-        // the blur alone would let show through; it also costs next to nothing.
-        sourceSize.width: 24
-        sourceSize.height: 24
+        visible: status === Image.Ready && opacity > 0
+        opacity: background.pictureOpacity
+        source: background.source.toString() === "" ? ""
+            : background.source + "/" + encodeURIComponent(String(Theme.raisedBackground))
+              + "/" + encodeURIComponent(String(Theme.windowBackground))
         fillMode: Image.Stretch
+        smooth: true
         asynchronous: true
         cache: false
-    }
-    FastBlur {
-        id: blurred
-        anchors.fill: parent
-        visible: false
-        source: picture
-        radius: 80
-        transparentBorder: false
-    }
-    Blend {
-        anchors.fill: parent
-        visible: picture.status === Image.Ready && opacity > 0
-        source: gradient
-        foregroundSource: blurred
-        mode: "multiply"
-        opacity: 0.22 * background.pictureOpacity
     }
 }

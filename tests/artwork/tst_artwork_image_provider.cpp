@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Pictures reach QML through image://artwork/...: the scaling to the size an
-// Image asks for, and the provider with its addresses in a real engine.
+// Image asks for, and the provider with its addresses in a real engine; the
+// pictures drawn instead of shaders (the window's backdrop, card shadows).
 #include "ArtworkTestUtil.h"
 #include "artwork/ArtworkImageProvider.h"
 #include "artwork/ArtworkLoader.h"
 #include "artwork/ArtworkSource.h"
+#include "artwork/DrawnPictures.h"
 #include "model/LocalPath.h"
 #include "support/TestSupport.h"
 
@@ -93,7 +95,36 @@ private Q_SLOTS:
             QCOMPARE(show(source).first, int(Error));
         QCOMPARE(show(playing(song), QSize()), std::pair(int(Ready), QSizeF(100, 50)));
         QCOMPARE(show(playing(inside), QSize(100, 100)), std::pair(int(Ready), QSizeF(30, 20)));
+        const QString backdrop = m_loader->imageSource() + u"/%23102030/%23ffffff"_s;
+        QCOMPARE(show(QUrl(backdrop), QSize()), std::pair(int(Ready), QSizeF(24, 64)));
+        QCOMPARE(show(QUrl(m_loader->imageSource() + u"/%23102030/neither"_s)).first, int(Error));
         QCOMPARE(m_server.requests().size(), 0);
+    }
+
+    // The backdrop is the gradient multiplied by the picture: white leaves it,
+    // black darkens it by the strength, at the top and at the bottom. A
+    // shadow's corners are empty and its middle is the colour.
+    void drawnPictures()
+    {
+        const QColor top(0x20, 0x40, 0x80);
+        const QColor bottom(0xf0, 0xe0, 0xd0);
+        for (const auto &[picture, factor] : {std::pair(Qt::white, 1.0), std::pair(Qt::black, 0.5)}) {
+            const QImage image = drawn::backdrop(FakeWebServer::solidImage(picture, {64, 48}), top, bottom, 0.5);
+            for (const auto &[y, expected] : {std::pair(0, top), std::pair(image.height() - 1, bottom)}) {
+                const QColor got = image.pixelColor(image.width() / 2, y);
+                QVERIFY2(std::abs(got.red() - expected.red() * factor) <= 4
+                             && std::abs(got.blue() - expected.blue() * factor) <= 4,
+                         qPrintable(got.name() + u" at row "_s + QString::number(y)));
+            }
+        }
+        QVERIFY(drawn::backdrop(QImage(), top, bottom, 0.5).isNull());
+
+        const QImage shadow = drawn::shadow(12, 20, QColor(0, 0, 0, 60));
+        const int tile = 12 + 2 * 20;
+        QCOMPARE(shadow.size(), QSize(2 * tile + 1, 2 * tile + 1));
+        QCOMPARE(shadow.pixelColor(0, 0).alpha(), 0);
+        QVERIFY(std::abs(shadow.pixelColor(tile, tile).alpha() - 60) <= 1);
+        QCOMPARE(shadow.pixel(tile, 0), shadow.pixel(0, tile)); // the same on every side
     }
 
     // An Image that goes away while its lookup waits for a slot cancels it:

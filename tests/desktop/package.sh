@@ -56,7 +56,7 @@ if readelf --sections "$root/usr/bin/tarnwell" | grep -q '\.debug_info'; then fa
 # Dependencies: the libraries linked (dpkg-shlibdeps) and those loaded by name.
 depends=$(dpkg-deb --field "$deb" Depends)
 for package in libqt6core6 libqt6quick6 libgstreamer1.0-0 libtag1v5 libavformat59 \
-  qml6-module-qtquick-controls qml6-module-qtquick-dialogs qml6-module-qt5compat-graphicaleffects \
+  qml6-module-qtquick-controls qml6-module-qtquick-dialogs \
   gstreamer1.0-plugins-good gstreamer1.0-libav fonts-inter fonts-materialdesignicons-webfont; do
   [[ ", $depends," == *", $package"[\ ,]* ]] || fail "Depends lacks $package: $depends"
 done

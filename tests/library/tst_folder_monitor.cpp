@@ -43,7 +43,8 @@ class TestFolderMonitor : public QObject
     void startWatching(FolderMonitor &monitor)
     {
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
-        monitor.watch(QUrl::fromLocalFile(root()), urlSet(scanFolder(root())));
+        monitor.setKnownFiles([known = urlSet(scanFolder(root()))](const QUrl &file) { return known.contains(file); });
+        monitor.watch(QUrl::fromLocalFile(root()));
         QVERIFY(watching.wait(patience));
     }
 
@@ -97,12 +98,13 @@ private Q_SLOTS:
         const QString kept = root() + QStringLiteral("/kept");
         writeFile(gone, QStringLiteral("deep/old.mp3"));
         writeFile(kept, QStringLiteral("inner/old.mp3"));
-        const QSet<QUrl> known = urlSet(scanFolder(root()));
+        QSet<QUrl> known = urlSet(scanFolder(root()));
         FolderMonitor monitor;
+        monitor.setKnownFiles([&known](const QUrl &file) { return known.contains(file); });
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
         for (const QString &folder : { gone, kept })
-            monitor.watch(localpath::fileUrl(folder), known);
+            monitor.watch(localpath::fileUrl(folder));
         QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 2, patience);
         monitor.unwatch(localpath::fileUrl(gone));
         QCOMPARE(monitor.watchedFolderCount(), 2);
@@ -115,7 +117,8 @@ private Q_SLOTS:
         QVERIFY(discovered.wait(patience));
         QCOMPARE(monitor.discoveredURLs(), urls({ song }));
 
-        monitor.watch(localpath::fileUrl(kept + QStringLiteral("/inner")), known + urlSet({ song }));
+        known.insert(localpath::fileUrl(song));
+        monitor.watch(localpath::fileUrl(kept + QStringLiteral("/inner")));
         QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 3, patience);
         monitor.clearDiscoveredURLs();
         const QString nested = writeFile(kept, QStringLiteral("inner/nested.mp3"), "x");
@@ -150,7 +153,7 @@ private Q_SLOTS:
         const QString later = writeFile(root(), QStringLiteral("later.mp3"));
         QVERIFY(discovered.wait(patience));
         QCOMPARE(monitor.discoveredURLs(), urls({ late, later }));
-        monitor.setKnownURLs(urlSet({ late, later }));
+        monitor.setKnownFiles([known = urlSet({ late, later })](const QUrl &file) { return known.contains(file); });
         monitor.clearDiscoveredURLs();
         const QString last = writeFile(root(), QStringLiteral("last.mp3"));
         QVERIFY(discovered.wait(patience));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "AppState.h"
 #include "artwork/ArtworkImageProvider.h"
+#include "artwork/DrawnPictures.h"
 #include "browse/SongListModel.h"
 #include "model/LocalPath.h"
 #include "support/TestSupport.h"
@@ -127,6 +128,7 @@ public Q_SLOTS:
         auto *state = new AppState(engine);
         AppState::setInstance(state);
         engine->addImageProvider(QStringLiteral("artwork"), new ArtworkImageProvider(&state->artworkLoader()));
+        engine->addImageProvider(QStringLiteral("shadow"), new ShadowImageProvider);
     }
 };
 
