@@ -164,7 +164,7 @@ void BM_QueryMatchingNothing(benchmark::State &state)
 
 void BM_AssembleIndex(benchmark::State &state)
 {
-    const QList<TrackSearchEntry> entries = library().entries();
+    const QList<TrackSearchEntry> entries = library().entries().toList();
     for (auto _ : state) {
         TrackIndex index(entries);
         benchmark::DoNotOptimize(index);

@@ -24,7 +24,7 @@ ArtworkPrefetch::~ArtworkPrefetch()
     m_pool.waitForDone();
 }
 
-void ArtworkPrefetch::start(const QList<TrackSearchEntry> &songs, qsizetype from)
+void ArtworkPrefetch::start(const TrackEntries &songs, qsizetype from)
 {
     // A watcher rather than QFuture::then(): its signal does not outlive this object.
     auto *watcher = new QFutureWatcher<import::PrefetchPlan>(this);

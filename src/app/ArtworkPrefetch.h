@@ -3,7 +3,7 @@
 
 #include "LibraryImport.h"
 #include "artwork/CancelToken.h"
-#include "browse/SearchResults.h"
+#include "browse/TrackEntries.h"
 
 #include <QFutureWatcher>
 #include <QSet>
@@ -33,7 +33,7 @@ public:
 
     // The pictures of songs[from] and the songs after it (the list is shared,
     // not copied: the new songs of a large import stay where they are).
-    void start(const QList<TrackSearchEntry> &songs, qsizetype from = 0);
+    void start(const TrackEntries &songs, qsizetype from = 0);
 
 Q_SIGNALS:
     // These pictures are asked for.

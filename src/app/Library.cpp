@@ -39,7 +39,10 @@ void Library::append(QList<Track> tracks)
         m_trackUrls.reserve(total);
     for (qsizetype i = 0; i < tracks.size(); ++i) {
         m_trackPositions.insert(tracks.at(i).id, first + i);
-        m_trackUrls.insert(tracks.at(i).url);
+        // An import's songs are there already; asking first leaves the set
+        // shared with the scan's result rather than copying it.
+        if (!m_trackUrls.contains(tracks.at(i).url))
+            m_trackUrls.insert(tracks.at(i).url);
     }
     m_tracks.append(std::move(tracks));
     Q_EMIT tracksAppended(first, count);
@@ -105,8 +108,9 @@ void Library::startNextImport()
 
 void Library::appendScanned()
 {
-    // A slice costs its listeners (song list, search index) a few milliseconds.
-    constexpr qsizetype slice = 4096;
+    // A slice costs its listeners (song list, search index) a few milliseconds,
+    // twice that while the pool reads tags on every core.
+    constexpr qsizetype slice = 2048;
     if (m_scannedNext < m_scanned.size()) {
         const qsizetype count = std::min(slice, m_scanned.size() - m_scannedNext);
         append(m_scanned.mid(m_scannedNext, count));

@@ -34,13 +34,13 @@ void SongIndexing::retain(const QList<Track> &library)
 void SongIndexing::afterIndexing(int first, int)
 {
     // The new entries are the index's last: the pool reads them in place.
-    const QList<TrackSearchEntry> &entries = m_searchIndex.trackIndex().entries();
+    const TrackEntries &entries = m_searchIndex.trackIndex().entries();
     m_prefetch.start(entries, first);
     pictureSongs(entries, first, false);
     Q_EMIT songsIndexed();
 }
 
-void SongIndexing::pictureSongs(QList<TrackSearchEntry> entries, qsizetype from, bool whole)
+void SongIndexing::pictureSongs(TrackEntries entries, qsizetype from, bool whole)
 {
     // One step after the other, so an album's songs keep library order; each
     // step extends the last one's index on the pool, and the GUI thread only

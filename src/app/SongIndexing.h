@@ -52,7 +52,7 @@ private:
     void afterIndexing(int first, int count);
     // The albums' songs of entries[from] on, worked out on the pool in the
     // order asked: all of them (whole) or the ones new to the library.
-    void pictureSongs(QList<TrackSearchEntry> entries, qsizetype from, bool whole);
+    void pictureSongs(TrackEntries entries, qsizetype from, bool whole);
 
     ArtworkLoader &m_loader;
     TagMemo m_tags;

@@ -78,7 +78,7 @@ void SearchIndex::startBuild()
     if (!m_removed.isEmpty()) {
         // The remaining entries keep their tags: the index is laid out anew from them.
         deliverLater(QtConcurrent::run([index = m_index, removed = std::exchange(m_removed, {})] {
-                         QList<TrackSearchEntry> entries = index.entries();
+                         QList<TrackSearchEntry> entries = index.entries().toList();
                          entries.removeIf([&removed](const TrackSearchEntry &e) { return removed.contains(e.track.id); });
                          return TrackIndex(std::move(entries));
                      }),

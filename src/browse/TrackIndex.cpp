@@ -81,7 +81,6 @@ void TrackIndex::Data::append(QList<TrackSearchEntry> more)
 {
     const size_t total = size_t(entries.size() + more.size());
     names.reserve(total, total * 24);
-    firstEntryOf.reserve(qsizetype(total));
     QStringList newSpellings;
 
     const qsizetype offset = entries.size();
@@ -89,8 +88,6 @@ void TrackIndex::Data::append(QList<TrackSearchEntry> more)
         const TrackSearchEntry &e = more.at(j);
         const qsizetype i = offset + j;
         names.append(foldForSearch(e.name));
-        if (!firstEntryOf.contains(e.track.id))
-            firstEntryOf.insert(e.track.id, i);
 
         const QString artistKey = foldForSearch(e.artist);
         if (!artistKey.isEmpty()) {
@@ -122,13 +119,11 @@ void TrackIndex::Data::append(QList<TrackSearchEntry> more)
         }
     }
     artistNames = mergedSorted(std::move(artistNames), sortedCaseInsensitive(std::move(newSpellings)));
-    if (entries.isEmpty())
-        entries = std::move(more);
-    else
-        entries.append(std::move(more));
+    for (TrackSearchEntry &e : more)
+        entries.append(std::move(e));
 }
 
-const QList<TrackSearchEntry> &TrackIndex::entries() const
+const TrackEntries &TrackIndex::entries() const
 {
     return d->entries;
 }
@@ -158,11 +153,12 @@ QStringList allArtistNames(const TrackIndex &index)
 
 std::optional<QString> artistForTrack(const TrackIndex &index, const QUuid &trackId)
 {
-    const auto it = index.data().firstEntryOf.constFind(trackId);
-    if (it == index.data().firstEntryOf.constEnd())
+    // Asked once a song starts: a pass over the entries costs less than a
+    // lookup table kept up to date by every import.
+    const TrackEntries &entries = index.entries();
+    const auto it = std::find_if(entries.begin(), entries.end(),
+                                 [&trackId](const TrackSearchEntry &e) { return e.track.id == trackId; });
+    if (it == entries.end() || it->artist.isEmpty())
         return std::nullopt;
-    const QString &artist = index.entries().at(*it).artist;
-    if (artist.isEmpty())
-        return std::nullopt;
-    return artist;
+    return it->artist;
 }

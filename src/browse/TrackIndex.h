@@ -3,6 +3,7 @@
 
 #include "MetadataReader.h"
 #include "SearchResults.h"
+#include "TrackEntries.h"
 
 #include <QFuture>
 #include <QList>
@@ -17,12 +18,12 @@
 // Besides the entries it holds what every query would otherwise work out
 // again: the folded (lower-cased, composed) forms of names, artists and albums
 // laid out for fast scanning, the artists and albums of the library with their
-// song counts and song lists, the song-id lookup and the sorted artist names.
+// song counts and song lists, and the sorted artist names.
 // All of it is made when the index is built, off the GUI thread. An index
 // never changes after that; copies share their data, so handing one to the GUI
 // thread or replacing it is cheap and a query never sees half an index. New
 // songs make a new index from the old one (appended()), which works out only
-// what the new entries add.
+// what the new entries add and shares the old entries rather than copying them.
 class TrackIndex
 {
 public:
@@ -32,7 +33,7 @@ public:
     // This index with `more` entries after its own.
     TrackIndex appended(QList<TrackSearchEntry> more) const;
 
-    const QList<TrackSearchEntry> &entries() const;
+    const TrackEntries &entries() const;
     qsizetype size() const { return entries().size(); }
     bool isEmpty() const { return entries().isEmpty(); }
 

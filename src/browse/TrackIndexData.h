@@ -4,6 +4,7 @@
 // The inside of a TrackIndex, shared by its builder and the queries.
 
 #include "FoldedColumn.h"
+#include "TrackEntries.h"
 #include "TrackIndex.h"
 
 #include <QHash>
@@ -12,7 +13,7 @@
 
 struct TrackIndex::Data
 {
-    QList<TrackSearchEntry> entries;
+    TrackEntries entries;
 
     // Folded song names, one per entry.
     FoldedColumn names;
@@ -45,7 +46,6 @@ struct TrackIndex::Data
     FoldedColumn albumKeys; // the folded album of each pair
     std::vector<Album> albums;
 
-    QHash<QUuid, qsizetype> firstEntryOf;
     QStringList artistNames; // sorted
 
     // What an append needs to find the groups of the songs it adds.

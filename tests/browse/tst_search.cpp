@@ -150,7 +150,7 @@ private Q_SLOTS:
     void artistOfATrack()
     {
         Library lib = Library::from({ "1.mp3|First", "2.mp3", "3.mp3|  Third  " });
-        QList<TrackSearchEntry> entries = indexOf(lib).entries();
+        QList<TrackSearchEntry> entries = indexOf(lib).entries().toList();
         entries.append({ lib.tracks.at(0), QStringLiteral("1"), QStringLiteral("Later"), {} });
         const TrackIndex index(entries);
         const QList<std::optional<QString>> expected { u"First"_s, std::nullopt, u"Third"_s };
