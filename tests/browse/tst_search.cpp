@@ -159,6 +159,40 @@ private Q_SLOTS:
         QCOMPARE(artistForTrack(index, QUuid::createUuid()), std::nullopt);
     }
 
+    // Indexes grown from one base share its entries yet never see each other's:
+    // the base keeps its songs when a block it shares is filled, and two
+    // indexes grown from it apart hold their own songs, across block edges.
+    void grownIndexesKeepTheirOwnEntries()
+    {
+        const auto entriesNamed = [](const QString &prefix, int count) {
+            QList<TrackSearchEntry> list;
+            for (int i = 0; i < count; ++i) {
+                const QString name = prefix + QString::number(i);
+                list.append({ Track::create(QUrl::fromLocalFile(u"/m/"_s + name + u".mp3"_s)), name, prefix, {} });
+            }
+            return list;
+        };
+        const auto namesOf = [](const TrackIndex &index) {
+            QStringList names;
+            for (const TrackSearchEntry &e : index.entries())
+                names.append(e.name);
+            return names;
+        };
+        const qsizetype block = TrackEntries::blockSize;
+        const TrackIndex base(entriesNamed(u"base"_s, int(block) - 1));
+        const QStringList baseNames = namesOf(base);
+        const TrackIndex one = base.appended(entriesNamed(u"one"_s, 3));
+        const TrackIndex two = base.appended(entriesNamed(u"two"_s, int(block) + 2));
+        const TrackIndex onward = one.appended(entriesNamed(u"onward"_s, 1));
+        QCOMPARE(namesOf(base), baseNames);
+        QCOMPARE(namesOf(one), baseNames + namesOf(TrackIndex(entriesNamed(u"one"_s, 3))));
+        QCOMPARE(namesOf(two).mid(block - 1), namesOf(TrackIndex(entriesNamed(u"two"_s, int(block) + 2))));
+        QCOMPARE(namesOf(onward).mid(block - 1),
+                 namesOf(TrackIndex(entriesNamed(u"one"_s, 3) + entriesNamed(u"onward"_s, 1))));
+        QCOMPARE(computeSearchResults(u"one"_s, two).tracks.size(), 0);
+        QCOMPARE(computeSearchResults(u"two"_s, one).tracks.size(), 0);
+    }
+
     // Wherever a match falls relative to the blocks the scan compares at once,
     // and however close to the end of the column, it is found in the right key,
     // nothing before it is, and a match across two keys is none.
