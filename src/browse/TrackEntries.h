@@ -23,19 +23,31 @@ public:
     bool isEmpty() const { return m_size == 0; }
     const TrackSearchEntry &at(qsizetype i) const { return m_blocks[size_t(i / blockSize)]->at(i % blockSize); }
 
-    void append(TrackSearchEntry entry)
+    void append(QList<TrackSearchEntry> more)
     {
-        if (m_size % blockSize == 0) {
-            m_blocks.push_back(std::make_shared<Block>());
-            m_blocks.back()->reserve(blockSize);
-        } else if (m_blocks.back().use_count() > 1) {
-            // Shared with an older list: the block is copied, never changed.
-            auto copy = std::make_shared<Block>(*m_blocks.back());
-            copy->reserve(blockSize);
-            m_blocks.back() = std::move(copy);
+        // A list no one else holds gives its entries up; a shared one is copied.
+        const bool own = more.isDetached();
+        for (qsizetype i = 0; i < more.size();) {
+            if (m_size % blockSize == 0) {
+                m_blocks.push_back(std::make_shared<Block>());
+                m_blocks.back()->reserve(blockSize);
+            } else if (m_blocks.back().use_count() > 1) {
+                // Shared with an older list: the block is copied, never changed.
+                auto copy = std::make_shared<Block>();
+                copy->reserve(blockSize);
+                copy->append(*m_blocks.back());
+                m_blocks.back() = std::move(copy);
+            }
+            Block &block = *m_blocks.back();
+            const qsizetype n = std::min(blockSize - m_size % blockSize, more.size() - i);
+            for (const qsizetype end = i + n; i < end; ++i) {
+                if (own)
+                    block.append(std::move(more[i]));
+                else
+                    block.append(more.at(i));
+            }
+            m_size += n;
         }
-        m_blocks.back()->append(std::move(entry));
-        ++m_size;
     }
 
     QList<TrackSearchEntry> toList() const

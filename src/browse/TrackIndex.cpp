@@ -119,8 +119,7 @@ void TrackIndex::Data::append(QList<TrackSearchEntry> more)
         }
     }
     artistNames = mergedSorted(std::move(artistNames), sortedCaseInsensitive(std::move(newSpellings)));
-    for (TrackSearchEntry &e : more)
-        entries.append(std::move(e));
+    entries.append(std::move(more));
 }
 
 const TrackEntries &TrackIndex::entries() const
