@@ -100,7 +100,10 @@ void Library::startNextImport()
         }
         m_scannedFiles = scanned.found.size();
         m_scanned = std::move(scanned.fresh);
-        m_tracks.reserve(m_tracks.size() + m_scanned.size());
+        // With room to spare for songs found later, so that the first of them
+        // doesn't move the whole list to new memory.
+        const qsizetype songs = m_tracks.size() + m_scanned.size();
+        m_tracks.reserve(songs + songs / 16);
         m_trackPositions.reserve(m_tracks.capacity());
         appendScanned();
     });
