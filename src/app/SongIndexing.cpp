@@ -49,7 +49,7 @@ void SongIndexing::pictureSongs(TrackEntries entries, qsizetype from, bool whole
         QList<AlbumPictures::Song> songs;
         songs.reserve(entries.size() - from);
         for (qsizetype i = from; i < entries.size(); ++i)
-            songs.append({entries.at(i).track.url, entries.at(i).artist, entries.at(i).album});
+            songs.append({entries.at(i).track.url, entries.at(i).artist, entries.at(i).album, entries.at(i).hasPicture});
         PictureStep step;
         step.whole = whole;
         if (whole) {

@@ -22,10 +22,10 @@ AlbumPictures::Index AlbumPictures::makeIndex(const QList<Song> &songs)
     for (const Song &song : songs) {
         if (song.album.isEmpty())
             continue;
-        QList<QUrl> &files = index.albumSongs[albumKey(song.artist, song.album)];
+        QList<SongFile> &files = index.albumSongs[albumKey(song.artist, song.album)];
         if (files.isEmpty() && !song.artist.isEmpty())
             index.artistAlbums[song.artist.toLower()].append(Album{song.artist, song.album});
-        files.append(song.file);
+        files.append({song.file, song.hasPicture});
     }
     return index;
 }
@@ -47,7 +47,7 @@ QSet<QString> AlbumPictures::extendIndex(Index &index, const Index &more)
     QSet<QString> known;
     QSet<QString> added;
     for (auto it = more.albumSongs.cbegin(); it != more.albumSongs.cend(); ++it) {
-        QList<QUrl> &files = index.albumSongs[it.key()];
+        QList<SongFile> &files = index.albumSongs[it.key()];
         if (!files.isEmpty())
             known.insert(it.key());
         files += it.value();
@@ -123,15 +123,16 @@ QCoro::Task<std::optional<QImage>> AlbumPictures::songsPicture(QString key)
     }
     const QPointer<AlbumPictures> self(this);
     const quint64 generation = m_generation;
-    const QList<QUrl> files = m_index.albumSongs.value(key);
-    for (const QUrl &file : files) {
-        // Songs of one folder share its picture, and the loader reads each once.
-        std::optional<QImage> picture = co_await m_loader.trackArtwork(file);
+    const QList<SongFile> files = m_index.albumSongs.value(key);
+    for (const SongFile &song : files) {
+        // Songs of one folder share its picture, and the loader reads each
+        // once; a song known to hold none inside is not opened.
+        std::optional<QImage> picture = co_await m_loader.trackArtwork(song.file, song.hasPicture);
         if (!self)
             co_return picture;
         if (picture) {
             if (generation == m_generation)
-                m_chosen.insert(key, file);
+                m_chosen.insert(key, song.file);
             co_return picture;
         }
     }

@@ -8,7 +8,8 @@
 //   grown(index) ◄─ the same, extended by the songs new to the library
 //   album(artist, album) ─ copy in memory or on disk
 //        └─ else the picture of the album's first song that has one of its
-//           own (folder image or embedded; trackArtwork), the choice kept
+//           own (folder image or embedded; trackArtwork), the choice kept;
+//           a song whose tags were read without a picture is not opened again
 //             └─ the online lookup goes on; when it finds one, replaced(address)
 //        └─ else the online lookup, awaited
 //   artist(name) ─ the same, with the pictures of the artist's albums standing in
@@ -41,6 +42,12 @@ public:
         QUrl file;
         QString artist; // trimmed; empty when absent
         QString album;
+        bool hasPicture = true; // false when its tags were read and hold none
+    };
+    struct SongFile
+    {
+        QUrl file;
+        bool hasPicture = true;
     };
     struct Album
     {
@@ -52,7 +59,7 @@ public:
     // artist, in library order.
     struct Index
     {
-        QHash<QString, QList<QUrl>> albumSongs;
+        QHash<QString, QList<SongFile>> albumSongs;
         QHash<QString, QList<Album>> artistAlbums;
     };
     static Index makeIndex(const QList<Song> &songs);

@@ -176,7 +176,7 @@ QCoro::Task<SharedLookups::Result> ArtworkLoader::lookUp(QString key, std::optio
     co_return SharedLookups::Result{image, true};
 }
 
-QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
+QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file, bool inside)
 {
     if (std::optional<QImage> hit = cached(m_trackArtworkCache, file))
         co_return hit;
@@ -184,10 +184,12 @@ QCoro::Task<std::optional<QImage>> ArtworkLoader::trackArtwork(QUrl file)
         co_return std::nullopt;
 
     const QString path = localpath::pathOf(file);
-    auto job = QtConcurrent::run([path, memo = m_decodeMemo]() -> std::optional<QImage> {
+    auto job = QtConcurrent::run([path, inside, memo = m_decodeMemo]() -> std::optional<QImage> {
         // The folder's picture wins over the one inside the file.
         if (std::optional<QImage> folder = artwork::folderImage(QFileInfo(path).absolutePath(), memo.get()))
             return folder;
+        if (!inside)
+            return std::nullopt;
         if (std::optional<QByteArray> embedded = readEmbeddedArtwork(path))
             return memo->decode(*embedded);
         return std::nullopt;

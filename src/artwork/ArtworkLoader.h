@@ -85,7 +85,9 @@ public:
     QCoro::Task<std::optional<QImage>> artistImage(QString name, CancelToken cancel = {});
     QCoro::Task<std::optional<QImage>> albumArt(std::optional<QString> artist, std::optional<QString> album,
                                                 CancelToken cancel = {});
-    QCoro::Task<std::optional<QImage>> trackArtwork(QUrl file);
+    // The song's own picture: the folder's, else the one inside the file, not
+    // looked for when `inside` is false (its tags were read and hold none).
+    QCoro::Task<std::optional<QImage>> trackArtwork(QUrl file, bool inside = true);
     // What is known without asking online: the picture in memory or the copy on disk.
     QCoro::Task<std::optional<QImage>> savedArtistImage(QString name);
     QCoro::Task<std::optional<QImage>> savedAlbumArt(std::optional<QString> artist, std::optional<QString> album);

@@ -16,6 +16,7 @@ struct TrackSearchEntry
     QString name;
     QString artist;
     QString album;
+    bool hasPicture = false; // the file holds a picture of its own
 };
 
 // An artist hit. id is the lower-cased name, the key that merges spellings;

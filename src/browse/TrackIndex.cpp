@@ -130,7 +130,7 @@ const TrackEntries &TrackIndex::entries() const
 TrackSearchEntry makeSearchEntry(const Track &track, const TrackMetadata &metadata)
 {
     return { track, text::displayName(track.path()), trimmedTag(metadata.artist),
-        trimmedTag(metadata.album) };
+        trimmedTag(metadata.album), metadata.hasPicture };
 }
 
 QFuture<TrackIndex> buildTrackIndex(const QList<Track> &tracks, const MetadataReader &reader)

@@ -14,6 +14,9 @@ struct TrackMetadata
     std::optional<QString> artist;
     std::optional<QString> album;
     std::optional<QString> genre;
+    // Whether the file holds a picture of its own (a FLAC PICTURE block, an
+    // ID3v2 picture frame, an MP4 cover item), whole or not.
+    bool hasPicture = false;
 
     bool isEmpty() const { return !title && !artist && !album && !genre; }
 };

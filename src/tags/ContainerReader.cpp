@@ -325,6 +325,7 @@ TrackMetadata metadataFromItems(const QList<Item> &items)
             m.album = item.text;
             break;
         case CommonKey::artwork:
+            m.hasPicture = true;
             break;
         }
     }

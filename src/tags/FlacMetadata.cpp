@@ -107,18 +107,24 @@ template<typename Window> FileInfo readInfo(Window &file, bool wantDuration)
 {
     FileInfo info;
     bool first = true;
+    bool comment = false;
+    bool picture = false;
+    // Every block header is walked to see whether a picture follows the comment.
     walkBlocks(file, [&](const BlockHeader &b) {
         if (first && wantDuration && b.type() == streamInfoType) {
             if (const auto body = file.read(b.bodyOffset, b.length))
                 info.duration = streamInfoDuration(*body);
         }
         first = false;
-        if (b.type() != vorbisCommentType)
-            return true;
-        if (const auto body = file.read(b.bodyOffset, b.length))
-            info.metadata = parseVorbisComment(*body);
-        return false;
+        picture = picture || b.type() == pictureType;
+        if (b.type() == vorbisCommentType && !comment) {
+            comment = true;
+            if (const auto body = file.read(b.bodyOffset, b.length))
+                info.metadata = parseVorbisComment(*body);
+        }
+        return !(comment && picture);
     });
+    info.metadata.hasPicture = picture;
     return info;
 }
 

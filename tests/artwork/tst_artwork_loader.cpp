@@ -203,6 +203,16 @@ private Q_SLOTS:
         pictures.grown(index, albums);
         QVERIFY(looksLike(QCoro::waitFor(pictures.album(u"Low"_s, u"Bare"_s)), red, 0));
         QVERIFY(looksLike(QCoro::waitFor(pictures.artist(u"Low"_s)), red, 0)); // its first album now has one
+
+        // A song whose tags were read without a picture is not opened for one.
+        const QString inside = m_songs.path() + u"/e/5.flac"_s;
+        QVERIFY(testsupport::makeAudio(inside));
+        const QString png = writeFile(m_songs.path(), u"picture.png"_s, pngOf(green));
+        QCOMPARE(testsupport::run(u"metaflac"_s, {"--import-picture-from=" + png, inside}).exitCode, 0);
+        for (const bool hasPicture : {false, true}) {
+            pictures.setIndex(AlbumPictures::makeIndex({{QUrl::fromLocalFile(inside), u"Slow"_s, u"Inside"_s, hasPicture}}));
+            QCOMPARE(QCoro::waitFor(pictures.album(u"Slow"_s, u"Inside"_s)).has_value(), hasPicture);
+        }
     }
 };
 

@@ -100,6 +100,9 @@ private Q_SLOTS:
             build::flacFile({ { 0, si }, { 1, QByteArray(100, '\0') }, { 3, QByteArray(36, 'S') },
                 { 6, build::pictureBody("png") }, { 4, comment } }),
             titleOnly("found"), 1.0, "png");
+        row("picture after the comment", "a.flac",
+            build::flacFile({ { 0, si }, { 4, comment }, { 1, QByteArray(10, '\0') }, { 6, build::pictureBody("after") } }),
+            titleOnly("found"), 1.0, "after");
         row("last-block flag before the comment", "a.flac",
             build::flacFile({ { 0, si } }) + build::flacFile({ { 4, comment } }).mid(4), nothing, 1.0);
         row("only the first comment block counts", "a.flac",
@@ -182,6 +185,9 @@ private Q_SLOTS:
         const auto picture = readEmbeddedArtwork(path);
         QTEST(picture.value_or(QByteArray()), "picture");
         QCOMPARE(picture.has_value(), !picture.value_or(QByteArray()).isEmpty());
+        // What the tags tell of a picture spares opening the file for one.
+        QCOMPARE(readMetadata(path).hasPicture, picture.has_value());
+        QCOMPARE(info.metadata.hasPicture, picture.has_value());
     }
 
     // Inputs the fuzzers once failed on, kept as hex under regressions/TARGET/,
