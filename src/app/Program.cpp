@@ -44,16 +44,19 @@ bool hasGraphicsCard()
 // memory and the whole window redrawn each frame. Qt Quick's own software
 // renderer redraws only what changed, and everything Tarnwell shows is drawn
 // without shaders. A renderer the user asked for (QT_QUICK_BACKEND,
-// QSG_RHI_BACKEND) is kept. Before the application is made.
-void chooseRenderer()
+// QSG_RHI_BACKEND) is kept. Before the application is made; answers whether
+// it set QT_XCB_GL_INTEGRATION.
+bool chooseRenderer()
 {
     if (qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND")
         || hasGraphicsCard())
-        return;
+        return false;
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // The X11 platform would otherwise load OpenGL when it starts.
-    if (!qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
-        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    if (qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        return false;
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
+    return true;
 }
 
 void raiseOnRequest(QQuickWindow *window, MprisService &mpris)
@@ -102,8 +105,11 @@ int run(int argc, char **argv, const WindowHook &onWindow)
         return 0;
     }
 
-    chooseRenderer();
+    const bool glTurnedOff = chooseRenderer();
     QGuiApplication app(argc, argv);
+    // Programs Tarnwell opens (a file manager) get the environment it was given.
+    if (glTurnedOff)
+        qunsetenv("QT_XCB_GL_INTEGRATION");
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tarnwell"));
     QGuiApplication::setDesktopFileName(QStringLiteral("org.tarnwell.tarnwell"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/Tarnwell/tarnwell.svg")));

@@ -18,10 +18,13 @@ struct Answer
 
 Answer answerFor(const QString &path)
 {
-    // Reading never fails, so what would make it read nothing is told here.
-    if (QString why = cli::fileProblem(path); !why.isEmpty())
-        return {{}, QStringLiteral("%1: %2").arg(localpath::readable(path), why)};
     const FileTags info = readTrackInfo(path);
+    // Reading never fails: when it found nothing, what may have kept it from
+    // reading is told (asked only then, it costs a file of tags nothing).
+    if (info.metadata.isEmpty() && !info.duration) {
+        if (QString why = cli::fileProblem(path); !why.isEmpty())
+            return {{}, QStringLiteral("%1: %2").arg(localpath::readable(path), why)};
+    }
     JsonWriter json;
     json.beginObject();
     json.key(u"path");
