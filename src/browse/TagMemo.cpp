@@ -25,6 +25,7 @@ struct TagMemo::State
     {
         quint32 artist = 0;
         quint32 album = 0;
+        bool hasPicture = false;
     };
 
     MetadataReader fileReader;
@@ -52,7 +53,7 @@ struct TagMemo::State
         const auto text = [this](quint32 id) {
             return id == 0 ? std::nullopt : std::optional<QString>(strings.at(id - 1));
         };
-        return { std::nullopt, text(kept.artist), text(kept.album), std::nullopt };
+        return { std::nullopt, text(kept.artist), text(kept.album), std::nullopt, kept.hasPicture };
     }
 
     TrackMetadata read(const QString &path)
@@ -66,7 +67,7 @@ struct TagMemo::State
         }
         const TrackMetadata file = fileReader(path);
         const QWriteLocker locker(&lock);
-        const Tags kept { interned(file.artist), interned(file.album) };
+        const Tags kept { interned(file.artist), interned(file.album), file.hasPicture };
         tags.insert(key, kept);
         return metadata(kept);
     }

@@ -5,11 +5,12 @@
 
 #include <memory>
 
-// The artist and album tags of the library's songs, read from each file once
-// and shared by everything that groups or indexes songs: the search index
-// (which reads first, when songs are added), the artists grid, an artist's
-// albums and the picture prefetch. A ten-thousand-song album keeps one copy of
-// its name: artists and albums are interned.
+// The artist and album tags of the library's songs (and whether each holds a
+// picture), read from each file once and shared by everything that groups or
+// indexes songs: the search index (which reads first, when songs are added),
+// the artists grid, an artist's albums, the picture prefetch and the album
+// pictures. A ten-thousand-song album keeps one copy of its name: artists and
+// albums are interned.
 //
 // reader() answers from memory and reads a file only the first time it is
 // asked for it; forget() drops a file whose tags were just saved. Safe to use
@@ -19,7 +20,7 @@ class TagMemo
 public:
     explicit TagMemo(MetadataReader fileReader = defaultMetadataReader());
 
-    // A MetadataReader over this memo: only artist and album are filled.
+    // A MetadataReader over this memo: only artist, album and hasPicture are filled.
     MetadataReader reader() const;
     void forget(const QString &path);
     qsizetype size() const;

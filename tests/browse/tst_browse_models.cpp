@@ -146,17 +146,23 @@ private Q_SLOTS:
         QCOMPARE(changed.first().at(0).toModelIndex().row(), 1);
     }
 
-    // The index reads each file once; grouping then answers from memory, until
-    // a file's tags are saved.
+    // The index reads each file once (whether it holds a picture too); grouping
+    // then answers from memory, until a file's tags are saved.
     void tagsAreReadOnceForIndexAndGrouping()
     {
         Library lib = Library::from({ "1.mp3|Nova|Blue", "2.mp3|Nova|Blue", "3.mp3|Echo" });
         auto reads = std::make_shared<QAtomicInt>();
+        (*lib.tags)[lib.tracks.at(1).path()].hasPicture = true;
         TagMemo memo(lib.reader([reads](const QString &) { reads->ref(); }));
         SearchIndex index(memo.reader());
         QSignalSpy indexed(&index, &SearchIndex::songsIndexed);
         index.add(lib.tracks);
         QVERIFY(indexed.wait());
+        // What the pictures of albums need to know comes through the memo too.
+        QList<bool> pictures;
+        for (const TrackSearchEntry &e : index.trackIndex().entries())
+            pictures.append(e.hasPicture);
+        QCOMPARE(pictures, (QList<bool> { false, true, false }));
         ArtistListModel artists(memo.reader());
         QSignalSpy loaded(&artists, &ArtistListModel::loaded);
         artists.load(lib.tracks);
