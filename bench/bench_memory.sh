@@ -97,37 +97,21 @@ if command -v strace > /dev/null; then
 fi
 
 one=$(find "$root/10k" -name "*.flac" -print -quit)
-best_of_10() {
-  "$@" > /dev/null
-  local best=999999
-  for _ in 1 2 3 4 5 6 7 8 9 10; do
-    local start; start=$(date +%s%N)
-    "$@" > /dev/null
-    local ms=$(( ($(date +%s%N) - start) / 1000000 ))
-    [ "$ms" -lt "$best" ] && best=$ms
-  done
-  echo "$best"
-}
-echo "tarnwell-cli tags on one file: $(best_of_10 "$cli" tags "$one") ms (best of 10, target <= 12);" \
-  "a program that only loads Qt Core and prints a line: $(best_of_10 "$build/bin/qt-floor") ms," \
-  "TagLib alone on the file: $(best_of_10 "$taglib" "$one") ms"
+quoted() { printf '%q ' "$@"; echo; }
+# Whole commands started without a shell, in turns; the shortest of each.
+mapfile -t one_file < <({ quoted "$cli" tags "$one"; quoted "$build/bin/qt-floor"
+  quoted "$taglib" "$one"; } | python3 "$here/best_wall.py" 10)
+echo "tarnwell-cli tags on one file: ${one_file[0]} ms (best of 10, target <= 12);" \
+  "a program that only loads Qt Core and prints a line: ${one_file[1]} ms," \
+  "TagLib alone on the file: ${one_file[2]} ms"
 echo "tarnwell-cli loads $(ldd "$cli" | wc -l) shared libraries;" \
   "GStreamer/FFmpeg/Qt GUI among them: $(ldd "$cli" | grep -cE 'libgst|libav|libQt6Gui' || true)"
 
 if [ -x "$taglib" ]; then
   mapfile -t files < <(find "$root/10k" -name '*.flac' | sort | head -n 2000)
-  # Taken in turns, so that both see the machine alike; the best of five each.
-  timed() {
-    local start; start=$(date +%s%N)
-    "$@" > /dev/null 2>&1
-    echo $(( ($(date +%s%N) - start) / 1000000 ))
-  }
-  ours=999999 theirs=999999
-  for _ in 1 2 3 4 5; do
-    ms=$(timed "$cli" tags "${files[@]}"); [ "$ms" -lt "$ours" ] && ours=$ms
-    ms=$(timed "$taglib" "${files[@]}"); [ "$ms" -lt "$theirs" ] && theirs=$ms
-  done
-  awk -v a="$ours" -v b="$theirs" 'BEGIN { printf "tags of 2,000 files: %d ms, TagLib with audio properties %d ms: %.2fx (target <= 0.6x)\n", a, b, (b > 0 ? a / b : 0) }'
+  mapfile -t many < <({ quoted "$cli" tags "${files[@]}"; quoted "$taglib" "${files[@]}"; } \
+    | python3 "$here/best_wall.py" 5)
+  awk -v a="${many[0]}" -v b="${many[1]}" 'BEGIN { printf "tags of 2,000 files: %.0f ms, TagLib with audio properties %.0f ms: %.2fx (target <= 0.6x)\n", a, b, (b > 0 ? a / b : 0) }'
 fi
 
 # Where the heap goes: the program empty and after the 10k import, under

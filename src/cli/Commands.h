@@ -62,6 +62,9 @@ struct Command
     QStringList valueOptions;
     QStringList flagOptions;
     int (*run)(const Arguments &);
+    // Whether the command runs an event loop (playing, the network), and so
+    // needs the application object; the others start faster without one.
+    bool eventLoop = false;
 };
 
 const Command *findCommand(const QString &name);

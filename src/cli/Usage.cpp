@@ -52,7 +52,7 @@ const Command commands[] = {
       {},
       { QStringLiteral("--shuffle"), QStringLiteral("--repeat"), QStringLiteral("--no-gapless"),
         QStringLiteral("--no-levelling") },
-      play },
+      play, true },
     { "search", "search DIR QUERY", "the search answer for QUERY over the songs below DIR, as JSON",
       "Searches the songs below DIR for QUERY as the search bar does and prints the\n"
       "answer as one JSON object, each list in the program's order and cut as the\n"
@@ -76,7 +76,7 @@ const Command commands[] = {
       "  --artist A        alone: the artist's picture\n"
       "The exit status is 1 when no picture is found.",
       { QStringLiteral("--artist"), QStringLiteral("--album"), QStringLiteral("--file"), QStringLiteral("--out") },
-      {}, artwork },
+      {}, artwork, true },
 };
 
 constexpr int summaryColumn = 30;

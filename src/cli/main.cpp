@@ -35,7 +35,6 @@ int finish(int code)
 
 int main(int argc, char **argv)
 {
-    QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Tarnwell"));
     QCoreApplication::setOrganizationName(QStringLiteral("Tarnwell"));
     // From argv itself: QCoreApplication::arguments() decodes with
@@ -66,5 +65,8 @@ int main(int argc, char **argv)
     const std::optional<cli::Arguments> parsed = cli::parseArguments(*command, args);
     if (!parsed)
         return cli::usageError;
+    std::optional<QCoreApplication> app;
+    if (command->eventLoop)
+        app.emplace(argc, argv);
     return finish(command->run(*parsed));
 }
