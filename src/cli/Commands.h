@@ -25,6 +25,7 @@
 #include <optional>
 
 class JsonWriter;
+struct FileTags;
 
 namespace cli {
 
@@ -101,6 +102,12 @@ QString textArgument(const QString &argument);
 QList<Track> libraryOf(const QString &folder, std::vector<UnreadableFolder> *unreadable);
 // "tracks": the songs' paths as text, and "urls": the same as exact file URLs.
 void writeTrackLists(JsonWriter &w, const QList<Track> &tracks);
+
+// Reads the tags of a file in a format our own parsers don't read whole.
+using TrackInfoReader = void (*)(const QString &path, FileTags *tags);
+// The reader of those formats, from the module that links TagLib; null after
+// telling that the module can't be loaded. Thread-safe.
+TrackInfoReader otherFormatReader();
 
 // Prints "tarnwell-cli: " and the message on stderr.
 void error(const QString &message);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The entry of the tarnwell-cli-media module (see MediaCommands.cpp).
+// The entry of the tarnwell-cli-media module (see Modules.cpp).
 #include "Commands.h"
 
 #include <cstring>

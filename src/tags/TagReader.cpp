@@ -4,18 +4,7 @@
 #include "ContainerReader.h"
 #include "FlacMetadata.h"
 
-namespace {
-
-QString lowerSuffix(const QString &path)
-{
-    const qsizetype dot = path.lastIndexOf(u'.');
-    const qsizetype slash = path.lastIndexOf(u'/');
-    if (dot < 0 || dot < slash)
-        return {};
-    return path.sliced(dot + 1).toLower();
-}
-
-} // namespace
+using tagreader::lowerSuffix;
 
 TrackMetadata readMetadata(const QString &path)
 {
@@ -43,11 +32,9 @@ std::optional<double> readDuration(const QString &path)
 
 FileTags readTrackInfo(const QString &path)
 {
+    if (std::optional<FileTags> own = readOwnFormatTrackInfo(path))
+        return *std::move(own);
     const QString suffix = lowerSuffix(path);
-    if (suffix == u"flac") {
-        const flac::FileInfo info = flac::readFile(path, true);
-        return { info.metadata, info.duration };
-    }
     const container::Contents c
         = container::read(path, suffix, container::wantTags | container::wantDuration);
     return { container::metadataFromItems(c.items), c.duration };

@@ -51,3 +51,15 @@ struct FileTags
     std::optional<double> duration;
 };
 FileTags readTrackInfo(const QString &path);
+
+// Whether the file's format is one our own parsers read whole (FLAC).
+bool isOwnFormat(const QString &path);
+// readTrackInfo for those formats, nothing for the others. Built apart from
+// the TagLib readers, so that a program reading only these formats never
+// loads TagLib (tarnwell-cli tags).
+std::optional<FileTags> readOwnFormatTrackInfo(const QString &path);
+
+namespace tagreader {
+// The file's extension, lower-cased; empty when it has none.
+QString lowerSuffix(const QString &path);
+} // namespace tagreader

@@ -113,6 +113,40 @@ private Q_SLOTS:
             r.out.constData());
     }
 
+    // A command loads only what it needs: TagLib (with the module that holds
+    // it) only for formats our own parsers don't read whole, GStreamer and Qt
+    // GUI only to play or find pictures.
+    void loadsOnlyWhatItNeeds_data()
+    {
+        QTest::addColumn<QStringList>("args");
+        QTest::addColumn<QStringList>("loaded");
+        QTest::addColumn<QStringList>("notLoaded");
+        const auto row = [](const char *what, const QStringList &args, const QStringList &loaded,
+                             const QStringList &notLoaded) { QTest::newRow(what) << args << loaded << notLoaded; };
+        const QStringList media { "libgst", "libQt6Gui", "libavformat" };
+        const QStringList taglib { "/tarnwell-cli-library.so", "libtag.so" };
+        row("scan", { "scan", m_music }, {}, taglib + media);
+        row("tags of FLAC", { "tags", m_songs[0].path }, {}, taglib + media);
+        row("tags of MP3", { "tags", m_songs[0].path, m_songs[1].path }, taglib, media);
+        row("artists", { "artists", m_music }, taglib, media);
+        row("play", { "play", m_songs[2].path }, media, {});
+    }
+
+    void loadsOnlyWhatItNeeds()
+    {
+        QFETCH(QStringList, args);
+        QFETCH(QStringList, loaded);
+        QFETCH(QStringList, notLoaded);
+        // The dynamic loader names each file it opens.
+        const ToolResult r = run(QStringLiteral("env"), QStringList { "LD_DEBUG=files", cli } + args);
+        QCOMPARE(r.exitCode, 0);
+        const auto opened = [&r](const QString &name) { return r.err.contains(name.toUtf8()); };
+        for (const QString &name : loaded)
+            QVERIFY2(opened(name), qPrintable(name + u" was not loaded"_qs));
+        for (const QString &name : notLoaded)
+            QVERIFY2(!opened(name), qPrintable(name + u" was loaded"_qs));
+    }
+
     void helpAndUsage_data()
     {
         QTest::addColumn<QStringList>("args");

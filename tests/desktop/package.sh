@@ -28,7 +28,8 @@ dpkg-deb --contents "$deb" | awk '{ print $6 }' | sed 's|^\./|/|' | grep -v '/$'
 root="$work/root"
 dpkg-deb --extract "$deb" "$root"
 expected=(
-  /usr/bin/tarnwell /usr/bin/tarnwell-cli /usr/lib/tarnwell/tarnwell-cli-media.so
+  /usr/bin/tarnwell /usr/bin/tarnwell-cli /usr/lib/tarnwell/tarnwell-cli-library.so
+  /usr/lib/tarnwell/tarnwell-cli-media.so
   /usr/share/applications/org.tarnwell.tarnwell.desktop
   /usr/share/metainfo/org.tarnwell.tarnwell.metainfo.xml
   /usr/share/icons/hicolor/scalable/apps/org.tarnwell.tarnwell.svg
@@ -46,9 +47,9 @@ extra=$(comm -13 <(printf '%s\n' "${expected[@]}" | sort) "$work/files")
 [ -z "$extra" ] || fail "not meant to be in the package: $extra"
 ok "the package holds exactly its ${#expected[@]} files"
 
-# Only the two programs and the command line's media module run.
+# Only the two programs and the command line's modules run.
 programs=$(find "$root" -type f \( -perm -u+x -o -name '*.so*' \) -printf '/%P\n' | sort | tr '\n' ' ')
-[ "$programs" = "/usr/bin/tarnwell /usr/bin/tarnwell-cli /usr/lib/tarnwell/tarnwell-cli-media.so " ] || fail "programs in the package: $programs"
+[ "$programs" = "/usr/bin/tarnwell /usr/bin/tarnwell-cli /usr/lib/tarnwell/tarnwell-cli-library.so /usr/lib/tarnwell/tarnwell-cli-media.so " ] || fail "programs in the package: $programs"
 if readelf --sections "$root/usr/bin/tarnwell" | grep -q '\.debug_info'; then fail "the programs carry debug information"; fi
 [ "$("$root/usr/bin/tarnwell" --version)" = "tarnwell $(dpkg-deb --field "$deb" Version)" ] ||
   fail "the packaged tarnwell says $("$root/usr/bin/tarnwell" --version)"
