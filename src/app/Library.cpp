@@ -80,13 +80,12 @@ void Library::startNextImport()
     QtConcurrent::run([folder, urls = m_trackUrls]() mutable {
         ScannedFolder scanned;
         scanned.found = scanFolder(folder);
-        const QList<QUrl> fresh = import::freshFiles(scanned.found, urls);
+        if (urls.isEmpty())
+            urls.reserve(scanned.found.size());
+        const QList<QUrl> fresh = import::takeFreshFiles(scanned.found, urls);
         scanned.fresh.reserve(fresh.size());
-        urls.reserve(urls.size() + fresh.size());
-        for (const QUrl &url : fresh) {
-            urls.insert(url);
+        for (const QUrl &url : fresh)
             scanned.fresh.append(Track::create(url));
-        }
         scanned.urls = std::move(urls);
         return scanned;
     }).then(this, [this, knownGeneration](ScannedFolder scanned) {
@@ -146,7 +145,7 @@ void Library::addDiscoveredFiles(const QList<QUrl> &urls)
 {
     if (urls.isEmpty())
         return;
-    const QList<QUrl> fresh = import::freshFiles(urls, m_trackUrls);
+    const QList<QUrl> fresh = import::takeFreshFiles(urls, m_trackUrls);
     const auto first = int(m_tracks.size());
     QList<Track> songs;
     songs.reserve(fresh.size());

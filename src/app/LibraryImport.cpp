@@ -5,14 +5,14 @@
 
 namespace import {
 
-QList<QUrl> freshFiles(const QList<QUrl> &found, const QSet<QUrl> &existing)
+QList<QUrl> takeFreshFiles(const QList<QUrl> &found, QSet<QUrl> &known)
 {
     QList<QUrl> fresh;
-    QSet<QUrl> taken;
     for (const QUrl &url : found) {
-        if (existing.contains(url) || taken.contains(url))
+        // Asked first: inserting would copy a set shared with a running import.
+        if (known.contains(url))
             continue;
-        taken.insert(url);
+        known.insert(url);
         fresh.append(url);
     }
     return fresh;

@@ -10,15 +10,16 @@
 
 // The pure steps of turning files into songs of the library; AppState runs them.
 //
-//   folder ──scanFolder (pool)──► found files ──freshFiles──► new Tracks appended
+//   folder ──scanFolder (pool)──► found files ──takeFreshFiles──► new Tracks appended
 //          ──► artwork prefetch: tags of every song (pool) ──PrefetchPlan──►
 //              one artistImage per artist, one albumArt per (artist, album)
 
 namespace import {
 
-// The files of `found` that are not in `existing`, in the order of `found`
-// (each file once, even if listed twice).
-QList<QUrl> freshFiles(const QList<QUrl> &found, const QSet<QUrl> &existing);
+// The files of `found` that are not in `known`, in the order of `found` (each
+// file once, even if listed twice); they are added to `known`. One hash lookup
+// for a known file, two for a fresh one: a file URL is costly to hash.
+QList<QUrl> takeFreshFiles(const QList<QUrl> &found, QSet<QUrl> &known);
 
 // The banner after new files in a watched folder became songs:
 // "1 new song added", "3 new songs added".
