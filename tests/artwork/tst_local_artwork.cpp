@@ -112,6 +112,15 @@ private Q_SLOTS:
             QVERIFY2(image.has_value() == expected.isValid(), qPrintable(files.join(u' ')));
             QVERIFY(!image || artworktest::looksLike(image, expected));
         }
+
+        // A folder that can be entered but not listed still gives its well-known picture.
+        QVERIFY(QFile::setPermissions(m_songs.path(), QFileDevice::ExeOwner | QFileDevice::WriteOwner));
+        {
+            const testsupport::PermissionsEnforced enforced;
+            const std::optional<QImage> image = artwork::folderImage(m_songs.path());
+            QVERIFY(artworktest::looksLike(image, QColor::fromHsv(90, 255, 255)));
+        }
+        QVERIFY(QFile::setPermissions(m_songs.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
     }
 
     // tarnwell-cli artwork: its arguments, the JPEG it writes, and its answers
