@@ -79,7 +79,7 @@ void Library::startNextImport()
     const quint64 knownGeneration = m_trackUrlsGeneration;
     QtConcurrent::run([folder, urls = m_trackUrls]() mutable {
         ScannedFolder scanned;
-        scanned.found = scanFolder(folder);
+        scanned.found = scanFolder(folder, &scanned.folders);
         if (urls.isEmpty())
             urls.reserve(scanned.found.size());
         const QList<QUrl> fresh = import::takeFreshFiles(scanned.found, urls);
@@ -98,6 +98,7 @@ void Library::startNextImport()
             scanned.fresh.removeIf([this](const Track &t) { return m_trackUrls.contains(t.url); });
         }
         m_scannedFiles = scanned.found.size();
+        m_scannedFolders = std::move(scanned.folders);
         m_scanned = std::move(scanned.fresh);
         // With room to spare for songs found later, so that the first of them
         // doesn't move the whole list to new memory.
@@ -129,8 +130,10 @@ void Library::finishImport()
     const QUrl folder = m_runningImport;
     const qsizetype added = std::exchange(m_scannedNext, 0);
     m_scanned.clear();
+    // The import's listing of the tree tells the monitor what to watch.
+    QStringList folders = std::exchange(m_scannedFolders, {});
     if (!m_runningForgotten)
-        m_monitor.watch(folder);
+        m_monitor.watch(folder, std::move(folders));
     qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << m_scannedFiles << " audio files, "
                             << added << " new";
     m_importRunning = false;

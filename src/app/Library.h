@@ -67,6 +67,8 @@ private:
     struct ScannedFolder
     {
         QList<QUrl> found;
+        // The folder and its subfolders, to be watched.
+        QStringList folders;
         // The songs of `found` not in the library when the scan began.
         QList<Track> fresh;
         // The library's files with `fresh` added, made on the pool: a
@@ -95,6 +97,7 @@ private:
     // Its songs not appended yet (already in the lookups), and how many files it had.
     QList<Track> m_scanned;
     qsizetype m_scannedNext = 0;
+    QStringList m_scannedFolders;
     qsizetype m_scannedFiles = 0;
 };
 

@@ -7,35 +7,31 @@
 //   tarnwell-cli-media    play and artwork (GStreamer, FFmpeg, Qt GUI)
 #include "Commands.h"
 
-#include "tags/TagReader.h"
-
-#include <QFile>
-
 #include <climits>
 #include <dlfcn.h>
 #include <unistd.h>
 
 namespace {
 
-// The program's folder, from the kernel: the commands that need no
-// application object run without one.
-QString programFolder()
+// The program's folder as the file system spells it, from the kernel: the
+// commands that need no application object run without one.
+QByteArray programFolder()
 {
     char path[PATH_MAX];
     const ssize_t n = ::readlink("/proc/self/exe", path, sizeof path);
     if (n <= 0)
         return {};
-    const QString program = QString::fromLocal8Bit(path, n);
-    return program.left(program.lastIndexOf(u'/'));
+    const QByteArray program(path, n);
+    return program.left(program.lastIndexOf('/'));
 }
 
 // A module's entry, or null after telling that the module can't be loaded.
 void *entryOf(const char *module, const char *entry)
 {
     // Beside the program in the build tree; in the library folder once installed.
-    const QString file = QString::fromLatin1(module) + QStringLiteral(".so");
-    for (const QString &dir : {programFolder(), QStringLiteral(TARNWELL_CLI_MODULE_DIR)}) {
-        const QByteArray path = QFile::encodeName(dir + QLatin1Char('/') + file);
+    const QByteArray file = QByteArray(module) + ".so";
+    for (const QByteArray &dir : {programFolder(), QByteArray(TARNWELL_CLI_MODULE_DIR)}) {
+        const QByteArray path = dir + '/' + file;
         if (::access(path.constData(), F_OK) != 0)
             continue;
         // Kept loaded until the program ends.
@@ -43,10 +39,10 @@ void *entryOf(const char *module, const char *entry)
             if (void *f = ::dlsym(library, entry))
                 return f;
         }
-        cli::error(QStringLiteral("cannot load %1: %2").arg(file, QString::fromLocal8Bit(::dlerror())));
+        cli::error(QStringLiteral("cannot load %1: %2").arg(QLatin1StringView(file), QString::fromLocal8Bit(::dlerror())));
         return nullptr;
     }
-    cli::error(QStringLiteral("cannot load %1: the installation is incomplete").arg(file));
+    cli::error(QStringLiteral("cannot load %1: the installation is incomplete").arg(QLatin1StringView(file)));
     return nullptr;
 }
 

@@ -310,9 +310,12 @@ QStringList scanFolder(const QString &folder)
     return scanTree(folder).audioFiles;
 }
 
-QList<QUrl> scanFolder(const QUrl &folder)
+QList<QUrl> scanFolder(const QUrl &folder, QStringList *folders)
 {
-    const QStringList paths = scanFolder(localpath::pathOf(folder));
+    FolderTree tree = scanTree(localpath::pathOf(folder));
+    if (folders)
+        *folders = std::move(tree.folders);
+    const QStringList &paths = tree.audioFiles;
     // Making a URL costs more than finding its file: spread over the cores.
     QList<QUrl> urls(paths.size());
     QUrl *out = urls.data();

@@ -47,7 +47,8 @@ std::vector<std::string> scanFolderNative(const QString &folder,
 
 // The audio files of scanTree(folder).
 QStringList scanFolder(const QString &folder);
-QList<QUrl> scanFolder(const QUrl &folder);
+// The same as URLs, and the folders of the tree when asked for.
+QList<QUrl> scanFolder(const QUrl &folder, QStringList *folders = nullptr);
 
 
 // Whether a path is the folder or lies below it ("/a/bc" is not inside "/a/b").

@@ -40,11 +40,15 @@ class TestFolderMonitor : public QObject
     QTemporaryDir m_dir;
     QString root() const { return m_dir.path(); }
 
-    void startWatching(FolderMonitor &monitor)
+    // `listed`: given the folders as an import lists them, else listing them itself.
+    void startWatching(FolderMonitor &monitor, bool listed = false)
     {
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
         monitor.setKnownFiles([known = urlSet(scanFolder(root()))](const QUrl &file) { return known.contains(file); });
-        monitor.watch(QUrl::fromLocalFile(root()));
+        if (listed)
+            monitor.watch(QUrl::fromLocalFile(root()), scanTree(root()).folders);
+        else
+            monitor.watch(QUrl::fromLocalFile(root()));
         QVERIFY(watching.wait(patience));
     }
 
@@ -59,12 +63,20 @@ private Q_SLOTS:
 
     // New songs in nested folders and in a folder made after the watch began
     // (its name not UTF-8) are reported; new folders, deletions and other files are not.
+    void reportsNewFilesInOldAndNewFolders_data()
+    {
+        QTest::addColumn<bool>("listed");
+        QTest::newRow("folders listed by the monitor") << false;
+        QTest::newRow("folders listed by the import") << true;
+    }
+
     void reportsNewFilesInOldAndNewFolders()
     {
+        QFETCH(bool, listed);
         writeFile(root(), QStringLiteral("old.mp3"));
         writeFile(root(), QStringLiteral("a/b/old.flac"));
         FolderMonitor monitor;
-        startWatching(monitor);
+        startWatching(monitor, listed);
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
         QSignalSpy discovered(&monitor, &FolderMonitor::discoveredURLsChanged);
         const QByteArray deeper = QFile::encodeName(root())
