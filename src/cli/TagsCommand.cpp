@@ -3,9 +3,8 @@
 
 #include "model/JsonWriter.h"
 #include "model/LocalPath.h"
+#include "model/ParallelFor.h"
 #include "tags/TagReader.h"
-
-#include <QtConcurrent>
 
 namespace {
 
@@ -81,12 +80,14 @@ int cli::tags(const Arguments &args)
     buffer.reserve(1 << 16);
     for (qsizetype from = 0; from < paths.size(); from += batch) {
         const QStringList some = paths.mid(from, batch);
-        QList<Answer> answers;
+        QList<Answer> answers(some.size());
+        Answer *answer = answers.data();
         if (some.size() < 16) { // too few to be worth starting threads
-            for (const QString &path : some)
-                answers.append(answerFor(path));
+            for (qsizetype i = 0; i < some.size(); ++i)
+                answer[i] = answerFor(some[i]);
         } else {
-            answers = QtConcurrent::blockingMapped<QList<Answer>>(some, answerFor);
+            parallelFor(*QThreadPool::globalInstance(), some.size(),
+                [&](qsizetype i) { answer[i] = answerFor(some[i]); });
         }
         for (const Answer &answer : answers) {
             if (!answer.problem.isEmpty()) {

@@ -3,9 +3,9 @@
 
 #include "model/LocalPath.h"
 #include "model/NameOrder.h"
+#include "model/ParallelFor.h"
 #include "model/TextUtil.h"
 
-#include <QtConcurrent>
 
 #include <algorithm>
 #include <cerrno>
@@ -246,12 +246,10 @@ SortedRun walkAndSort(const QString &folder)
     top.unreadable = std::move(topWalker.unreadable);
     sortRun(top, collator);
 
-    // Results are moved into place by index: QtConcurrent's mapped() would copy them.
+    // Results are moved into place by index, never copied.
     std::vector<SortedRun> runs(parts.size() + 1);
     runs[0] = std::move(top);
-    std::vector<size_t> indices(parts.size());
-    std::iota(indices.begin(), indices.end(), 0);
-    QtConcurrent::blockingMap(scanPool(), indices, [&](size_t i) {
+    parallelFor(*scanPool(), qsizetype(parts.size()), [&](qsizetype i) {
         SortedRun &run = runs[i + 1];
         const int fd = openFolder(parts[i], false);
         if (fd < 0) {
@@ -320,10 +318,8 @@ QList<QUrl> scanFolder(const QUrl &folder, QStringList *folders)
     QList<QUrl> urls(paths.size());
     QUrl *out = urls.data();
     constexpr qsizetype block = 4096;
-    std::vector<qsizetype> starts;
-    for (qsizetype from = 0; from < paths.size(); from += block)
-        starts.push_back(from);
-    QtConcurrent::blockingMap(scanPool(), starts, [&](qsizetype from) {
+    parallelFor(*scanPool(), (paths.size() + block - 1) / block, [&](qsizetype b) {
+        const qsizetype from = b * block;
         const qsizetype to = std::min(from + block, paths.size());
         for (qsizetype i = from; i < to; ++i)
             out[i] = localpath::fileUrl(paths.at(i));
