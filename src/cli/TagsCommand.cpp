@@ -81,13 +81,13 @@ int cli::tags(const Arguments &args)
     for (qsizetype from = 0; from < paths.size(); from += batch) {
         const QStringList some = paths.mid(from, batch);
         QList<Answer> answers(some.size());
-        Answer *answer = answers.data();
+        Answer *into = answers.data();
         if (some.size() < 16) { // too few to be worth starting threads
             for (qsizetype i = 0; i < some.size(); ++i)
-                answer[i] = answerFor(some[i]);
+                into[i] = answerFor(some[i]);
         } else {
             parallelFor(*QThreadPool::globalInstance(), some.size(),
-                [&](qsizetype i) { answer[i] = answerFor(some[i]); });
+                [&](qsizetype i) { into[i] = answerFor(some[i]); });
         }
         for (const Answer &answer : answers) {
             if (!answer.problem.isEmpty()) {
