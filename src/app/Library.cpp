@@ -131,9 +131,9 @@ void Library::finishImport()
     const qsizetype added = std::exchange(m_scannedNext, 0);
     m_scanned.clear();
     // The import's listing of the tree tells the monitor what to watch.
-    QStringList folders = std::exchange(m_scannedFolders, {});
+    const QStringList folders = std::exchange(m_scannedFolders, {});
     if (!m_runningForgotten)
-        m_monitor.watch(folder, std::move(folders));
+        m_monitor.watch(folder, folders);
     qCInfo(lcApp).nospace() << "imported " << localpath::pathOf(folder) << ": " << m_scannedFiles << " audio files, "
                             << added << " new";
     m_importRunning = false;

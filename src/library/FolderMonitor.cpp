@@ -47,33 +47,17 @@ FolderMonitor::~FolderMonitor()
         ::close(fd);
 }
 
-void FolderMonitor::watch(const QUrl &folder, std::optional<QStringList> subfolders)
+void FolderMonitor::watch(const QUrl &folder, const QStringList &subfolders)
 {
     if (m_watchedFolders.contains(folder))
         return;
     m_watchedFolders.append(folder);
-    if (subfolders) {
-        // Armed from the event loop all the same: watch() never reports back
-        // before it returns.
-        QMetaObject::invokeMethod(
-            this, [this, folder, folders = *std::move(subfolders)] { settleWatch(folder, folders); },
-            Qt::QueuedConnection);
-        return;
-    }
-    // The folder and its subfolders are listed on the pool, then watched.
-    auto *watcher = new QFutureWatcher<FolderTree>(this);
-    connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, folder] {
-        watcher->deleteLater();
-        settleWatch(folder, watcher->result().folders);
-    });
-    watcher->setFuture(QtConcurrent::run(scanTree, localpath::pathOf(folder)));
-}
-
-void FolderMonitor::settleWatch(const QUrl &folder, const QStringList &folders)
-{
-    ++m_watchingPending;
-    // Forgotten meanwhile: nothing to arm, but the watch is settled all the same.
-    armWatcher(m_watchedFolders.contains(folder) ? folders : QStringList());
+    // From the event loop: watch() never reports back before it returns.
+    QMetaObject::invokeMethod(this, [this, folder, subfolders] {
+        ++m_watchingPending;
+        // Forgotten meanwhile: nothing to arm, but the watch is settled all the same.
+        armWatcher(m_watchedFolders.contains(folder) ? subfolders : QStringList());
+    }, Qt::QueuedConnection);
 }
 
 void FolderMonitor::unwatch(const QUrl &folder)

@@ -26,7 +26,6 @@
 #include <QUrl>
 
 #include <functional>
-#include <optional>
 
 class FolderMonitor : public QObject
 {
@@ -41,10 +40,10 @@ public:
     using KnownFiles = std::function<bool(const QUrl &file)>;
     void setKnownFiles(KnownFiles isKnown) { m_isKnown = std::move(isKnown); }
 
-    // Starts watching the folder unless it is watched already. Its subfolders
-    // are listed on the pool, unless given: a listing just made (an import's),
-    // so that the tree isn't walked twice.
-    void watch(const QUrl &folder, std::optional<QStringList> subfolders = std::nullopt);
+    // Starts watching the folder unless it is watched already, with the
+    // subfolders a listing just made found in it (an import's: the tree isn't
+    // walked twice). They are armed from the event loop.
+    void watch(const QUrl &folder, const QStringList &subfolders);
 
     // Stops watching a folder and the folders below it that no other watched
     // folder holds; a rescan running meanwhile reports nothing from them.
@@ -85,8 +84,6 @@ private:
     // The audio files of a folder that changed, and everything below its
     // folders that are not watched yet (new ones, or ones over the budget).
     static FolderTree scanChanged(const QString &folder, const QSet<QString> &armed);
-    // The folders of a watch started, once listed.
-    void settleWatch(const QUrl &folder, const QStringList &folders);
     void armWatcher(const QStringList &folders);
     void armNextBatch();
     void addWatches(const QStringList &folders);

@@ -40,15 +40,17 @@ class TestFolderMonitor : public QObject
     QTemporaryDir m_dir;
     QString root() const { return m_dir.path(); }
 
-    // `listed`: given the folders as an import lists them, else listing them itself.
-    void startWatching(FolderMonitor &monitor, bool listed = false)
+    // Watched with the folders as an import lists them.
+    static void watch(FolderMonitor &monitor, const QString &folder)
+    {
+        monitor.watch(localpath::fileUrl(folder), scanTree(folder).folders);
+    }
+
+    void startWatching(FolderMonitor &monitor)
     {
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
         monitor.setKnownFiles([known = urlSet(scanFolder(root()))](const QUrl &file) { return known.contains(file); });
-        if (listed)
-            monitor.watch(QUrl::fromLocalFile(root()), scanTree(root()).folders);
-        else
-            monitor.watch(QUrl::fromLocalFile(root()));
+        watch(monitor, root());
         QVERIFY(watching.wait(patience));
     }
 
@@ -63,20 +65,12 @@ private Q_SLOTS:
 
     // New songs in nested folders and in a folder made after the watch began
     // (its name not UTF-8) are reported; new folders, deletions and other files are not.
-    void reportsNewFilesInOldAndNewFolders_data()
-    {
-        QTest::addColumn<bool>("listed");
-        QTest::newRow("folders listed by the monitor") << false;
-        QTest::newRow("folders listed by the import") << true;
-    }
-
     void reportsNewFilesInOldAndNewFolders()
     {
-        QFETCH(bool, listed);
         writeFile(root(), QStringLiteral("old.mp3"));
         writeFile(root(), QStringLiteral("a/b/old.flac"));
         FolderMonitor monitor;
-        startWatching(monitor, listed);
+        startWatching(monitor);
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
         QSignalSpy discovered(&monitor, &FolderMonitor::discoveredURLsChanged);
         const QByteArray deeper = QFile::encodeName(root())
@@ -116,7 +110,7 @@ private Q_SLOTS:
         QSignalSpy watching(&monitor, &FolderMonitor::watching);
         QSignalSpy rescanned(&monitor, &FolderMonitor::rescanned);
         for (const QString &folder : { gone, kept })
-            monitor.watch(localpath::fileUrl(folder));
+            watch(monitor, folder);
         QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 2, patience);
         monitor.unwatch(localpath::fileUrl(gone));
         QCOMPARE(monitor.watchedFolderCount(), 2);
@@ -130,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(monitor.discoveredURLs(), urls({ song }));
 
         known.insert(localpath::fileUrl(song));
-        monitor.watch(localpath::fileUrl(kept + QStringLiteral("/inner")));
+        watch(monitor, kept + QStringLiteral("/inner"));
         QTRY_COMPARE_WITH_TIMEOUT(watching.size(), 3, patience);
         monitor.clearDiscoveredURLs();
         const QString nested = writeFile(kept, QStringLiteral("inner/nested.mp3"), "x");
